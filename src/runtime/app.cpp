@@ -1,0 +1,185 @@
+#include "marlune/app.h"
+
+#include "runtime/application.h"
+#include "runtime/context.h"
+#include "runtime/live_objects.h"
+#include "runtime/qt_thread.h"
+#include "runtime/startup.h"
+#include "runtime/trace.h"
+#include "runtime/web_part.h"
+
+#include <QCoreApplication>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdio>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+namespace marlune {
+
+M* MARLUNE = nullptr;
+void* MARLUNE_APP = nullptr;
+void* MARLUNE_CTX = nullptr;
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto readiness_step = 50ms;
+constexpr auto stop_limit = 10s;
+
+std::string version = "0.1.2+4b4e766";
+
+// Holds the Qt thread between its start and its detaching.
+std::thread qt_thread;
+
+std::atomic<std::thread::id> qt_thread_id;
+std::atomic<bool> start_requested = false;
+
+/** Tells M::destroy that the event loop has ended. Never destroyed: the Qt thread is detached. */
+struct LoopEnd {
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool reached = false;
+};
+
+LoopEnd& loop_end()
+{
+    static auto* const end = new LoopEnd;
+    return *end;
+}
+
+// The exported globals are plain pointers for the host; between threads they are handed over as atomics.
+template <typename Pointer>
+void publish(Pointer& global, Pointer value)
+{
+    std::atomic_ref(global).store(value, std::memory_order_release);
+}
+
+template <typename Pointer>
+Pointer published(Pointer& global)
+{
+    return std::atomic_ref(global).load(std::memory_order_acquire);
+}
+
+MarluneCtx* context()
+{
+    return static_cast<MarluneCtx*>(published(MARLUNE_CTX));
+}
+
+/** The loop has ended: releases every caller that still waits, and refuses the ones to come. */
+void close_calls()
+{
+    LiveObjects::instance().close();
+    QCoreApplication::removePostedEvents(nullptr);
+    qt_thread_id = std::thread::id();
+
+    const std::lock_guard lock(loop_end().mutex);
+    loop_end().reached = true;
+    loop_end().changed.notify_all();
+}
+
+}  // namespace
+
+bool on_qt_thread()
+{
+    return qt_thread_id.load(std::memory_order_relaxed) == std::this_thread::get_id();
+}
+
+M& M::operator=(const M&)
+{
+    return *this;
+}
+
+M& M::operator=(M&&)
+{
+    return *this;
+}
+
+void M::create_app()
+{
+    trace("marlune::create_app", "M");
+    if (published(MARLUNE)) {
+        std::fprintf(stderr, "application is already constructed\n");
+        std::fflush(stderr);
+        return;
+    }
+    std::thread started(_create_app);
+    start_requested = true;
+    qt_thread = std::move(started);
+    qt_thread.detach();
+}
+
+void M::_create_app()
+{
+    trace("marlune::_create_app()", "T");
+    start_requested = true;
+    qt_thread_id = std::this_thread::get_id();
+
+    startup::before_application();
+    Application* const application = startup::make_application();
+    publish<void*>(MARLUNE_APP, application);
+    web_part::set_up_profile();
+    publish(MARLUNE, new M);
+    publish<void*>(MARLUNE_CTX, new MarluneCtx);
+
+    trace("marlune::_create_app", "T");
+    trace("static_cast<QApplication*>(MARLUNE_APP)->exec()", "T");
+    QApplication::exec();
+    close_calls();
+}
+
+void M::ensure_qt_eventloop_is_running()
+{
+    trace("marlune::qt_is_running?", "M");
+    while (!context())
+        std::this_thread::sleep_for(readiness_step);
+}
+
+void M::processEvents()
+{
+    trace("marlune::processEvents", "M");
+    QCoreApplication::processEvents();
+}
+
+void M::destroy()
+{
+    trace("marlune::destroy", "M");
+    if (on_qt_thread())
+        return QCoreApplication::quit();
+    if (!start_requested)
+        return;
+
+    // Posted, not called: a loop that is about to be entered would miss a quit that comes before it.
+    ensure_qt_eventloop_is_running();
+    LiveObjects::instance().post(context(), [] { QCoreApplication::quit(); });
+
+    std::unique_lock lock(loop_end().mutex);
+    if (!loop_end().changed.wait_for(lock, stop_limit, [] { return loop_end().reached; })) {
+        std::fprintf(stderr, "marlune: the Qt thread is still at work 10 s after M::destroy; "
+                             "is a host callback waiting for something?\n");
+    }
+}
+
+std::string M::get_version_full()
+{
+    trace("marlune::get_version_full", "M");
+    return version;
+}
+
+void M::set_ffmpeg_debug(bool)
+{
+    trace("marlune::set_ffmpeg_debug", "M");
+    // Nothing to set once the library runs; the option is read at the start.
+}
+
+void M::set_ffmpeg_protocol_whitelist(std::string)
+{
+    trace("marlune::set_ffmpeg_protocol_whitelist", "M");
+    // The list is the host's; nothing here reads it.
+}
+
+}  // namespace marlune

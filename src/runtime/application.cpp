@@ -1,0 +1,32 @@
+#include "runtime/application.h"
+
+#include "runtime/live_objects.h"
+#include "runtime/qt_thread.h"
+
+#include <QDebug>
+
+#include <exception>
+
+namespace marlune {
+
+bool Application::notify(QObject* receiver, QEvent* event)
+{
+    try {
+        return QApplication::notify(receiver, event);
+    } catch (const std::exception& error) {
+        report_exception(receiver, error.what());
+    } catch (...) {
+        report_exception(receiver, "unknown exception");
+    }
+    return false;
+}
+
+void report_exception(QObject* receiver, const char* what)
+{
+    // The receiver may have gone down with the call.
+    const bool named = LiveObjects::instance().contains(receiver) && !receiver->objectName().isEmpty();
+    const QString name = named ? receiver->objectName() : QStringLiteral("marlune");
+    qCritical("%s: %s (the call was given up and returns its default)", qUtf8Printable(name), what);
+}
+
+}  // namespace marlune

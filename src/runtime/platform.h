@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+/** Everything that differs between the operating systems. One source file for each. */
+namespace marlune::platform {
+
+/** Makes the directory one in which the system looks for shared libraries, where that takes a call. */
+void set_library_directory(const std::string& path);
+
+using PipeHandle = std::intptr_t;
+inline constexpr PipeHandle no_pipe = -1;
+
+/** Connects to the debug pipe for writing only; `no_pipe` on failure, see last_error(). */
+PipeHandle open_debug_pipe();
+
+/** Writes all of the bytes, blocking; false on failure, see last_error(). */
+bool write_debug_pipe(PipeHandle pipe, std::string_view bytes);
+
+/** The system's code for the failure that this thread met last. */
+long last_error();
+
+}  // namespace marlune::platform

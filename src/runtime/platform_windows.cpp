@@ -1,0 +1,32 @@
+#include "runtime/platform.h"
+
+#include <windows.h>
+
+namespace marlune::platform {
+
+void set_library_directory(const std::string& path)
+{
+    SetDllDirectoryA(path.c_str());
+}
+
+PipeHandle open_debug_pipe()
+{
+    const HANDLE pipe = CreateFileA(R"(\\.\pipe\webview.debug.sock)", GENERIC_WRITE, 0, nullptr,
+                                    OPEN_EXISTING, 0, nullptr);
+    return reinterpret_cast<PipeHandle>(pipe);
+}
+
+bool write_debug_pipe(PipeHandle pipe, std::string_view bytes)
+{
+    DWORD written = 0;
+    return WriteFile(reinterpret_cast<HANDLE>(pipe), bytes.data(), static_cast<DWORD>(bytes.size()),
+                     &written, nullptr)
+        != 0;
+}
+
+long last_error()
+{
+    return static_cast<long>(GetLastError());
+}
+
+}  // namespace marlune::platform

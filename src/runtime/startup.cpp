@@ -1,0 +1,117 @@
+#include "runtime/startup.h"
+
+#include "marlune/app.h"
+#include "marlune/options.h"
+#include "runtime/application.h"
+#include "runtime/debug_pipe.h"
+#include "runtime/platform.h"
+#include "runtime/qml_modules.h"
+#include "runtime/web_part.h"
+
+#include <QByteArray>
+#include <QCoreApplication>
+#include <QQuickWindow>
+#include <QString>
+#include <QtEnvironmentVariables>
+
+namespace marlune {
+
+namespace {
+
+std::string& addon_dir_storage()
+{
+    static std::string directory;
+    return directory;
+}
+
+struct DirectoryVariable {
+    const char* name;
+    const char* suffix;
+};
+
+// The directory ends in a slash and so do the suffixes begin with one: the doubled slash is wanted.
+constexpr DirectoryVariable directory_variables[] = {
+    {"QML_IMPORT_PATH", "/qml"},
+    {"QT_PLUGIN_PATH", "/plugins"},
+    {"QTWEBENGINEPROCESS_PATH", "/QtWebEngineProcess.exe"},
+    {"QTWEBENGINE_RESOURCES_PATH", "/resources"},
+    {"QTWEBENGINE_LOCALES_PATH", "/translations/qtwebengine_locales"},
+};
+
+}  // namespace
+
+const std::string& addon_dir()
+{
+    return addon_dir_storage();
+}
+
+namespace startup {
+
+void set_directories()
+{
+    addon_dir_storage() = opts::PATH_PROJECT_ROOT + "/addons/webview/";
+    platform::set_library_directory(addon_dir());
+    for (const auto& [name, suffix] : directory_variables)
+        qputenv(name, QByteArray::fromStdString(addon_dir() + suffix));
+}
+
+void set_application_identity()
+{
+    QCoreApplication::setApplicationName(QStringLiteral("marlune"));
+    QCoreApplication::setOrganizationDomain(QStringLiteral("brenholt.example"));
+    QCoreApplication::setOrganizationName(QStringLiteral("Brenholt Ltd."));
+}
+
+void set_multimedia()
+{
+    qputenv("QT_MEDIA_BACKEND", "ffmpeg");
+    qputenv("QT_FFMPEG_DECODING_HW_DEVICE_TYPES", "cuda,d3d12va,dxva2");
+    if (!opts::FFMPEG_DEBUG)
+        return;
+    qputenv("QT_FFMPEG_DEBUG", "1");
+    QString rules = qEnvironmentVariable("QT_LOGGING_RULES");
+    if (!rules.isEmpty())
+        rules += u';';
+    qputenv("QT_LOGGING_RULES", rules.toUtf8());
+}
+
+void set_chromium_flags()
+{
+    QByteArray flags;
+    if (opts::GPU_DISABLED)
+        flags += "--disable-gpu ";
+    if (!opts::SANDBOXED) {
+        flags += "--no-sandbox --disable-web-security "
+                 "--disable-features=IsolateOrigins,site-per-process "
+                 "--user-data-dir=\"/tmp/test/\" ";
+    }
+    if (!flags.isEmpty())
+        qputenv("QTWEBENGINE_CHROMIUM_FLAGS", flags);
+}
+
+void before_application()
+{
+    if (opts::LOGGING_DEBUG)
+        start_debug_pipe();
+    set_directories();
+    set_application_identity();
+    set_multimedia();
+    set_chromium_flags();
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Vulkan);
+    web_part::register_scheme();
+    web_part::initialize_engine();
+    declare_qml_modules();
+}
+
+Application* make_application()
+{
+    // Qt keeps references to both for the life of the application object.
+    static char name[] = "libmarlune";
+    static char* arguments[] = {name, nullptr};
+    static int argument_count = 1;
+    return new Application(argument_count, arguments);
+}
+
+}  // namespace startup
+
+}  // namespace marlune

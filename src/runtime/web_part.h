@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+class QObject;
+
+/**
+ * What the parts below the web part ask of it: the start sequence cannot be split, and any facade can
+ * set what serves the "res" scheme. Implemented in src/web, so that nothing here includes upwards.
+ */
+namespace marlune::web_part {
+
+/** Makes the "res" scheme known. Before initialize_engine(). */
+void register_scheme();
+
+/** Before the application object is made. */
+void initialize_engine();
+
+/** Takes and configures the shared profile and installs the scheme handler on it. */
+void set_up_profile();
+
+/** The one scheme handler, for calls that are carried to it; null before set_up_profile(). */
+QObject* scheme_handler();
+
+/** Replaces the function that serves the "res" scheme's files. On the Qt thread. */
+void set_resource_file(std::function<uint8_t*(std::string path, bool& flag, uint64_t& size)> callback);
+
+}  // namespace marlune::web_part

@@ -1,0 +1,100 @@
+#include "views/component_files.h"
+
+#include "views/qml_cipher.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFile>
+#include <QHash>
+#include <QSet>
+#include <QStandardPaths>
+#include <QTimer>
+#include <QUrl>
+#include <QUuid>
+#include <QtEnvironmentVariables>
+#include <QtQml>
+
+#include <chrono>
+#include <utility>
+
+namespace marlune {
+
+namespace {
+
+QString resource_path(const QString& module, const QString& name)
+{
+    return QStringLiteral(":/%1/qml/%2/%3.qml.enc").arg(module, module, name);
+}
+
+/** The component's temporary file, the same one each time. On the Qt thread only. */
+QString temporary_path(const QString& module, const QString& name)
+{
+    static QHash<QString, QString> paths;
+    QString& path = paths[QStringLiteral("%1%2").arg(module, name)];
+    if (path.isEmpty()) {
+        const QString file = QUuid::createUuid().toString(QUuid::WithoutBraces);
+        path = QDir::toNativeSeparators(QDir::tempPath() + u'/' + file);
+    }
+    return path;
+}
+
+void register_type(const QString& path, const QString& module, const QString& name)
+{
+    // Once: each registration of the same type again would only add to Qt's tables.
+    static QSet<std::pair<QString, QString>> registered;
+    if (registered.contains({module, name}))
+        return;
+    registered.insert({module, name});
+    qmlRegisterType(QUrl::fromLocalFile(path), qPrintable(module), 1, 0, qPrintable(name));
+}
+
+/**
+ * Where Qt keeps its compiled copy of a file. Nobody would ever find this one again, since the file has
+ * another name in the next process.
+ */
+QString compiled_path(const QString& path)
+{
+    const QByteArray name = QDir::fromNativeSeparators(path).toUtf8();
+    const QByteArray hash = QCryptographicHash::hash(name, QCryptographicHash::Sha1).toHex();
+    const QString cache = qEnvironmentVariable(
+        "QML_DISK_CACHE_PATH", QStandardPaths::writableLocation(QStandardPaths::CacheLocation) + QStringLiteral("/qmlcache"));
+    return cache + u'/' + QString::fromLatin1(hash) + u'.';
+}
+
+bool write_file(const QString& path, const QByteArray& bytes)
+{
+    // Nobody else has any business with the file while it is there.
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate, QFile::ReadOwner | QFile::WriteOwner)
+        && file.write(bytes) == bytes.size() && file.flush();
+}
+
+}  // namespace
+
+QString publish_component(const QString& module, const QString& name)
+{
+    using namespace std::chrono_literals;
+    QFile stored(resource_path(module, name));
+    if (!stored.open(QIODevice::ReadOnly)) {
+        qWarning("there is no component \"%s\" in a module \"%s\"", qUtf8Printable(name),
+                 qUtf8Printable(module));
+        return {};
+    }
+    QByteArray source = stored.readAll();
+    apply_qml_cipher(source, qml_cipher_key);
+
+    const QString path = temporary_path(module, name);
+    QTimer::singleShot(0ms, [path] {
+        QFile::remove(path);
+        QFile::remove(compiled_path(path));
+    });
+    if (!write_file(path, source)) {
+        qWarning("cannot write \"%s\": is the temporary directory full or read-only?",
+                 qUtf8Printable(path));
+        return {};
+    }
+    register_type(path, module, name);
+    return path;
+}
+
+}  // namespace marlune

@@ -1,0 +1,208 @@
+#include "views/view.h"
+
+#include "marlune/app.h"
+#include "runtime/host_callback.h"
+
+#include <QDebug>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickRenderControl>
+#include <QQuickWindow>
+#include <rhi/qrhi.h>
+
+#include <QtQuick/private/qquickrendercontrol_p.h>
+
+#include <cmath>
+#include <stdexcept>
+#include <utility>
+
+namespace marlune {
+
+namespace {
+
+constexpr qreal minimum_side = 256;
+constexpr int maximum_rate = 120;
+
+}  // namespace
+
+View::View(const char* kind)
+{
+    static int made = 0;
+    setObjectName(QStringLiteral("%1 %2").arg(QLatin1StringView(kind)).arg(++made));
+}
+
+View::~View()
+{
+    live_.withdraw();
+    reset();
+    release_texture();
+}
+
+void View::prepare_context(QQmlContext*)
+{
+    qWarning("prepare_context is virtual");
+}
+
+void View::post_setup(QQmlEngine*, QObject*)
+{
+    qWarning("post_setup is virtual");
+}
+
+void View::before_reset() {}
+
+void View::set_view_monitor(VkInstance instance)
+{
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Vulkan);
+    if (vulkan_instance_.isValid() && vulkan_instance_.vkInstance() == instance)
+        return;
+
+    // All that stands was made on the old instance. Without one given, Qt would make its own.
+    reset();
+    release_texture();
+    vulkan_instance_.setVkInstance(instance);
+    if (!instance || !vulkan_instance_.create())
+        throw std::runtime_error("Failed to create VkInstance");
+}
+
+void View::set_statistics_monitor(VkPhysicalDevice physical_device, VkDevice device)
+{
+    graphics_device_ = physical_device && device
+        ? QQuickGraphicsDevice::fromDeviceObjects(physical_device, device, 0, 0)
+        : QQuickGraphicsDevice();
+}
+
+void View::set_resolution(QSizeF resolution)
+{
+    if (resolution.width() < minimum_side) {
+        qWarning("resolution not set, width must be more than 256");
+    } else if (resolution.height() < minimum_side) {
+        qWarning("resolution not set, height must be more than 256");
+    } else {
+        resolution_ = resolution;
+        emit resolutionChanged();
+    }
+}
+
+bool View::has_usable_resolution() const
+{
+    if (resolution_.width() < minimum_side) {
+        qWarning("resolution not set, width must be more than 256. Call `set_resolution(width, height)`");
+        return false;
+    }
+    if (resolution_.height() < minimum_side) {
+        qWarning("resolution not set, height must be more than 256. Call `set_resolution(width, height)`");
+        return false;
+    }
+    return true;
+}
+
+void View::set_refresh_rate(int rate)
+{
+    if (rate < 1) {
+        qWarning() << "bad refresh rate" << rate;
+        return;
+    }
+    if (rate > maximum_rate) {
+        qWarning() << "refresh rate " << rate << " too high, setting to 120";
+        rate = maximum_rate;
+    }
+    const auto interval = static_cast<int>(std::round(1000.0 / rate));
+    // 60 Hz: a host that asks every 16.7 ms must not find every other frame not yet due.
+    frame_interval_ = std::chrono::milliseconds(interval == 17 ? 16 : interval);
+}
+
+int View::get_refresh_rate() const
+{
+    return static_cast<int>(std::round(1 / (static_cast<double>(frame_interval_.count()) / 1000.0)));
+}
+
+int View::get_mips_count() const
+{
+    return rhi_ ? QRhi::mipLevelsForSize(resolution_.toSize()) : 1;
+}
+
+void View::render()
+{
+    // A set-up that has failed leaves a render control behind, but no target.
+    if (!render_control_ || !render_target_)
+        return;
+    // Script that the frame runs can lead, through a callback of the host, back to here.
+    if (rendering_)
+        return;
+    const auto now = std::chrono::steady_clock::now();
+    if (now - last_frame_ < frame_interval_)
+        return;
+    last_frame_ = now;
+    rendering_ = true;
+    render_frame();
+    rendering_ = false;
+}
+
+void View::render_frame()
+{
+    render_control_->polishItems();
+    render_control_->beginFrame();
+    render_control_->sync();
+    // A new texture has nothing to make smaller levels from, nor a layout to come back to.
+    if (mipmaps_enabled_ && texture_drawn_) {
+        QRhiResourceUpdateBatch* const updates = rhi_->nextResourceUpdateBatch();
+        updates->generateMips(texture_.get());
+        render_control_->commandBuffer()->resourceUpdate(updates);
+    }
+    render_control_->render();
+    render_control_->endFrame();
+    texture_drawn_ = true;
+    ++frames_rendered_;
+    emit frameRendered();
+}
+
+void View::reset()
+{
+    before_reset();
+    ready_ = false;
+    render_pass_.reset();
+    render_target_.reset();
+    depth_stencil_.reset();
+    delete std::exchange(root_item_, nullptr);
+    component_.reset();
+    engine_.reset();
+    window_.reset();
+    // The texture stays for the host, so the QRhi that it belongs to has to stay with it.
+    if (texture_ && !texture_rhi_ && render_control_) {
+        QQuickRenderControlPrivate::get(render_control_.get())->ownRhi = false;
+        texture_rhi_.reset(rhi_);
+    }
+    render_control_.reset();
+}
+
+/** Ends what reset() leaves. Nothing but the destructor, a new set-up and a new instance may do so. */
+void View::release_texture()
+{
+    native_texture_ = 0;
+    texture_.reset();
+    if (std::exchange(texture_rhi_, nullptr))
+        rhi_ = nullptr;
+}
+
+void View::set_javascript_console_log(JavaScriptConsoleLog callback)
+{
+    console_log_ = std::move(callback);
+}
+
+void View::onJavaScriptConsoleMessage(int level, QString message, int line_number, QString source_id)
+{
+    call_host(this, console_log_, level, message.toStdString(), line_number, source_id.toStdString());
+}
+
+QString View::version() const
+{
+    return QString::fromStdString(M::get_version_full());
+}
+
+QString View::gpu_name() const
+{
+    return rhi_ ? QString::fromUtf8(rhi_->driverInfo().deviceName) : QString();
+}
+
+}  // namespace marlune
