@@ -172,6 +172,7 @@ public:
      * @param button 0 left, 1 right, 2 middle, 3 back, 4 forward; others are ignored.
      * @param action 0 press, 1 release; others are ignored.
      * Clicks never carry keyboard modifiers. Ignored before loading, as is all input.
+     * All views share one pointer: release a button before you press one in another view.
      */
     void mouse_click(uint16_t button, uint16_t action, uint32_t x, uint32_t y) const;
 

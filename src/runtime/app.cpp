@@ -18,6 +18,9 @@
 #include <thread>
 #include <utility>
 
+// What ~QApplication begins with. Exported by Qt for its own modules, without a header of its own.
+Q_CORE_EXPORT void qt_call_post_routines();
+
 namespace marlune {
 
 M* MARLUNE = nullptr;
@@ -70,13 +73,31 @@ MarluneCtx* context()
     return static_cast<MarluneCtx*>(published(MARLUNE_CTX));
 }
 
-/** The loop has ended: releases every caller that still waits, and refuses the ones to come. */
+/**
+ * The loop has ended: refuses new calls, serves those that are queued, and lets Qt's own objects come
+ * to rest (an animation timer still running at exit would be stopped on the wrong thread). Whatever
+ * those leave behind is discarded, which releases its caller.
+ */
 void close_calls()
 {
     LiveObjects::instance().close();
+    QCoreApplication::sendPostedEvents();
     QCoreApplication::removePostedEvents(nullptr);
-    qt_thread_id = std::thread::id();
+}
 
+/**
+ * Ends the web engine's threads and processes. The application object stays for good, and its
+ * destructor, which would do this, never runs; but threads of the engine that were still at work when
+ * the host leaves main would crash in what exit() takes down.
+ */
+void stop_engine()
+{
+    qt_call_post_routines();
+}
+
+void report_end()
+{
+    qt_thread_id = std::thread::id();
     const std::lock_guard lock(loop_end().mutex);
     loop_end().reached = true;
     loop_end().changed.notify_all();
@@ -130,6 +151,8 @@ void M::_create_app()
     trace("static_cast<QApplication*>(MARLUNE_APP)->exec()", "T");
     QApplication::exec();
     close_calls();
+    stop_engine();
+    report_end();
 }
 
 void M::ensure_qt_eventloop_is_running()

@@ -89,6 +89,15 @@ void set_chromium_flags()
         qputenv("QTWEBENGINE_CHROMIUM_FLAGS", flags);
 }
 
+void set_text_rendering()
+{
+    // Smoothing by subpixels needs an opaque background and a known pixel grid; a texture in a game
+    // has neither, and its text would get coloured fringes.
+    constexpr auto variable = "QSG_DISTANCEFIELD_ANTIALIASING";
+    if (!qEnvironmentVariableIsSet(variable))
+        qputenv(variable, "gray");
+}
+
 void before_application()
 {
     if (opts::LOGGING_DEBUG)
@@ -97,6 +106,7 @@ void before_application()
     set_application_identity();
     set_multimedia();
     set_chromium_flags();
+    set_text_rendering();
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Vulkan);
     web_part::register_scheme();
     web_part::initialize_engine();

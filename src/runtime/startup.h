@@ -26,6 +26,7 @@ void set_directories();
 void set_application_identity();
 void set_multimedia();
 void set_chromium_flags();
+void set_text_rendering();
 
 }  // namespace startup
 

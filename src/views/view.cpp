@@ -60,6 +60,7 @@ void View::set_view_monitor(VkInstance instance)
     // All that stands was made on the old instance. Without one given, Qt would make its own.
     reset();
     release_texture();
+    vulkan_instance_.destroy();
     vulkan_instance_.setVkInstance(instance);
     if (!instance || !vulkan_instance_.create())
         throw std::runtime_error("Failed to create VkInstance");

@@ -7,7 +7,9 @@
 #include "runtime/trace.h"
 #include "views/component_files.h"
 
+#include <QCoreApplication>
 #include <QDebug>
+#include <QFocusEvent>
 #include <QQmlComponent>
 #include <QQmlContext>
 #include <QQmlEngine>
@@ -18,6 +20,7 @@
 #include <QQuickWindow>
 #include <rhi/qrhi.h>
 
+#include <chrono>
 #include <memory>
 #include <stdexcept>
 
@@ -128,6 +131,10 @@ void View::size_scene()
     window_->setGeometry(0, 0, static_cast<int>(root_item_->width()),
                          static_cast<int>(root_item_->height()));
     root_item_->setParentItem(window_->contentItem());
+
+    // No window system will ever tell this window that it has the focus, and keys go nowhere without.
+    QFocusEvent focus(QEvent::FocusIn, Qt::ActiveWindowFocusReason);
+    QCoreApplication::sendEvent(window_.get(), &focus);
 }
 
 void View::initialize_graphics()
@@ -183,7 +190,8 @@ void View::create_render_target()
 
 void View::warm_up()
 {
-    // The first frame is due at once; the rest are there for a machine that needs an interval for it.
+    // A new scene's first frame is due at once, however short ago the last one of the old scene was.
+    last_frame_ = std::chrono::steady_clock::now() - frame_interval_;
     for (int pass = 0; pass < warm_up_passes; ++pass)
         render();
 }
