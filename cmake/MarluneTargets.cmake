@@ -12,7 +12,8 @@ function(marlune_configure_target target)
     endif()
     if(MARLUNE_SANITIZE)
         target_compile_options(${target} PRIVATE
-            -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+            -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer
+            $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)  # GCC sees ghosts in such code
         target_link_options(${target} PRIVATE -fsanitize=address,undefined)
     endif()
 endfunction()

@@ -36,13 +36,26 @@ constexpr auto stop_limit = 10s;
 
 std::string version = "0.1.2+4b4e766";
 
-// Holds the Qt thread between its start and its detaching.
-std::thread qt_thread;
+/**
+ * The Qt thread of create_app. Not detached, so that M::destroy can wait for its very end: what Qt
+ * keeps for a thread goes down after the thread's function. Never destroyed, since a host that ends
+ * without M::destroy must not be ended by std::thread.
+ */
+struct QtThread {
+    std::mutex mutex;
+    std::thread handle;
+};
+
+QtThread& qt_thread()
+{
+    static auto* const thread = new QtThread;
+    return *thread;
+}
 
 std::atomic<std::thread::id> qt_thread_id;
 std::atomic<bool> start_requested = false;
 
-/** Tells M::destroy that the event loop has ended. Never destroyed: the Qt thread is detached. */
+/** Tells M::destroy that the event loop has ended. Never destroyed either. */
 struct LoopEnd {
     std::mutex mutex;
     std::condition_variable changed;
@@ -103,6 +116,12 @@ void report_end()
     loop_end().changed.notify_all();
 }
 
+bool wait_for_loop_end()
+{
+    std::unique_lock lock(loop_end().mutex);
+    return loop_end().changed.wait_for(lock, stop_limit, [] { return loop_end().reached; });
+}
+
 }  // namespace
 
 bool on_qt_thread()
@@ -128,10 +147,12 @@ void M::create_app()
         std::fflush(stderr);
         return;
     }
-    std::thread started(_create_app);
+    const std::lock_guard lock(qt_thread().mutex);
+    // Two starts in quick succession are the host's mistake, but not one that ends its game.
+    if (qt_thread().handle.joinable())
+        qt_thread().handle.detach();
+    qt_thread().handle = std::thread(_create_app);
     start_requested = true;
-    qt_thread = std::move(started);
-    qt_thread.detach();
 }
 
 void M::_create_app()
@@ -180,11 +201,14 @@ void M::destroy()
     ensure_qt_eventloop_is_running();
     LiveObjects::instance().post(context(), [] { QCoreApplication::quit(); });
 
-    std::unique_lock lock(loop_end().mutex);
-    if (!loop_end().changed.wait_for(lock, stop_limit, [] { return loop_end().reached; })) {
+    if (!wait_for_loop_end()) {
         std::fprintf(stderr, "marlune: the Qt thread is still at work 10 s after M::destroy; "
                              "is a host callback waiting for something?\n");
+        return;
     }
+    const std::lock_guard lock(qt_thread().mutex);
+    if (qt_thread().handle.joinable())
+        qt_thread().handle.join();
 }
 
 std::string M::get_version_full()

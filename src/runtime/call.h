@@ -4,11 +4,11 @@
 #include "runtime/qt_thread.h"
 #include "runtime/trace.h"
 
-#include <QFuture>
-#include <QPromise>
+#include <QSemaphore>
 
 #include <exception>
 #include <functional>
+#include <optional>
 #include <type_traits>
 #include <utility>
 
@@ -31,20 +31,49 @@ enum class Delivery {
 
 namespace detail {
 
+/** What a caller waits for, on its own stack: it does not leave before its call has completed. */
+template <typename Result>
+struct Outcome {
+    QSemaphore completed;
+    std::optional<Result> result;
+};
+
+template <>
+struct Outcome<void> {
+    QSemaphore completed;
+};
+
 /**
- * What is posted. It completes its caller's future exactly once: with the result when the work has
- * run; without one when the work has thrown, or when Qt discards the functor because its target or
- * the event loop is gone. The last two need no code: the promise's own destructor cancels it.
+ * Completes its caller exactly once, whatever becomes of the call: when it is told to, or when it is
+ * destroyed because the work has thrown, or because Qt discards the call with its target or its loop.
  */
+template <typename Result>
+class Completion {
+public:
+    explicit Completion(Outcome<Result>& outcome) : outcome_(&outcome) {}
+    Completion(Completion&& other) noexcept : outcome_(std::exchange(other.outcome_, nullptr)) {}
+    ~Completion() { complete(); }
+
+    Outcome<Result>* operator->() { return outcome_; }
+
+    void complete()
+    {
+        if (auto* const outcome = std::exchange(outcome_, nullptr))
+            outcome->completed.release();
+    }
+
+private:
+    Outcome<Result>* outcome_;
+};
+
+/** What is posted. */
 template <typename Result, typename Target, typename Work>
 class CarriedCall {
 public:
-    CarriedCall(QObject* target, Delivery delivery, Work&& work)
-        : completion_{{}, delivery}, target_(target), work_(std::move(work))
+    CarriedCall(QObject* target, Delivery delivery, Outcome<Result>& outcome, Work&& work)
+        : completion_(outcome), target_(target), delivery_(delivery), work_(std::move(work))
     {
     }
-
-    QFuture<Result> future() { return completion_.promise.future(); }
 
     void operator()()
     {
@@ -55,42 +84,27 @@ public:
         if constexpr (std::is_void_v<Result>)
             std::invoke(work_, *target);
         else
-            completion_.promise.addResult(std::invoke(work_, *target));
-        completion_.ran = true;
-        if (completion_.delivery == Delivery::Queued)
-            completion_.finish();
+            completion_->result.emplace(std::invoke(work_, *target));
+        if (delivery_ == Delivery::Queued)
+            completion_.complete();
     }
 
 private:
-    struct Completion {
-        QPromise<Result> promise;
-        Delivery delivery;
-        bool ran = false;
-
-        Completion(QPromise<Result>&& promise, Delivery delivery)
-            : promise(std::move(promise)), delivery(delivery)
-        {
-        }
-        Completion(Completion&& other) noexcept
-            : promise(std::move(other.promise)),
-              delivery(other.delivery),
-              ran(std::exchange(other.ran, false))
-        {
-        }
-        ~Completion() { finish(); }
-
-        void finish()
-        {
-            if (std::exchange(ran, false))
-                promise.finish();
-        }
-    };
-
     // First, so that it goes last: a blocking caller goes on once the work's captures are gone.
-    Completion completion_;
+    Completion<Result> completion_;
     QObject* target_;
+    Delivery delivery_;
     Work work_;
 };
+
+/** Posts the call and waits for its completion, which comes at once when the target is not live. */
+template <typename Result, typename Target, typename Work>
+void carry(Target* target, Delivery delivery, Outcome<Result>& outcome, Work&& work)
+{
+    LiveObjects::instance().post(target, CarriedCall<Result, Target, Work>(target, delivery, outcome,
+                                                                           std::move(work)));
+    outcome.completed.acquire();
+}
 
 /** Serves a call that is made on the Qt thread, which cannot wait for itself. */
 template <typename Target, typename Work, typename Fallback>
@@ -121,12 +135,9 @@ Result call(const char* name, Target* target, Delivery delivery, Result fallback
     if (on_qt_thread())
         return detail::call_in_place<Target>(target, [&] { return fallback; }, work);
 
-    detail::CarriedCall<Result, Target, Work> carried(target, delivery, std::move(work));
-    auto future = carried.future();
-    if (!LiveObjects::instance().post(target, std::move(carried)))
-        return fallback;
-    future.waitForFinished();
-    return future.resultCount() > 0 ? future.result() : fallback;
+    detail::Outcome<Result> outcome;
+    detail::carry<Result>(target, delivery, outcome, std::move(work));
+    return outcome.result ? std::move(*outcome.result) : fallback;
 }
 
 /** Carries a call that gives nothing. */
@@ -139,10 +150,8 @@ void call(const char* name, Target* target, Delivery delivery, Work work)
     if (on_qt_thread())
         return detail::call_in_place<Target>(target, [] {}, work);
 
-    detail::CarriedCall<void, Target, Work> carried(target, delivery, std::move(work));
-    auto future = carried.future();
-    if (LiveObjects::instance().post(target, std::move(carried)))
-        future.waitForFinished();
+    detail::Outcome<void> outcome;
+    detail::carry<void>(target, delivery, outcome, std::move(work));
 }
 
 }  // namespace marlune

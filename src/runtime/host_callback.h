@@ -37,23 +37,26 @@ void run_outside_callbacks(Object& object, Work work)
 }
 
 /**
- * Calls what the host has registered, if anything. An exception that the host lets out is reported
- * and ends here: script engines that may be on the stack cannot be unwound.
+ * Calls what the host has registered; a default value where it has registered nothing. An exception
+ * that the host lets out is reported and ends here: script engines that may be on the stack cannot be
+ * unwound.
  */
-template <typename Function, typename... Arguments>
-void call_host(QObject* caller, const Function& function, Arguments&&... arguments)
+template <typename Result, typename... Parameters, typename... Arguments>
+Result call_host(QObject* caller, const std::function<Result(Parameters...)>& function,
+                 Arguments&&... arguments)
 {
     if (!function)
-        return;
+        return Result();
     const HostCallbackScope scope;
     try {
-        const Function callback = function;  // which may replace itself
-        callback(std::forward<Arguments>(arguments)...);
+        const auto callback = function;  // which may replace itself
+        return callback(std::forward<Arguments>(arguments)...);
     } catch (const std::exception& error) {
         report_exception(caller, error.what());
     } catch (...) {
         report_exception(caller, "a host callback has thrown an unknown exception");
     }
+    return Result();
 }
 
 }  // namespace marlune

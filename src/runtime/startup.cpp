@@ -38,6 +38,21 @@ constexpr DirectoryVariable directory_variables[] = {
     {"QTWEBENGINE_LOCALES_PATH", "/translations/qtwebengine_locales"},
 };
 
+struct SceneDefault {
+    const char* name;
+    const char* value;
+};
+
+// What scenes in textures need of Qt Quick; a user who sets these knows better.
+constexpr SceneDefault scene_defaults[] = {
+    // Smoothing by subpixels takes an opaque background and a known pixel grid. A texture in a game
+    // has neither, and its text would get coloured fringes.
+    {"QSG_DISTANCEFIELD_ANTIALIASING", "gray"},
+    // Components are loaded from files that are new each time: compiled copies of them would never be
+    // found again, and Qt would keep each one mapped for good.
+    {"QML_DISK_CACHE", "aot"},
+};
+
 }  // namespace
 
 const std::string& addon_dir()
@@ -89,13 +104,12 @@ void set_chromium_flags()
         qputenv("QTWEBENGINE_CHROMIUM_FLAGS", flags);
 }
 
-void set_text_rendering()
+void set_scene_defaults()
 {
-    // Smoothing by subpixels needs an opaque background and a known pixel grid; a texture in a game
-    // has neither, and its text would get coloured fringes.
-    constexpr auto variable = "QSG_DISTANCEFIELD_ANTIALIASING";
-    if (!qEnvironmentVariableIsSet(variable))
-        qputenv(variable, "gray");
+    for (const auto& [name, value] : scene_defaults) {
+        if (!qEnvironmentVariableIsSet(name))
+            qputenv(name, value);
+    }
 }
 
 void before_application()
@@ -106,7 +120,7 @@ void before_application()
     set_application_identity();
     set_multimedia();
     set_chromium_flags();
-    set_text_rendering();
+    set_scene_defaults();
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Vulkan);
     web_part::register_scheme();
     web_part::initialize_engine();

@@ -26,7 +26,7 @@ void set_directories();
 void set_application_identity();
 void set_multimedia();
 void set_chromium_flags();
-void set_text_rendering();
+void set_scene_defaults();
 
 }  // namespace startup
 

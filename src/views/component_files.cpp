@@ -2,16 +2,13 @@
 
 #include "views/qml_cipher.h"
 
-#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QHash>
 #include <QSet>
-#include <QStandardPaths>
 #include <QTimer>
 #include <QUrl>
 #include <QUuid>
-#include <QtEnvironmentVariables>
 #include <QtQml>
 
 #include <chrono>
@@ -48,19 +45,6 @@ void register_type(const QString& path, const QString& module, const QString& na
     qmlRegisterType(QUrl::fromLocalFile(path), qPrintable(module), 1, 0, qPrintable(name));
 }
 
-/**
- * Where Qt keeps its compiled copy of a file. Nobody would ever find this one again, since the file has
- * another name in the next process.
- */
-QString compiled_path(const QString& path)
-{
-    const QByteArray name = QDir::fromNativeSeparators(path).toUtf8();
-    const QByteArray hash = QCryptographicHash::hash(name, QCryptographicHash::Sha1).toHex();
-    const QString cache = qEnvironmentVariable(
-        "QML_DISK_CACHE_PATH", QStandardPaths::writableLocation(QStandardPaths::CacheLocation) + QStringLiteral("/qmlcache"));
-    return cache + u'/' + QString::fromLatin1(hash) + u'.';
-}
-
 bool write_file(const QString& path, const QByteArray& bytes)
 {
     // Nobody else has any business with the file while it is there.
@@ -84,10 +68,7 @@ QString publish_component(const QString& module, const QString& name)
     apply_qml_cipher(source, qml_cipher_key);
 
     const QString path = temporary_path(module, name);
-    QTimer::singleShot(0ms, [path] {
-        QFile::remove(path);
-        QFile::remove(compiled_path(path));
-    });
+    QTimer::singleShot(0ms, [path] { QFile::remove(path); });
     if (!write_file(path, source)) {
         qWarning("cannot write \"%s\": is the temporary directory full or read-only?",
                  qUtf8Printable(path));

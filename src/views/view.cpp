@@ -9,6 +9,7 @@
 #include <QQuickItem>
 #include <QQuickRenderControl>
 #include <QQuickWindow>
+#include <QScopedValueRollback>
 #include <rhi/qrhi.h>
 
 #include <QtQuick/private/qquickrendercontrol_p.h>
@@ -135,9 +136,8 @@ void View::render()
     if (now - last_frame_ < frame_interval_)
         return;
     last_frame_ = now;
-    rendering_ = true;
+    const QScopedValueRollback guard(rendering_, true);
     render_frame();
-    rendering_ = false;
 }
 
 void View::render_frame()
@@ -175,6 +175,8 @@ void View::reset()
         texture_rhi_.reset(rhi_);
     }
     render_control_.reset();
+    if (!texture_rhi_)
+        rhi_ = nullptr;
 }
 
 /** Ends what reset() leaves. Nothing but the destructor, a new set-up and a new instance may do so. */

@@ -1,5 +1,6 @@
 #include "web/scheme_handler.h"
 
+#include "runtime/host_callback.h"
 #include "web/mime_types.h"
 
 #include <QBuffer>
@@ -31,8 +32,8 @@ void GodotSchemeHandler::requestStarted(QWebEngineUrlRequestJob* job)
 
     bool flag = false;
     uint64_t size = 0;
-    const uint8_t* const bytes = m_resource_file(path.toStdString(), flag, size);
-    if (size == 0)
+    const uint8_t* const bytes = call_host(this, m_resource_file, path.toStdString(), flag, size);
+    if (size == 0 || !bytes)
         return job->fail(QWebEngineUrlRequestJob::UrlNotFound);
 
     // The bytes stay the host's, which may reuse them once the callback is called again: one copy.
