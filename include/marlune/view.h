@@ -52,7 +52,7 @@ class View;
  *
  * **The queue.** Views submit their work to queue 0 of queue family 0, which must offer graphics.
  * Vulkan wants a queue to be used by one thread at a time: the host must not use that queue while
- * one of its threads is in load(), render(), reset() or destroy().
+ * one of its threads is in load(), render(), reset(), destroy() or set_view_monitor().
  *
  * **The texture.** See get_texture().
  */

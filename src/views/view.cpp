@@ -69,6 +69,7 @@ void View::set_view_monitor(VkInstance instance)
 
 void View::set_statistics_monitor(VkPhysicalDevice physical_device, VkDevice device)
 {
+    device_ = device;
     graphics_device_ = physical_device && device
         ? QQuickGraphicsDevice::fromDeviceObjects(physical_device, device, 0, 0)
         : QQuickGraphicsDevice();

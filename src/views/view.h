@@ -106,6 +106,7 @@ private:
     bool create_component(const QString& module, const QString& name);
     void create_root_item();
     void size_scene();
+    void look_up_device_functions();
     void initialize_graphics();
     void create_render_target();
     void release_texture();
@@ -116,6 +117,7 @@ private:
 
     // In the order in which the scene needs them; reset() and release_texture() say how they go.
     QQuickGraphicsDevice graphics_device_;
+    VkDevice device_ = VK_NULL_HANDLE;
     QQuickItem* root_item_ = nullptr;
     QRhi* rhi_ = nullptr;
     std::unique_ptr<QQuickRenderControl> render_control_;

@@ -18,6 +18,7 @@
 #include <QQuickRenderControl>
 #include <QQuickRenderTarget>
 #include <QQuickWindow>
+#include <QVulkanFunctions>
 #include <rhi/qrhi.h>
 
 #include <chrono>
@@ -137,6 +138,20 @@ void View::size_scene()
     QCoreApplication::sendEvent(window_.get(), &focus);
 }
 
+/**
+ * A moment after the library's start, the web engine's GPU thread makes a Vulkan instance of its own.
+ * The loader writes its list of instances under a lock and reads it without one when it looks up a
+ * device's functions, and a look-up that meets the other thread crashes. So a call that takes the lock
+ * waits that thread out; then all functions are looked up in one go, and Qt keeps them.
+ */
+void View::look_up_device_functions()
+{
+    uint32_t count = 0;
+    vulkan_instance_.functions()->vkEnumeratePhysicalDevices(vulkan_instance_.vkInstance(), &count,
+                                                             nullptr);
+    vulkan_instance_.deviceFunctions(device_);
+}
+
 void View::initialize_graphics()
 {
     // Left to itself, Qt would take a device of its own, whose textures no host can use.
@@ -145,6 +160,7 @@ void View::initialize_graphics()
                  qUtf8Printable(objectName()));
         throw std::runtime_error("QQuickRenderControl::initialize() failed");
     }
+    look_up_device_functions();
     if (!render_control_->initialize())
         throw std::runtime_error("QQuickRenderControl::initialize() failed");
     release_texture();
@@ -192,7 +208,8 @@ void View::warm_up()
 {
     // A new scene's first frame is due at once, however short ago the last one of the old scene was.
     last_frame_ = std::chrono::steady_clock::now() - frame_interval_;
-    for (int pass = 0; pass < warm_up_passes; ++pass)
+    // On a machine whose frames take longer than the interval, each pass would find one due.
+    for (int pass = 0; pass < warm_up_passes && !texture_drawn_; ++pass)
         render();
 }
 

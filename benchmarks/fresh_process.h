@@ -1,0 +1,13 @@
+#pragma once
+
+#include "measures.h"
+
+namespace marlune::bench {
+
+/** Runs this program again with `--sample NAME`, and returns the numbers that it prints. */
+Numbers sample_in_fresh_process(const char* name);
+
+/** What the fresh process does: takes the sample and prints it. False when there is none of that name. */
+bool print_sample(const char* name);
+
+}  // namespace marlune::bench

@@ -1,0 +1,109 @@
+// Compares the library with raw Qt doing the same, and prints one table:
+//
+//     marlune-bench [--only calls|frames|views|start|memory] [--quick] [--verbose]
+//
+// The project root, in which the library finds Qt's files, is read from MARLUNE_PROJECT_ROOT.
+
+#include "bench_view.h"
+#include "fresh_process.h"
+#include "measures.h"
+
+#include <QString>
+#include <QtLogging>
+
+#include <cstdio>
+#include <exception>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace marlune::bench {
+
+namespace {
+
+struct Arguments {
+    std::string only;
+    std::string sample;
+    Thoroughness much;
+    bool verbose = false;
+
+    bool want(std::string_view measure) const { return only.empty() || only == measure; }
+};
+
+Arguments parse(int count, char** values)
+{
+    Arguments arguments;
+    for (int i = 1; i < count; ++i) {
+        const std::string_view word = values[i];
+        const bool has_value = i + 1 < count;
+        if (word == "--only" && has_value)
+            arguments.only = values[++i];
+        else if (word == "--sample" && has_value)
+            arguments.sample = values[++i];
+        else if (word == "--quick")
+            arguments.much.quick = true;
+        else if (word == "--verbose")
+            arguments.verbose = true;
+        else
+            throw std::invalid_argument("cannot understand " + std::string(word));
+    }
+    return arguments;
+}
+
+/** Each start has its harmless warnings, and there are dozens of starts. */
+void report_errors_only(QtMsgType type, const QMessageLogContext&, const QString& message)
+{
+    if (type == QtCriticalMsg || type == QtFatalMsg)
+        std::fprintf(stderr, "%s\n", qUtf8Printable(message));
+}
+
+// Those that have processes of their own come first: the library writes to the environment.
+void measure_processes(Table& table, const Arguments& arguments)
+{
+    if (arguments.want("start"))
+        measure_start(table, arguments.much);
+    if (arguments.want("memory"))
+        measure_memory(table, arguments.much);
+}
+
+void measure_here(Table& table, const Arguments& arguments)
+{
+    Gpu gpu;
+    const Library library;
+    if (arguments.want("calls"))
+        measure_calls(table, arguments.much, gpu);
+    if (arguments.want("frames"))
+        measure_frames(table, arguments.much, gpu);
+    if (arguments.want("views"))
+        measure_views(table, arguments.much, gpu);
+}
+
+}  // namespace
+
+int run(const Arguments& arguments)
+{
+    if (!arguments.verbose)
+        qInstallMessageHandler(report_errors_only);
+    if (!arguments.sample.empty())
+        return print_sample(arguments.sample.c_str()) ? 0 : 1;
+
+    Table table;
+    measure_processes(table, arguments);
+    measure_here(table, arguments);
+    if (table.empty())
+        throw std::invalid_argument("there is no measure " + arguments.only);
+    table.print();
+    return 0;
+}
+
+}  // namespace marlune::bench
+
+int main(int argc, char** argv)
+{
+    try {
+        return marlune::bench::run(marlune::bench::parse(argc, argv));
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "marlune-bench: %s\n", error.what());
+        return 1;
+    }
+}

@@ -1,0 +1,118 @@
+// When render() draws, and when it does not.
+
+#include "support/host_view.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+
+namespace marlune::test {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+constexpr uint32_t KEY_SPACE = 0x20;
+
+/** The count that the scene ContextProbe sees. */
+int frames_rendered(HostView& view)
+{
+    view.console().take();
+    view->key_event(KEY_SPACE, 0, " ");
+    const std::string name = "framesRendered=";
+    for (const std::string& message : view.console().take_messages()) {
+        if (message.starts_with(name))
+            return std::stoi(message.substr(name.size()));
+    }
+    ADD_FAILURE() << "the scene did not tell its number of frames";
+    return 0;
+}
+
+TEST(Render, before_loading_does_nothing)
+{
+    HostView view;
+    view->render();
+    EXPECT_EQ(view->get_texture(), 0u);
+}
+
+TEST(Render, after_reset_does_nothing)
+{
+    HostView view;
+    ASSERT_TRUE(view.load("Quadrants"));
+    view->reset();
+    const Image before = view.picture();
+    view.draw_frame();
+    EXPECT_EQ(view.picture(), before);
+}
+
+TEST(Render, is_done_once_by_loading)
+{
+    HostView view;
+    view->set_refresh_rate(1);
+    ASSERT_TRUE(view.load("ContextProbe"));
+    EXPECT_EQ(frames_rendered(view), 1);
+}
+
+TEST(Render, draws_a_frame_when_the_interval_has_passed)
+{
+    HostView view;
+    ASSERT_TRUE(view.load("ContextProbe"));
+    const int before = frames_rendered(view);
+    for (int i = 1; i <= 10; ++i) {
+        view.draw_frame();
+        EXPECT_EQ(frames_rendered(view), before + i);
+    }
+}
+
+TEST(Render, twice_in_one_interval_draws_one_frame)
+{
+    HostView view;
+    view->set_refresh_rate(1);  // an interval that no machine is too slow for
+    ASSERT_TRUE(view.load("ContextProbe"));
+    const int before = frames_rendered(view);
+    view.draw_frame();
+    view.render();
+    view.render();
+    EXPECT_EQ(frames_rendered(view), before + 1);
+}
+
+TEST(Render, draws_no_more_frames_than_the_rate_allows_however_often_it_is_called)
+{
+    for (const auto& [rate, interval] : {std::pair(120, milliseconds(8)), {60, milliseconds(16)}}) {
+        HostView view;
+        view->set_refresh_rate(rate);
+        ASSERT_TRUE(view.load("ContextProbe"));
+        const int before = frames_rendered(view);
+        const auto start = steady_clock::now();
+        while (steady_clock::now() - start < milliseconds(300))
+            view.render();
+        const auto elapsed = steady_clock::now() - start;
+        const int drawn = frames_rendered(view) - before;
+        EXPECT_LE(drawn, elapsed / interval + 1) << "at " << rate << " Hz";
+        EXPECT_GE(drawn, 2) << "at " << rate << " Hz";
+    }
+}
+
+TEST(Render, lets_animations_move_on)
+{
+    HostView view;
+    ASSERT_TRUE(view.load("Moving"));
+    const Image first = view.picture();
+    EXPECT_TRUE(view.draw_until([&] { return view.picture() != first; }));
+}
+
+TEST(Render, of_a_scene_that_rests_draws_the_same_again)
+{
+    HostView view;
+    ASSERT_TRUE(view.load("Quadrants"));
+    const Image first = view.picture();
+    for (int i = 0; i < 3; ++i)
+        view.draw_frame();
+    EXPECT_EQ(view.picture(), first);
+}
+
+}  // namespace
+
+}  // namespace marlune::test

@@ -1,0 +1,6 @@
+import QtQuick
+
+// Draws nothing.
+Item {
+    signal javaScriptConsoleMessage(int level, string message, int lineNumber, string sourceID)
+}

@@ -1,0 +1,35 @@
+# The endurance tests. Each program is registered twice: in its brief form, which is a part of every
+# run, and in its full one, <name>_soak, which is not (./dev soak).
+
+add_library(marlune_endurance_support STATIC support/any_call.cpp support/endurance.cpp support/memory.cpp)
+marlune_configure_target(marlune_endurance_support)
+set_target_properties(marlune_endurance_support PROPERTIES AUTOMOC OFF)
+target_link_libraries(marlune_endurance_support PUBLIC marlune_test_support)
+
+add_library(marlune_endurance_scenes OBJECT)
+marlune_configure_target(marlune_endurance_scenes)
+target_link_libraries(marlune_endurance_scenes PRIVATE Qt6::Core)
+marlune_add_qml_module(marlune_endurance_scenes NAME Stress BASE_DIR scenes/stress COMPONENTS Tint.qml)
+
+function(marlune_add_endurance_test name)
+    marlune_add_test(${name} LABELS stress SOURCES ${name}.cpp
+        LIBRARIES marlune_endurance_support marlune_endurance_scenes ${ARGN})
+    add_test(NAME ${name}_soak COMMAND test-${name} WORKING_DIRECTORY "${PROJECT_BINARY_DIR}")
+    set_tests_properties(${name}_soak PROPERTIES
+        LABELS "stress;soak"
+        TIMEOUT 7200
+        ENVIRONMENT "MARLUNE_PROJECT_ROOT=${PROJECT_BINARY_DIR}/project;MARLUNE_SOAK=1"
+        # Where GoogleTest is told a folder, it would name the report after the program.
+        ENVIRONMENT_MODIFICATION "GTEST_OUTPUT=string_append:test-${name}_soak.xml")
+endfunction()
+
+foreach(name IN ITEMS
+        stress_callbacks
+        stress_cycles
+        stress_destroy
+        stress_input
+        stress_stale
+        stress_views)
+    marlune_add_endurance_test(${name})
+endforeach()
+marlune_add_endurance_test(stress_process OWN_MAIN)

@@ -1,0 +1,27 @@
+#include "support/console_log.h"
+
+#include <utility>
+
+namespace marlune::test {
+
+void ConsoleLog::add(ConsoleRecord record)
+{
+    const std::lock_guard lock(mutex_);
+    records_.push_back(std::move(record));
+}
+
+std::vector<ConsoleRecord> ConsoleLog::take()
+{
+    const std::lock_guard lock(mutex_);
+    return std::exchange(records_, {});
+}
+
+std::vector<std::string> ConsoleLog::take_messages()
+{
+    std::vector<std::string> messages;
+    for (ConsoleRecord& record : take())
+        messages.push_back(std::move(record.message));
+    return messages;
+}
+
+}  // namespace marlune::test

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <stop_token>
+#include <thread>
+
+/** What the endurance tests share. Each has a brief form, for every run, and a full one. */
+namespace marlune::test {
+
+/** True in the full form, which MARLUNE_SOAK=1 in the environment asks for. */
+bool is_soak();
+
+/** How often the running form repeats what it tests. */
+int times(int brief, int full);
+
+/**
+ * Ends the process when the test that holds it makes no step for as long as its patience lasts, twice
+ * that at most: a hang then fails one program within a minute instead of holding up all of them.
+ */
+class Watchdog {
+public:
+    explicit Watchdog(std::chrono::seconds patience = std::chrono::seconds(30));
+
+    /** For any thread. */
+    void step() { ++steps_; }
+
+private:
+    void watch(std::stop_token stop);
+
+    const std::chrono::seconds patience_;
+    std::atomic<uint64_t> steps_ = 0;
+    std::mutex mutex_;
+    std::condition_variable_any changed_;
+    std::jthread thread_;  // last: it uses the others
+};
+
+}  // namespace marlune::test

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace marlune::test {
+
+struct Process {
+    pid_t id = 0;
+    std::string name;
+};
+
+/** All living processes below this one: its children, theirs, and so on. */
+std::vector<Process> descendants();
+
+/** Those of them that belong to the web engine. */
+std::vector<Process> engine_processes();
+
+struct ProgramResult {
+    int exit_code = -1;  // 128 and the signal's number for a program that a signal ended
+    bool timed_out = false;
+    std::string out;
+    std::string error;
+    std::vector<Process> left_behind;  // still there a while after the program had ended
+};
+
+/** Runs a program to its end; `arguments[0]` is its path. What it leaves behind is killed. */
+ProgramResult run_program(const std::vector<std::string>& arguments);
+
+/** The path of the program that is running. */
+std::string own_path();
+
+/**
+ * Runs `body` in a child process with a temporary folder of its own and returns its exit code, or
+ * another one when a process of the child has outlived it.
+ */
+int supervise(const std::function<int()>& body);
+
+}  // namespace marlune::test

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <chrono>
+#include <thread>
+
+namespace marlune::test {
+
+/** Looks at `holds` until it is true; false when it is still not after `cap`. */
+template <typename Predicate>
+bool wait_until(Predicate holds, std::chrono::milliseconds cap = std::chrono::seconds(10))
+{
+    const auto end = std::chrono::steady_clock::now() + cap;
+    while (!holds()) {
+        if (std::chrono::steady_clock::now() >= end)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    return true;
+}
+
+}  // namespace marlune::test

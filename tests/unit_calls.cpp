@@ -1,0 +1,237 @@
+// The carried call: it completes exactly once, whatever becomes of it.
+
+#include "runtime/call.h"
+#include "runtime/host_callback.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+namespace marlune::test {
+
+namespace {
+
+/** Something to call, with the life of a view. */
+class Target : public QObject {
+    Q_OBJECT
+
+public:
+    int answer = 42;
+
+    bool has_calls_waiting() const { return d_ptr->postedEvents > 0; }
+
+private:
+    LiveObject live_{this};
+};
+
+class OtherTarget : public QObject {
+    Q_OBJECT
+
+    LiveObject live_{this};
+};
+
+/** Keeps exceptions from leaving the loop, as the library's application object does. */
+class Application : public QCoreApplication {
+public:
+    using QCoreApplication::QCoreApplication;
+
+    bool notify(QObject* receiver, QEvent* event) override
+    {
+        try {
+            return QCoreApplication::notify(receiver, event);
+        } catch (const std::runtime_error&) {
+            ++exceptions;
+            return false;
+        }
+    }
+
+    int exceptions = 0;
+};
+
+Application& application()
+{
+    static int argument_count = 1;
+    static char name[] = "calls";
+    static char* arguments[] = {name, nullptr};
+    static Application instance(argument_count, arguments);
+    return instance;
+}
+
+/** Runs `caller` on a thread of its own while this thread's events are served until it has ended. */
+template <typename Caller>
+void while_serving(Caller caller)
+{
+    std::atomic<bool> done = false;
+    std::thread thread([&] {
+        caller();
+        done = true;
+    });
+    while (!done)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    thread.join();
+}
+
+class Call : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        application().exceptions = 0;
+        target = std::make_unique<Target>();
+    }
+
+    std::unique_ptr<Target> target;
+};
+
+}  // namespace
+
+class CallBothWays : public Call, public testing::WithParamInterface<Delivery> {};
+
+INSTANTIATE_TEST_SUITE_P(Deliveries, CallBothWays, testing::Values(Delivery::Blocking, Delivery::Queued),
+                         [](const auto& info) {
+                             return info.param == Delivery::Blocking ? "blocking" : "queued";
+                         });
+
+TEST_P(CallBothWays, runs_on_the_targets_thread_and_gives_its_result)
+{
+    const auto served_on = std::this_thread::get_id();
+    while_serving([&] {
+        const int result = call("test", target.get(), GetParam(), -1, [&](Target& target) {
+            EXPECT_EQ(std::this_thread::get_id(), served_on);
+            return target.answer;
+        });
+        EXPECT_EQ(result, 42);
+    });
+}
+
+TEST_P(CallBothWays, gives_the_default_at_once_without_a_target)
+{
+    const int result = call("test", static_cast<Target*>(nullptr), GetParam(), -1,
+                            [](Target& target) { return target.answer; });
+    EXPECT_EQ(result, -1);
+}
+
+TEST_P(CallBothWays, gives_the_default_when_the_target_has_gone)
+{
+    Target* const stale = target.get();
+    target.reset();
+    while_serving([&] {
+        EXPECT_EQ(call("test", stale, GetParam(), -1, [](Target& target) { return target.answer; }), -1);
+    });
+}
+
+TEST_P(CallBothWays, gives_the_default_when_the_target_goes_while_it_waits)
+{
+    std::atomic<int> result = 0;
+    std::thread caller([&] {
+        result = call("test", target.get(), GetParam(), -1, [](Target& target) { return target.answer; });
+    });
+    while (!target->has_calls_waiting())
+        std::this_thread::yield();
+    target.reset();
+    caller.join();
+    EXPECT_EQ(result, -1);
+}
+
+TEST_P(CallBothWays, gives_the_default_when_an_object_of_another_kind_has_taken_the_place)
+{
+    OtherTarget other;
+    while_serving([&] {
+        auto* const stale = static_cast<Target*>(static_cast<QObject*>(&other));
+        EXPECT_EQ(call("test", stale, GetParam(), -1, [](Target& target) { return target.answer; }), -1);
+    });
+}
+
+TEST_P(CallBothWays, gives_the_default_when_the_work_throws_and_lets_the_loop_have_the_exception)
+{
+    while_serving([&] {
+        const int result = call("test", target.get(), GetParam(), -1,
+                                [](Target&) -> int { throw std::runtime_error("broken"); });
+        EXPECT_EQ(result, -1);
+    });
+    EXPECT_EQ(application().exceptions, 1);
+}
+
+TEST_P(CallBothWays, releases_the_caller_of_work_without_a_result_too)
+{
+    int runs = 0;
+    while_serving([&] {
+        call("test", target.get(), GetParam(), [&](Target&) { ++runs; });
+        EXPECT_EQ(runs, 1);
+        call("test", target.get(), GetParam(), [](Target&) { throw std::runtime_error("broken"); });
+    });
+    EXPECT_EQ(runs, 1);
+    EXPECT_EQ(application().exceptions, 1);
+}
+
+TEST_P(CallBothWays, come_in_the_order_in_which_a_thread_makes_them)
+{
+    std::string order;
+    while_serving([&] {
+        for (const char letter : {'a', 'b', 'c', 'd'})
+            call("test", target.get(), GetParam(), [&order, letter](Target&) { order += letter; });
+    });
+    EXPECT_EQ(order, "abcd");
+}
+
+TEST_F(Call, is_over_for_a_blocking_caller_when_all_that_it_carried_is_gone)
+{
+    auto carried = std::make_shared<int>(1);
+    const std::weak_ptr<int> watched = carried;
+    while_serving([&] {
+        call("test", target.get(), Delivery::Blocking, [carried = std::move(carried)](Target&) {});
+        EXPECT_TRUE(watched.expired());
+    });
+}
+
+TEST_F(Call, completes_for_each_of_many_threads)
+{
+    std::atomic<int> sum = 0;
+    while_serving([&] {
+        std::vector<std::thread> callers;
+        for (int i = 0; i < 8; ++i) {
+            callers.emplace_back([&] {
+                for (int n = 0; n < 200; ++n)
+                    sum += call("test", target.get(), Delivery::Queued, 0, [](Target&) { return 1; });
+            });
+        }
+        for (std::thread& caller : callers)
+            caller.join();
+    });
+    EXPECT_EQ(sum, 1600);
+}
+
+TEST_F(Call, lets_a_copied_callback_replace_itself)
+{
+    std::function<void(int)> callback;
+    int calls = 0;
+    callback = [&](int) {
+        callback = nullptr;
+        ++calls;
+    };
+    call_host(target.get(), callback, 1);
+    call_host(target.get(), callback, 1);
+    EXPECT_EQ(calls, 1);
+}
+
+TEST(LiveObjects, forget_an_object_that_has_gone)
+{
+    auto target = std::make_unique<Target>();
+    Target* const address = target.get();
+    EXPECT_TRUE(LiveObjects::instance().contains(address));
+    target.reset();
+    EXPECT_FALSE(LiveObjects::instance().contains(address));
+    EXPECT_FALSE(LiveObjects::instance().post(address, [] {}));
+}
+
+}  // namespace marlune::test
+
+#include "unit_calls.moc"
