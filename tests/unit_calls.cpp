@@ -104,7 +104,7 @@ TEST_P(CallBothWays, runs_on_the_targets_thread_and_gives_its_result)
 {
     const auto served_on = std::this_thread::get_id();
     while_serving([&] {
-        const int result = call("test", target.get(), GetParam(), -1, [&](Target& target) {
+        const int result = call<Target>("test", target.get(), GetParam(), -1, [&](Target& target) {
             EXPECT_EQ(std::this_thread::get_id(), served_on);
             return target.answer;
         });
@@ -114,7 +114,7 @@ TEST_P(CallBothWays, runs_on_the_targets_thread_and_gives_its_result)
 
 TEST_P(CallBothWays, gives_the_default_at_once_without_a_target)
 {
-    const int result = call("test", static_cast<Target*>(nullptr), GetParam(), -1,
+    const int result = call<Target>("test", nullptr, GetParam(), -1,
                             [](Target& target) { return target.answer; });
     EXPECT_EQ(result, -1);
 }
@@ -124,7 +124,7 @@ TEST_P(CallBothWays, gives_the_default_when_the_target_has_gone)
     Target* const stale = target.get();
     target.reset();
     while_serving([&] {
-        EXPECT_EQ(call("test", stale, GetParam(), -1, [](Target& target) { return target.answer; }), -1);
+        EXPECT_EQ(call<Target>("test", stale, GetParam(), -1, [](Target& target) { return target.answer; }), -1);
     });
 }
 
@@ -132,7 +132,7 @@ TEST_P(CallBothWays, gives_the_default_when_the_target_goes_while_it_waits)
 {
     std::atomic<int> result = 0;
     std::thread caller([&] {
-        result = call("test", target.get(), GetParam(), -1, [](Target& target) { return target.answer; });
+        result = call<Target>("test", target.get(), GetParam(), -1, [](Target& target) { return target.answer; });
     });
     while (!target->has_calls_waiting())
         std::this_thread::yield();
@@ -145,15 +145,14 @@ TEST_P(CallBothWays, gives_the_default_when_an_object_of_another_kind_has_taken_
 {
     OtherTarget other;
     while_serving([&] {
-        auto* const stale = static_cast<Target*>(static_cast<QObject*>(&other));
-        EXPECT_EQ(call("test", stale, GetParam(), -1, [](Target& target) { return target.answer; }), -1);
+        EXPECT_EQ(call<Target>("test", &other, GetParam(), -1, [](Target& target) { return target.answer; }), -1);
     });
 }
 
 TEST_P(CallBothWays, gives_the_default_when_the_work_throws_and_lets_the_loop_have_the_exception)
 {
     while_serving([&] {
-        const int result = call("test", target.get(), GetParam(), -1,
+        const int result = call<Target>("test", target.get(), GetParam(), -1,
                                 [](Target&) -> int { throw std::runtime_error("broken"); });
         EXPECT_EQ(result, -1);
     });
@@ -164,9 +163,9 @@ TEST_P(CallBothWays, releases_the_caller_of_work_without_a_result_too)
 {
     int runs = 0;
     while_serving([&] {
-        call("test", target.get(), GetParam(), [&](Target&) { ++runs; });
+        call<Target>("test", target.get(), GetParam(), [&](Target&) { ++runs; });
         EXPECT_EQ(runs, 1);
-        call("test", target.get(), GetParam(), [](Target&) { throw std::runtime_error("broken"); });
+        call<Target>("test", target.get(), GetParam(), [](Target&) { throw std::runtime_error("broken"); });
     });
     EXPECT_EQ(runs, 1);
     EXPECT_EQ(application().exceptions, 1);
@@ -177,7 +176,7 @@ TEST_P(CallBothWays, come_in_the_order_in_which_a_thread_makes_them)
     std::string order;
     while_serving([&] {
         for (const char letter : {'a', 'b', 'c', 'd'})
-            call("test", target.get(), GetParam(), [&order, letter](Target&) { order += letter; });
+            call<Target>("test", target.get(), GetParam(), [&order, letter](Target&) { order += letter; });
     });
     EXPECT_EQ(order, "abcd");
 }
@@ -187,7 +186,7 @@ TEST_F(Call, is_over_for_a_blocking_caller_when_all_that_it_carried_is_gone)
     auto carried = std::make_shared<int>(1);
     const std::weak_ptr<int> watched = carried;
     while_serving([&] {
-        call("test", target.get(), Delivery::Blocking, [carried = std::move(carried)](Target&) {});
+        call<Target>("test", target.get(), Delivery::Blocking, [carried = std::move(carried)](Target&) {});
         EXPECT_TRUE(watched.expired());
     });
 }
@@ -200,7 +199,7 @@ TEST_F(Call, completes_for_each_of_many_threads)
         for (int i = 0; i < 8; ++i) {
             callers.emplace_back([&] {
                 for (int n = 0; n < 200; ++n)
-                    sum += call("test", target.get(), Delivery::Queued, 0, [](Target&) { return 1; });
+                    sum += call<Target>("test", target.get(), Delivery::Queued, 0, [](Target&) { return 1; });
             });
         }
         for (std::thread& caller : callers)

@@ -16,8 +16,8 @@
  * The one way in which a call gets from a thread of the host to the Qt thread. A facade member is one
  * expression of it: its name, its view, how it is delivered, its default, what to do.
  *
- *     return call("marlune::MView::get_mips_count", view_, Delivery::Queued, 1,
- *                 [](View& view) { return view.get_mips_count(); });
+ *     return call<View>("marlune::MView::get_mips_count", view_, Delivery::Queued, 1,
+ *                       [](View& view) { return view.get_mips_count(); });
  */
 namespace marlune {
 
@@ -98,8 +98,8 @@ private:
 };
 
 /** Posts the call and waits for its completion, which comes at once when the target is not live. */
-template <typename Result, typename Target, typename Work>
-void carry(Target* target, Delivery delivery, Outcome<Result>& outcome, Work&& work)
+template <typename Target, typename Result, typename Work>
+void carry(QObject* target, Delivery delivery, Outcome<Result>& outcome, Work&& work)
 {
     LiveObjects::instance().post(target, CarriedCall<Result, Target, Work>(target, delivery, outcome,
                                                                            std::move(work)));
@@ -125,9 +125,13 @@ auto call_in_place(QObject* object, const Fallback& fallback, Work&& work)
 
 }  // namespace detail
 
-/** Carries a call that gives a result; `fallback` is what the caller gets where none comes. */
+/**
+ * Carries a call that gives a result; `fallback` is what the caller gets where none comes. The caller
+ * names the kind of target that the work is for, but hands over the pointer as it is: it may be stale,
+ * and only the Qt thread can tell.
+ */
 template <typename Target, typename Result, typename Work>
-Result call(const char* name, Target* target, Delivery delivery, Result fallback, Work work)
+Result call(const char* name, QObject* target, Delivery delivery, Result fallback, Work work)
 {
     trace(name, "M");
     if (!target)
@@ -136,13 +140,13 @@ Result call(const char* name, Target* target, Delivery delivery, Result fallback
         return detail::call_in_place<Target>(target, [&] { return fallback; }, work);
 
     detail::Outcome<Result> outcome;
-    detail::carry<Result>(target, delivery, outcome, std::move(work));
+    detail::carry<Target>(target, delivery, outcome, std::move(work));
     return outcome.result ? std::move(*outcome.result) : fallback;
 }
 
 /** Carries a call that gives nothing. */
 template <typename Target, typename Work>
-void call(const char* name, Target* target, Delivery delivery, Work work)
+void call(const char* name, QObject* target, Delivery delivery, Work work)
 {
     trace(name, "M");
     if (!target)
@@ -151,7 +155,7 @@ void call(const char* name, Target* target, Delivery delivery, Work work)
         return detail::call_in_place<Target>(target, [] {}, work);
 
     detail::Outcome<void> outcome;
-    detail::carry<void>(target, delivery, outcome, std::move(work));
+    detail::carry<Target>(target, delivery, outcome, std::move(work));
 }
 
 }  // namespace marlune

@@ -24,13 +24,14 @@ std::string& addon_dir_storage()
     return directory;
 }
 
-struct DirectoryVariable {
+struct Variable {
     const char* name;
-    const char* suffix;
+    const char* value;
 };
 
-// The directory ends in a slash and so do the suffixes begin with one: the doubled slash is wanted.
-constexpr DirectoryVariable directory_variables[] = {
+// What follows the add-on directory. It ends in a slash and these begin with one: the doubled slash is
+// wanted.
+constexpr Variable directory_variables[] = {
     {"QML_IMPORT_PATH", "/qml"},
     {"QT_PLUGIN_PATH", "/plugins"},
     {"QTWEBENGINEPROCESS_PATH", "/QtWebEngineProcess.exe"},
@@ -38,13 +39,8 @@ constexpr DirectoryVariable directory_variables[] = {
     {"QTWEBENGINE_LOCALES_PATH", "/translations/qtwebengine_locales"},
 };
 
-struct SceneDefault {
-    const char* name;
-    const char* value;
-};
-
 // What scenes in textures need of Qt Quick; a user who sets these knows better.
-constexpr SceneDefault scene_defaults[] = {
+constexpr Variable scene_defaults[] = {
     // Smoothing by subpixels takes an opaque background and a known pixel grid. A texture in a game
     // has neither, and its text would get coloured fringes.
     {"QSG_DISTANCEFIELD_ANTIALIASING", "gray"},

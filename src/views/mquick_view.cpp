@@ -19,7 +19,7 @@ void MQuickView::reset() const
 
 bool MQuickView::load(std::string module, std::string name) const
 {
-    return call("marlune::MQuickView::load", static_cast<QuickView*>(view_), Delivery::Blocking, false,
+    return call<QuickView>("marlune::MQuickView::load", view_, Delivery::Blocking, false,
                 [module = std::move(module), name = std::move(name)](QuickView& view) {
                     return view.load(QString::fromStdString(module), QString::fromStdString(name));
                 });

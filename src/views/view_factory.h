@@ -16,7 +16,7 @@ template <typename ViewKind>
 View* make_view(const char* facade, const char* factory)
 {
     M::ensure_qt_eventloop_is_running();
-    return call(facade, static_cast<MarluneCtx*>(MARLUNE_CTX), Delivery::Blocking,
+    return call<MarluneCtx>(facade, static_cast<QObject*>(MARLUNE_CTX), Delivery::Blocking,
                 static_cast<View*>(nullptr), [factory](MarluneCtx&) -> View* {
                     trace(factory, "T");
                     return new ViewKind;
