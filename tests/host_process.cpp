@@ -5,6 +5,7 @@
 #include "support/library.h"
 #include "support/message_log.h"
 #include "support/processes.h"
+#include "support/sanitizers.h"
 
 #include <marlune/marlune.h>
 
@@ -119,6 +120,7 @@ void engine_with_processes_of_its_own()
 
 void stop_with_a_loaded_view()
 {
+    leave_views_behind();
     start_library();
     const MQuickView view = loaded_view();
     view.render();
@@ -127,6 +129,7 @@ void stop_with_a_loaded_view()
 
 void calls_after_stop()
 {
+    leave_views_behind();
     start_library();
     MQuickView view = loaded_view();
     M::destroy();
@@ -137,6 +140,7 @@ void calls_after_stop()
 
 void calls_on_several_threads_during_stop()
 {
+    leave_views_behind();
     start_library();
     const MQuickView view = loaded_view();
     std::vector<std::jthread> threads;
@@ -179,6 +183,7 @@ void thread_of_the_host()
 
 void stop_from_a_callback()
 {
+    leave_views_behind();
     start_library();
     const MQuickView view = loaded_view();
     require(view.load("Scenes", "ConsoleEmitter"), "the scene loads");

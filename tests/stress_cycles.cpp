@@ -33,10 +33,14 @@ void live(const Component& first, const Component& second)
     view.draw_frame();
 }
 
-/** KiB. The smallest leak of a view would be that of an engine or a texture: hundreds of KiB. */
+/**
+ * In KiB a cycle. The smallest leak of a view would be that of an engine or a texture, hundreds of KiB;
+ * a few cycles tell no less than that from the allocator's own ups and downs of some MiB. In many
+ * cycles the books of the validation layer show, which grow by 1 or 2 KiB.
+ */
 double tolerated_growth()
 {
-    return is_soak() ? 2 : 32;
+    return is_soak() ? 8 : 256;
 }
 
 void expect_flat(const HoldingsTrend& trend, int cycles_a_sample)

@@ -6,6 +6,7 @@
 #include "support/host_view.h"
 #include "support/library.h"
 #include "support/processes.h"
+#include "support/sanitizers.h"
 
 #include <marlune/marlune.h>
 
@@ -88,6 +89,7 @@ void scene_destroyed()
 
 void scene_left_standing()
 {
+    leave_views_behind();
     start_library();
     view_with("Moving");
     M::destroy();
@@ -102,6 +104,7 @@ void show_splash(const MQuickView& view)
 
 void component_left_standing()
 {
+    leave_views_behind();
     start_library();
     show_splash(view_with("Moving"));
     M::destroy();
@@ -146,6 +149,7 @@ std::vector<std::jthread> callers_of(const MQuickView& view)
 
 void callers_at_work()
 {
+    leave_views_behind();
     start_library();
     const Watchdog watchdog;
     const MQuickView view = view_with("Moving");
@@ -157,6 +161,7 @@ void callers_at_work()
 /** Every caller waits, and the end as well, before the Qt thread gets round to any of them. */
 void callers_waiting_in_line()
 {
+    leave_views_behind();
     start_library();
     const Watchdog watchdog;
     const MQuickView view = view_with("ConsoleEmitter");
@@ -174,6 +179,7 @@ void callers_waiting_in_line()
 
 void callback_that_never_returns()
 {
+    leave_views_behind();
     start_library();
     const MQuickView view = view_with("ConsoleEmitter");
     static std::atomic<bool> busy = false;
@@ -189,6 +195,7 @@ void callback_that_never_returns()
 
 void views_being_made()
 {
+    leave_views_behind();
     start_library();
     const Watchdog watchdog;
     M::ensure_qt_eventloop_is_running();
@@ -209,6 +216,7 @@ void views_being_made()
 
 void waiting_for_the_start()
 {
+    leave_views_behind();
     const Watchdog watchdog;
     std::vector<std::jthread> early;
     for (int i = 0; i < CALLERS; ++i) {

@@ -24,6 +24,8 @@ const std::array KNOWN_MESSAGES = {
     std::regex("QApplication was not created in the main\\(\\) thread"),
     // The host's instance is adopted as it is, with or without surface extensions.
     std::regex("Failed to find vk\\w*Surface\\w*"),
+    // A process of the engine that is left by a very short life while it still starts.
+    std::regex("zygote_linux\\.cc.*Broken pipe"),
     // A view without a step of its own at the end of its set-up says so at each load.
     std::regex("^post_setup is virtual$"),
 };
