@@ -70,6 +70,7 @@ void ordinary_life()
     view.render();
     view.destroy();
     M::destroy();
+    release_host();
 }
 
 void second_start()
@@ -115,6 +116,7 @@ void engine_with_processes_of_its_own()
     require(wait_until([] { return !engine_processes().empty(); }), "the engine has processes");
     view.destroy();
     M::destroy();
+    release_host();
     // They end with this process at the latest: whoever runs this life looks for what is left.
 }
 
@@ -179,6 +181,7 @@ void thread_of_the_host()
     view.destroy();
     M::destroy();
     thread.join();
+    release_host();
 }
 
 void stop_from_a_callback()

@@ -95,7 +95,8 @@ protected:
 
 class CallBothWays : public Call, public testing::WithParamInterface<Delivery> {};
 
-INSTANTIATE_TEST_SUITE_P(Deliveries, CallBothWays, testing::Values(Delivery::Blocking, Delivery::Queued),
+INSTANTIATE_TEST_SUITE_P(Deliveries, CallBothWays,
+                         testing::Values(Delivery::Blocking, Delivery::Queued),
                          [](const auto& info) {
                              return info.param == Delivery::Blocking ? "blocking" : "queued";
                          });
@@ -114,8 +115,8 @@ TEST_P(CallBothWays, runs_on_the_targets_thread_and_gives_its_result)
 
 TEST_P(CallBothWays, gives_the_default_at_once_without_a_target)
 {
-    const int result = call<Target>("test", nullptr, GetParam(), -1,
-                            [](Target& target) { return target.answer; });
+    const int result =
+        call<Target>("test", nullptr, GetParam(), -1, [](Target& target) { return target.answer; });
     EXPECT_EQ(result, -1);
 }
 
@@ -124,7 +125,9 @@ TEST_P(CallBothWays, gives_the_default_when_the_target_has_gone)
     Target* const stale = target.get();
     target.reset();
     while_serving([&] {
-        EXPECT_EQ(call<Target>("test", stale, GetParam(), -1, [](Target& target) { return target.answer; }), -1);
+        EXPECT_EQ(call<Target>("test", stale, GetParam(), -1,
+                               [](Target& target) { return target.answer; }),
+                  -1);
     });
 }
 
@@ -132,7 +135,8 @@ TEST_P(CallBothWays, gives_the_default_when_the_target_goes_while_it_waits)
 {
     std::atomic<int> result = 0;
     std::thread caller([&] {
-        result = call<Target>("test", target.get(), GetParam(), -1, [](Target& target) { return target.answer; });
+        result = call<Target>("test", target.get(), GetParam(), -1,
+                              [](Target& target) { return target.answer; });
     });
     while (!target->has_calls_waiting())
         std::this_thread::yield();
@@ -145,7 +149,9 @@ TEST_P(CallBothWays, gives_the_default_when_an_object_of_another_kind_has_taken_
 {
     OtherTarget other;
     while_serving([&] {
-        EXPECT_EQ(call<Target>("test", &other, GetParam(), -1, [](Target& target) { return target.answer; }), -1);
+        EXPECT_EQ(call<Target>("test", &other, GetParam(), -1,
+                               [](Target& target) { return target.answer; }),
+                  -1);
     });
 }
 
@@ -153,7 +159,7 @@ TEST_P(CallBothWays, gives_the_default_when_the_work_throws_and_lets_the_loop_ha
 {
     while_serving([&] {
         const int result = call<Target>("test", target.get(), GetParam(), -1,
-                                [](Target&) -> int { throw std::runtime_error("broken"); });
+                                        [](Target&) -> int { throw std::runtime_error("broken"); });
         EXPECT_EQ(result, -1);
     });
     EXPECT_EQ(application().exceptions, 1);
@@ -165,7 +171,8 @@ TEST_P(CallBothWays, releases_the_caller_of_work_without_a_result_too)
     while_serving([&] {
         call<Target>("test", target.get(), GetParam(), [&](Target&) { ++runs; });
         EXPECT_EQ(runs, 1);
-        call<Target>("test", target.get(), GetParam(), [](Target&) { throw std::runtime_error("broken"); });
+        call<Target>("test", target.get(), GetParam(),
+                     [](Target&) { throw std::runtime_error("broken"); });
     });
     EXPECT_EQ(runs, 1);
     EXPECT_EQ(application().exceptions, 1);
@@ -176,7 +183,8 @@ TEST_P(CallBothWays, come_in_the_order_in_which_a_thread_makes_them)
     std::string order;
     while_serving([&] {
         for (const char letter : {'a', 'b', 'c', 'd'})
-            call<Target>("test", target.get(), GetParam(), [&order, letter](Target&) { order += letter; });
+            call<Target>("test", target.get(), GetParam(),
+                         [&order, letter](Target&) { order += letter; });
     });
     EXPECT_EQ(order, "abcd");
 }
@@ -186,7 +194,8 @@ TEST_F(Call, is_over_for_a_blocking_caller_when_all_that_it_carried_is_gone)
     auto carried = std::make_shared<int>(1);
     const std::weak_ptr<int> watched = carried;
     while_serving([&] {
-        call<Target>("test", target.get(), Delivery::Blocking, [carried = std::move(carried)](Target&) {});
+        call<Target>("test", target.get(), Delivery::Blocking,
+                     [carried = std::move(carried)](Target&) {});
         EXPECT_TRUE(watched.expired());
     });
 }
@@ -199,7 +208,8 @@ TEST_F(Call, completes_for_each_of_many_threads)
         for (int i = 0; i < 8; ++i) {
             callers.emplace_back([&] {
                 for (int n = 0; n < 200; ++n)
-                    sum += call<Target>("test", target.get(), Delivery::Queued, 0, [](Target&) { return 1; });
+                    sum += call<Target>("test", target.get(), Delivery::Queued, 0,
+                                        [](Target&) { return 1; });
             });
         }
         for (std::thread& caller : callers)

@@ -54,7 +54,8 @@ TEST(QmlCipher, opens_every_component_that_the_library_stores)
             QFile file(files.next());
             ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(file.fileName());
             const std::string source = enciphered(file.readAll().toStdString());
-            EXPECT_NE(source.find("import QtQuick"), std::string::npos) << qPrintable(file.fileName());
+            EXPECT_NE(source.find("import QtQuick"), std::string::npos)
+                << qPrintable(file.fileName());
             ++components;
         }
     }

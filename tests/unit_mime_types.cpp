@@ -21,16 +21,18 @@ TEST(MimeTypes, follow_the_extension)
         {".zip", "application/zip"},   {".sorel", "image/png"},
     };
     for (const auto& [extension, type] : expected) {
-        const QString url = QStringLiteral("res://pack/dir/file%1").arg(QLatin1StringView(extension));
+        const QString url =
+            QStringLiteral("res://pack/dir/file%1").arg(QLatin1StringView(extension));
         EXPECT_EQ(mime_type_for(url), QLatin1StringView(type)) << extension;
-        EXPECT_EQ(mime_type_for(url.toUpper()), QLatin1StringView(type)) << extension << " in capitals";
+        EXPECT_EQ(mime_type_for(url.toUpper()), QLatin1StringView(type))
+            << extension << " in capitals";
     }
 }
 
 TEST(MimeTypes, are_unknown_when_the_text_ends_in_no_known_extension)
 {
-    for (const char* const text : {"", "res://x/a.css?v=1", "res://x/a.png#top", "res://x/file", "html",
-                                   "res://x/a.html5"})
+    for (const char* const text :
+         {"", "res://x/a.css?v=1", "res://x/a.png#top", "res://x/file", "html", "res://x/a.html5"})
         EXPECT_EQ(mime_type_for(QString::fromLatin1(text)), u"application/octet-stream") << text;
 }
 

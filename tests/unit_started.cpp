@@ -33,8 +33,8 @@ auto on_context(Work work)
 {
     using Result = std::invoke_result_t<Work>;
     Result result{};
-    QMetaObject::invokeMethod(static_cast<QObject*>(MARLUNE_CTX), work, Qt::BlockingQueuedConnection,
-                              qReturnArg(result));
+    QMetaObject::invokeMethod(static_cast<QObject*>(MARLUNE_CTX), work,
+                              Qt::BlockingQueuedConnection, qReturnArg(result));
     return result;
 }
 
@@ -66,7 +66,8 @@ TEST_F(StartedLibrary, names_itself_to_qt)
 TEST_F(StartedLibrary, marks_the_first_turn_of_the_event_loop)
 {
     EXPECT_TRUE(wait_until([] {
-        return on_context([] { return static_cast<MarluneCtx*>(MARLUNE_CTX)->event_loop_started; }) == 1;
+        return on_context([] { return static_cast<MarluneCtx*>(MARLUNE_CTX)->event_loop_started; })
+            == 1;
     }));
 }
 
@@ -100,7 +101,8 @@ TEST_F(StartedLibrary, has_configured_the_shared_profile)
         const int cookies = profile->persistentCookiesPolicy();
         profile->setOffTheRecord(off_the_record);
         return Profile{profile->isSpellCheckEnabled(), profile->storageName(), cookies,
-                       dynamic_cast<const GodotSchemeHandler*>(profile->urlSchemeHandler("res")) != nullptr};
+                       dynamic_cast<const GodotSchemeHandler*>(profile->urlSchemeHandler("res"))
+                           != nullptr};
     });
     EXPECT_FALSE(profile.spell_check);
     EXPECT_EQ(profile.storage, u"Default");
@@ -136,10 +138,11 @@ TEST_F(StartedLibrary, brings_the_assets_that_its_components_show)
     EXPECT_EQ(fonts.entryList({QStringLiteral("*.ttf")}).size(), 1);
     const QDir images(QStringLiteral(":/Splash/assets/images"));
     EXPECT_EQ(images.entryList({QStringLiteral("*.png")}).size(), 2);
-    for (const char* const icon : {"volume_up", "volume_off", "subtitles", "pause", "play",
-                                   "fast_forward", "skip_next", "skip_previous", "chevron_backward",
-                                   "chevron_forward", "voice_chat", "crop"}) {
-        EXPECT_TRUE(QFile::exists(QStringLiteral(":/Multimedia/assets/images/%1.svg").arg(QLatin1StringView(icon))))
+    for (const char* const icon :
+         {"volume_up", "volume_off", "subtitles", "pause", "play", "fast_forward", "skip_next",
+          "skip_previous", "chevron_backward", "chevron_forward", "voice_chat", "crop"}) {
+        EXPECT_TRUE(QFile::exists(
+            QStringLiteral(":/Multimedia/assets/images/%1.svg").arg(QLatin1StringView(icon))))
             << icon;
     }
 }

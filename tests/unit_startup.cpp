@@ -147,8 +147,9 @@ TEST(Version, names_the_release_and_the_revision)
 TEST(FfmpegSetters, change_nothing)
 {
     const std::string whitelist = opts::FFMPEG_PROTOCOL_WHITELIST;
-    EXPECT_EQ(whitelist, "file,http,ftp,hls,icecast,ipfs,rtmp,rtmpe,rtmps,rtmpt,rtmpte,rtmpts,rtp,rtsp,"
-                         "tcp,udp,unix,zmq,amqp,crypto,fd");
+    EXPECT_EQ(whitelist,
+              "file,http,ftp,hls,icecast,ipfs,rtmp,rtmpe,rtmps,rtmpt,rtmpte,rtmpts,rtp,rtsp,"
+              "tcp,udp,unix,zmq,amqp,crypto,fd");
     M::set_ffmpeg_protocol_whitelist("file");
     EXPECT_EQ(opts::FFMPEG_PROTOCOL_WHITELIST, whitelist);
     M::set_ffmpeg_debug(true);

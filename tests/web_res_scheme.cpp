@@ -47,7 +47,9 @@ class Pack {
 public:
     MView::ResourceFile server()
     {
-        return [this](std::string path, bool& flag, uint64_t& size) { return serve(path, flag, size); };
+        return [this](std::string path, bool& flag, uint64_t& size) {
+            return serve(path, flag, size);
+        };
     }
 
     std::vector<std::string> asked_for()
@@ -94,8 +96,12 @@ TEST(ResScheme, serves_the_hosts_files_with_their_types)
 {
     Pack pack;
     pack.files = {
-        {"/index.html", page},           {"/data.json", "{}"},     {"/Page.HTML", "<p>"},
-        {"/pack.sorel", "12345"},        {"/a.css", "p {}"},       {"/dir/index.html", "<p>in dir"},
+        {"/index.html", page},
+        {"/data.json", "{}"},
+        {"/Page.HTML", "<p>"},
+        {"/pack.sorel", "12345"},
+        {"/a.css", "p {}"},
+        {"/dir/index.html", "<p>in dir"},
         {"/a b/\xc3\xbc.txt", "sp\xc3\xa4t"},
     };
     start_library();
@@ -104,16 +110,17 @@ TEST(ResScheme, serves_the_hosts_files_with_their_types)
     HostView view;
     ASSERT_TRUE(view.load("ResPage"));
     const auto messages = messages_until(view, "done");
-    EXPECT_EQ(messages, (std::vector<std::string>{
-                            "data.json application/json 2",
-                            "Page.HTML text/html 3",
-                            "pack.sorel image/png 5",
-                            "a.css?v=1 application/octet-stream 4",
-                            "dir/ text/html 9",
-                            "missing.txt refused",
-                            "a%20b/%C3%BC.txt text/plain 4",
-                            "done",
-                        }));
+    EXPECT_EQ(messages,
+              (std::vector<std::string>{
+                  "data.json application/json 2",
+                  "Page.HTML text/html 3",
+                  "pack.sorel image/png 5",
+                  "a.css?v=1 application/octet-stream 4",
+                  "dir/ text/html 9",
+                  "missing.txt refused",
+                  "a%20b/%C3%BC.txt text/plain 4",
+                  "done",
+              }));
     const auto asked_for = pack.asked_for();
     ASSERT_FALSE(asked_for.empty());
     EXPECT_EQ(asked_for.front(), "/index.html");

@@ -2,11 +2,11 @@
 
 // Marks what a host may use. Everything else in the library has hidden visibility.
 #if defined(_WIN32)
-#    if defined(MARLUNE_BUILDING_LIBRARY)
-#        define MARLUNE_EXPORT __declspec(dllexport)
-#    else
-#        define MARLUNE_EXPORT __declspec(dllimport)
-#    endif
+    #if defined(MARLUNE_BUILDING_LIBRARY)
+        #define MARLUNE_EXPORT __declspec(dllexport)
+    #else
+        #define MARLUNE_EXPORT __declspec(dllimport)
+    #endif
 #else
-#    define MARLUNE_EXPORT __attribute__((visibility("default")))
+    #define MARLUNE_EXPORT __attribute__((visibility("default")))
 #endif

@@ -59,8 +59,8 @@ class View;
 class MARLUNE_EXPORT MView {
 public:
     /** `level` 0 info, 1 warning, 2 error; `line_number` counts from 1; strings are UTF-8. */
-    using JavaScriptConsoleLog = std::function<void(
-        int level, std::string message, int line_number, std::string source_id)>;
+    using JavaScriptConsoleLog =
+        std::function<void(int level, std::string message, int line_number, std::string source_id)>;
 
     /**
      * Returns the bytes of the file at `path` and sets `size` to their count; a size of 0 says that

@@ -202,8 +202,9 @@ void M::destroy()
     LiveObjects::instance().post(context(), [] { QCoreApplication::quit(); });
 
     if (!wait_for_loop_end()) {
-        std::fprintf(stderr, "marlune: the Qt thread is still at work 10 s after M::destroy; "
-                             "is a host callback waiting for something?\n");
+        std::fprintf(stderr,
+                     "marlune: the Qt thread is still at work 10 s after M::destroy; "
+                     "is a host callback waiting for something?\n");
         return;
     }
     const std::lock_guard lock(qt_thread().mutex);

@@ -24,7 +24,8 @@ bool Application::notify(QObject* receiver, QEvent* event)
 void report_exception(QObject* receiver, const char* what)
 {
     // The receiver may have gone down with the call.
-    const bool named = LiveObjects::instance().contains(receiver) && !receiver->objectName().isEmpty();
+    const bool named =
+        LiveObjects::instance().contains(receiver) && !receiver->objectName().isEmpty();
     const QString name = named ? receiver->objectName() : QStringLiteral("marlune");
     qCritical("%s: %s (the call was given up and returns its default)", qUtf8Printable(name), what);
 }

@@ -101,8 +101,8 @@ private:
 template <typename Target, typename Result, typename Work>
 void carry(QObject* target, Delivery delivery, Outcome<Result>& outcome, Work&& work)
 {
-    LiveObjects::instance().post(target, CarriedCall<Result, Target, Work>(target, delivery, outcome,
-                                                                           std::move(work)));
+    LiveObjects::instance().post(
+        target, CarriedCall<Result, Target, Work>(target, delivery, outcome, std::move(work)));
     outcome.completed.acquire();
 }
 
@@ -137,7 +137,8 @@ Result call(const char* name, QObject* target, Delivery delivery, Result fallbac
     if (!target)
         return fallback;
     if (on_qt_thread())
-        return detail::call_in_place<Target>(target, [&] { return fallback; }, work);
+        return detail::call_in_place<Target>(
+            target, [&] { return fallback; }, work);
 
     detail::Outcome<Result> outcome;
     detail::carry<Target>(target, delivery, outcome, std::move(work));
@@ -152,7 +153,8 @@ void call(const char* name, QObject* target, Delivery delivery, Work work)
     if (!target)
         return;
     if (on_qt_thread())
-        return detail::call_in_place<Target>(target, [] {}, work);
+        return detail::call_in_place<Target>(
+            target, [] {}, work);
 
     detail::Outcome<void> outcome;
     detail::carry<Target>(target, delivery, outcome, std::move(work));

@@ -41,7 +41,8 @@ void start_debug_pipe()
 {
     const auto pipe = platform::open_debug_pipe();
     if (pipe == platform::no_pipe) {
-        std::cerr << "Failed to connect to named pipe. Error: " << platform::last_error() << std::endl;
+        std::cerr << "Failed to connect to named pipe. Error: " << platform::last_error()
+                  << std::endl;
         return;
     }
     // Never destroyed: its thread runs until the process ends.

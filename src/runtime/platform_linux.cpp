@@ -56,7 +56,8 @@ bool write_debug_pipe(PipeHandle pipe, std::string_view bytes)
 {
     while (!bytes.empty()) {
         // Without a signal: a reader that has gone away must not end the game.
-        const ssize_t sent = ::send(static_cast<int>(pipe), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        const ssize_t sent =
+            ::send(static_cast<int>(pipe), bytes.data(), bytes.size(), MSG_NOSIGNAL);
         if (sent < 0 && errno == EINTR)
             continue;
         if (sent < 0)

@@ -25,6 +25,7 @@ void set_up_profile();
 QObject* scheme_handler();
 
 /** Replaces the function that serves the "res" scheme's files. On the Qt thread. */
-void set_resource_file(std::function<uint8_t*(std::string path, bool& flag, uint64_t& size)> callback);
+void set_resource_file(
+    std::function<uint8_t*(std::string path, bool& flag, uint64_t& size)> callback);
 
 }  // namespace marlune::web_part

@@ -7,9 +7,9 @@
 #include <QHash>
 #include <QSet>
 #include <QTimer>
+#include <QtQml>
 #include <QUrl>
 #include <QUuid>
-#include <QtQml>
 
 #include <chrono>
 #include <utility>
@@ -49,7 +49,8 @@ bool write_file(const QString& path, const QByteArray& bytes)
 {
     // Nobody else has any business with the file while it is there.
     QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate, QFile::ReadOwner | QFile::WriteOwner)
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate,
+                     QFile::ReadOwner | QFile::WriteOwner)
         && file.write(bytes) == bytes.size() && file.flush();
 }
 

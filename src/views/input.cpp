@@ -78,8 +78,8 @@ void View::mouse_click(quint16 button, quint16 action, QPointF position)
     const Qt::MouseButton qt_button = buttons[button];
     pressed_buttons_.setFlag(qt_button, action == Press);
     // Without modifiers, whatever keys are held: a click means the same at all times.
-    QMouseEvent event(action == Press ? QEvent::MouseButtonPress : QEvent::MouseButtonRelease, position,
-                      to_global(position), qt_button, pressed_buttons_, Qt::NoModifier,
+    QMouseEvent event(action == Press ? QEvent::MouseButtonPress : QEvent::MouseButtonRelease,
+                      position, to_global(position), qt_button, pressed_buttons_, Qt::NoModifier,
                       QPointingDevice::primaryPointingDevice());
     event.setTimestamp(timestamp());
     send(event);
@@ -90,8 +90,8 @@ void View::mouse_move(QPointF position)
     if (!window_ || position == last_mouse_position_)
         return;
     last_mouse_position_ = position;
-    QMouseEvent event(QEvent::MouseMove, position, to_global(position), Qt::NoButton, pressed_buttons_,
-                      modifiers_, QPointingDevice::primaryPointingDevice());
+    QMouseEvent event(QEvent::MouseMove, position, to_global(position), Qt::NoButton,
+                      pressed_buttons_, modifiers_, QPointingDevice::primaryPointingDevice());
     event.setTimestamp(timestamp());
     send(event);
 }
@@ -100,9 +100,9 @@ void View::mouse_wheel(QPointF position, int notches)
 {
     if (!window_)
         return;
-    QWheelEvent event(position, to_global(position), QPoint(), QPoint(0, notches * notch), Qt::NoButton,
-                      Qt::NoModifier, Qt::NoScrollPhase, false, Qt::MouseEventNotSynthesized,
-                      QPointingDevice::primaryPointingDevice());
+    QWheelEvent event(position, to_global(position), QPoint(), QPoint(0, notches * notch),
+                      Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false,
+                      Qt::MouseEventNotSynthesized, QPointingDevice::primaryPointingDevice());
     event.setTimestamp(timestamp());
     send(event);
 }

@@ -20,9 +20,10 @@ void MQuickView::reset() const
 bool MQuickView::load(std::string module, std::string name) const
 {
     return call<QuickView>("marlune::MQuickView::load", view_, Delivery::Blocking, false,
-                [module = std::move(module), name = std::move(name)](QuickView& view) {
-                    return view.load(QString::fromStdString(module), QString::fromStdString(name));
-                });
+                           [module = std::move(module), name = std::move(name)](QuickView& view) {
+                               return view.load(QString::fromStdString(module),
+                                                QString::fromStdString(name));
+                           });
 }
 
 }  // namespace marlune

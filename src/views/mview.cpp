@@ -47,15 +47,19 @@ MView& MView::operator=(MView&& other)
 
 void MView::set_view_monitor(VkInstance& instance) const
 {
-    call<View>("marlune::MView::set_view_monitor", view_, Delivery::Blocking, [instance](View& view) {
-        run_outside_callbacks(view, [instance](View& view) { view.set_view_monitor(instance); });
-    });
+    call<View>("marlune::MView::set_view_monitor", view_, Delivery::Blocking,
+               [instance](View& view) {
+                   run_outside_callbacks(
+                       view, [instance](View& view) { view.set_view_monitor(instance); });
+               });
 }
 
 void MView::set_statistics_monitor(VkPhysicalDevice& physical_device, VkDevice& device) const
 {
     call<View>("marlune::MView::set_statistics_monitor", view_, Delivery::Blocking,
-         [physical_device, device](View& view) { view.set_statistics_monitor(physical_device, device); });
+               [physical_device, device](View& view) {
+                   view.set_statistics_monitor(physical_device, device);
+               });
 }
 
 void MView::set_resolution(std::tuple<uint32_t, uint32_t> resolution) const
@@ -70,83 +74,84 @@ std::tuple<uint32_t, uint32_t> MView::get_resolution() const
 {
     using Resolution = std::tuple<uint32_t, uint32_t>;
     return call<View>("marlune::MView::get_resolution", view_, Delivery::Queued, Resolution(0, 0),
-                [](View& view) {
-                    const QSizeF size = view.get_resolution();
-                    return Resolution(size.width(), size.height());
-                });
+                      [](View& view) {
+                          const QSizeF size = view.get_resolution();
+                          return Resolution(size.width(), size.height());
+                      });
 }
 
 void MView::set_refresh_rate(int rate) const
 {
     call<View>("marlune::MView::set_refresh_rate", view_, Delivery::Queued,
-         [rate](View& view) { view.set_refresh_rate(rate); });
+               [rate](View& view) { view.set_refresh_rate(rate); });
 }
 
 int MView::get_refresh_rate() const
 {
     return call<View>("marlune::MView::get_refresh_rate", view_, Delivery::Queued, 60,
-                [](View& view) { return view.get_refresh_rate(); });
+                      [](View& view) { return view.get_refresh_rate(); });
 }
 
 void MView::set_mipmaps_enabled(bool enabled) const
 {
     call<View>("marlune::MView::set_mipmaps_enabled", view_, Delivery::Queued,
-         [enabled](View& view) { view.set_mipmaps_enabled(enabled); });
+               [enabled](View& view) { view.set_mipmaps_enabled(enabled); });
 }
 
 int MView::get_mips_count() const
 {
     return call<View>("marlune::MView::get_mips_count", view_, Delivery::Queued, 1,
-                [](View& view) { return view.get_mips_count(); });
+                      [](View& view) { return view.get_mips_count(); });
 }
 
 void MView::render() const
 {
-    call<View>("marlune::MView::render", view_, Delivery::Blocking, [](View& view) { view.render(); });
+    call<View>("marlune::MView::render", view_, Delivery::Blocking,
+               [](View& view) { view.render(); });
 }
 
 uint64_t MView::get_texture() const
 {
     return call<View>("marlune::MView::get_texture", view_, Delivery::Queued, uint64_t{0},
-                [](View& view) { return uint64_t{view.get_texture()}; });
+                      [](View& view) { return uint64_t{view.get_texture()}; });
 }
 
 void MView::reset() const
 {
     call<View>("marlune::MView::reset", view_, Delivery::Blocking,
-         [](View& view) { run_outside_callbacks(view, [](View& view) { view.reset(); }); });
+               [](View& view) { run_outside_callbacks(view, [](View& view) { view.reset(); }); });
 }
 
 void MView::destroy()
 {
     // Another thread's copy may have deleted the view by now: then the call does not run.
     call<View>("marlune::MView::destroy", view_, Delivery::Blocking,
-         [](View& view) { run_outside_callbacks(view, [](View& view) { delete &view; }); });
+               [](View& view) { run_outside_callbacks(view, [](View& view) { delete &view; }); });
     view_ = nullptr;
 }
 
 void MView::mouse_click(uint16_t button, uint16_t action, uint32_t x, uint32_t y) const
 {
     call<View>("marlune::MView::mouse_click", view_, Delivery::Queued,
-         [=](View& view) { view.mouse_click(button, action, to_point(x, y)); });
+               [=](View& view) { view.mouse_click(button, action, to_point(x, y)); });
 }
 
 void MView::mouse_move(uint32_t x, uint32_t y) const
 {
     call<View>("marlune::MView::mouse_move", view_, Delivery::Blocking,
-         [=](View& view) { view.mouse_move(to_point(x, y)); });
+               [=](View& view) { view.mouse_move(to_point(x, y)); });
 }
 
 void MView::mouse_wheel_down(uint32_t x, uint32_t y) const
 {
     call<View>("marlune::MView::mouse_wheel_down", view_, Delivery::Queued,
-         [=](View& view) { view.mouse_wheel(to_point(x, y), -1); });
+               [=](View& view) { view.mouse_wheel(to_point(x, y), -1); });
 }
 
 void MView::mouse_wheel_up(uint32_t x, uint32_t y) const
 {
     call<View>("marlune::MView::mouse_wheel_up", view_, Delivery::Queued,
-         [=](View& view) { view.mouse_wheel(to_point(x, y), 1); });
+               [=](View& view) { view.mouse_wheel(to_point(x, y), 1); });
 }
 
 void MView::key_event(uint32_t key, uint16_t action, const std::string& text) const
@@ -159,19 +164,19 @@ void MView::key_event(uint32_t key, uint16_t action, const std::string& text) co
 void MView::set_func_javascript_console_log(JavaScriptConsoleLog callback) const
 {
     call<View>("marlune::MView::set_func_javascript_console_log", view_, Delivery::Blocking,
-         [callback = std::move(callback)](View& view) mutable {
-             view.set_javascript_console_log(std::move(callback));
-         });
+               [callback = std::move(callback)](View& view) mutable {
+                   view.set_javascript_console_log(std::move(callback));
+               });
 }
 
 void MView::set_func_resource_file(ResourceFile callback) const
 {
     // A plain facade gets here without having waited for the start.
     M::ensure_qt_eventloop_is_running();
-    call<QObject>("marlune::MView::set_func_resource_file", web_part::scheme_handler(), Delivery::Blocking,
-         [callback = std::move(callback)](QObject&) mutable {
-             web_part::set_resource_file(std::move(callback));
-         });
+    call<QObject>("marlune::MView::set_func_resource_file", web_part::scheme_handler(),
+                  Delivery::Blocking, [callback = std::move(callback)](QObject&) mutable {
+                      web_part::set_resource_file(std::move(callback));
+                  });
 }
 
 void MView::set_func_resource_file_free(std::function<void()>) const

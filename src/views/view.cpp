@@ -90,11 +90,13 @@ void View::set_resolution(QSizeF resolution)
 bool View::has_usable_resolution() const
 {
     if (resolution_.width() < minimum_side) {
-        qWarning("resolution not set, width must be more than 256. Call `set_resolution(width, height)`");
+        qWarning(
+            "resolution not set, width must be more than 256. Call `set_resolution(width, height)`");
         return false;
     }
     if (resolution_.height() < minimum_side) {
-        qWarning("resolution not set, height must be more than 256. Call `set_resolution(width, height)`");
+        qWarning(
+            "resolution not set, height must be more than 256. Call `set_resolution(width, height)`");
         return false;
     }
     return true;
@@ -117,7 +119,8 @@ void View::set_refresh_rate(int rate)
 
 int View::get_refresh_rate() const
 {
-    return static_cast<int>(std::round(1 / (static_cast<double>(frame_interval_.count()) / 1000.0)));
+    return static_cast<int>(
+        std::round(1 / (static_cast<double>(frame_interval_.count()) / 1000.0)));
 }
 
 int View::get_mips_count() const
@@ -194,9 +197,11 @@ void View::set_javascript_console_log(JavaScriptConsoleLog callback)
     console_log_ = std::move(callback);
 }
 
-void View::onJavaScriptConsoleMessage(int level, QString message, int line_number, QString source_id)
+void View::onJavaScriptConsoleMessage(int level, QString message, int line_number,
+                                      QString source_id)
 {
-    call_host(this, console_log_, level, message.toStdString(), line_number, source_id.toStdString());
+    call_host(this, console_log_, level, message.toStdString(), line_number,
+              source_id.toStdString());
 }
 
 QString View::version() const

@@ -141,7 +141,8 @@ private:
     quint64 frames_rendered_ = 0;
     std::chrono::milliseconds frame_interval_{16};
     // One interval back, so that the first frame is due at once.
-    std::chrono::steady_clock::time_point last_frame_ = std::chrono::steady_clock::now() - frame_interval_;
+    std::chrono::steady_clock::time_point last_frame_ =
+        std::chrono::steady_clock::now() - frame_interval_;
     QVulkanInstance vulkan_instance_;
     JavaScriptConsoleLog console_log_;
 

@@ -17,10 +17,10 @@ View* make_view(const char* facade, const char* factory)
 {
     M::ensure_qt_eventloop_is_running();
     return call<MarluneCtx>(facade, static_cast<QObject*>(MARLUNE_CTX), Delivery::Blocking,
-                static_cast<View*>(nullptr), [factory](MarluneCtx&) -> View* {
-                    trace(factory, "T");
-                    return new ViewKind;
-                });
+                            static_cast<View*>(nullptr), [factory](MarluneCtx&) -> View* {
+                                trace(factory, "T");
+                                return new ViewKind;
+                            });
 }
 
 }  // namespace marlune

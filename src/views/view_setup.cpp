@@ -118,8 +118,9 @@ void View::create_root_item()
     }
     root_item_ = qobject_cast<QQuickItem*>(root.get());
     if (!root_item_) {
-        throw std::runtime_error("Root object is not a QQuickItem. If this is a scene with Window in "
-                                 "it, note that such scenes are not supported.");
+        throw std::runtime_error(
+            "Root object is not a QQuickItem. If this is a scene with Window in "
+            "it, note that such scenes are not supported.");
     }
     static_cast<void>(root.release());
 }
@@ -156,8 +157,9 @@ void View::initialize_graphics()
 {
     // Left to itself, Qt would take a device of its own, whose textures no host can use.
     if (!vulkan_instance_.isValid() || graphics_device_.isNull()) {
-        qWarning("%s: no Vulkan device; call set_view_monitor and set_statistics_monitor before loading",
-                 qUtf8Printable(objectName()));
+        qWarning(
+            "%s: no Vulkan device; call set_view_monitor and set_statistics_monitor before loading",
+            qUtf8Printable(objectName()));
         throw std::runtime_error("QQuickRenderControl::initialize() failed");
     }
     look_up_device_functions();
@@ -180,9 +182,9 @@ void View::create_render_target()
                  qUtf8Printable(objectName()), size.width(), size.height(), limit);
     }
 
-    texture_.reset(rhi_->newTexture(
-        QRhiTexture::RGBA8, size, 1,
-        QRhiTexture::RenderTarget | QRhiTexture::MipMapped | QRhiTexture::UsedWithGenerateMips));
+    texture_.reset(rhi_->newTexture(QRhiTexture::RGBA8, size, 1,
+                                    QRhiTexture::RenderTarget | QRhiTexture::MipMapped
+                                        | QRhiTexture::UsedWithGenerateMips));
     if (!fits || !texture_->create())
         throw std::runtime_error("Cannot create texture object");
 

@@ -39,7 +39,8 @@ void GodotSchemeHandler::requestStarted(QWebEngineUrlRequestJob* job)
     // The bytes stay the host's, which may reuse them once the callback is called again: one copy.
     auto* const reply = new QBuffer(job);
     reply->setData(reinterpret_cast<const char*>(bytes), static_cast<qsizetype>(size));
-    job->reply(is_html ? QByteArrayLiteral("text/html") : mime_type_for(url.toString()).toUtf8(), reply);
+    job->reply(is_html ? QByteArrayLiteral("text/html") : mime_type_for(url.toString()).toUtf8(),
+               reply);
 }
 
 }  // namespace marlune

@@ -3,8 +3,8 @@
 #include "web/scheme_handler.h"
 
 #include <QQuickWebEngineProfile>
-#include <QWebEngineUrlScheme>
 #include <QtWebEngineQuick>
+#include <QWebEngineUrlScheme>
 
 #include <utility>
 
@@ -22,11 +22,10 @@ void register_scheme()
     QWebEngineUrlScheme scheme("res");
     scheme.setSyntax(QWebEngineUrlScheme::Syntax::Host);
     scheme.setDefaultPort(QWebEngineUrlScheme::PortUnspecified);
-    scheme.setFlags(QWebEngineUrlScheme::LocalScheme | QWebEngineUrlScheme::LocalAccessAllowed
-                    | QWebEngineUrlScheme::ServiceWorkersAllowed
-                    | QWebEngineUrlScheme::ViewSourceAllowed
-                    | QWebEngineUrlScheme::ContentSecurityPolicyIgnored
-                    | QWebEngineUrlScheme::FetchApiAllowed);
+    scheme.setFlags(
+        QWebEngineUrlScheme::LocalScheme | QWebEngineUrlScheme::LocalAccessAllowed
+        | QWebEngineUrlScheme::ServiceWorkersAllowed | QWebEngineUrlScheme::ViewSourceAllowed
+        | QWebEngineUrlScheme::ContentSecurityPolicyIgnored | QWebEngineUrlScheme::FetchApiAllowed);
     QWebEngineUrlScheme::registerScheme(scheme);
 }
 
