@@ -38,8 +38,8 @@ private:
 };
 
 /**
- * Waits as a host does that draws sixty frames a second: each view that has been drawn by now is due
- * again, and all animations have moved on.
+ * Waits as a host does that draws sixty frames a second: each view that has been drawn by now is
+ * due again, and all animations have moved on.
  */
 void wait_for_next_frame();
 

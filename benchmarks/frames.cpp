@@ -55,7 +55,7 @@ public:
         };
         wait_for_next_frame();
         const auto times =
-            compare_times<Milliseconds>({rounds, 5s}, draw_library, draw_raw, wait_for_next_frame);
+            compare_times<Milliseconds>({rounds, 4s}, draw_library, draw_raw, wait_for_next_frame);
         if (frames_drawn() - before != asked)
             throw std::runtime_error("a frame that was asked for has not been drawn");
         return times;

@@ -47,7 +47,7 @@ Numbers start_of_raw_qt()
 void measure_start(Table& table, Thoroughness much)
 {
     Comparison times;
-    alternate({much(10), 20s}, sampled(times.library, "start-library"),
+    alternate({much(10), 15s}, sampled(times.library, "start-library"),
               sampled(times.raw, "start-raw"), [] {});
     table.add({"start to the first drawn frame", "ms", times, false});
 }
