@@ -56,14 +56,14 @@ bool write_file(const QString& path, const QByteArray& bytes)
 
 }  // namespace
 
-QString publish_component(const QString& module, const QString& name)
+bool publish_component(const QString& module, const QString& name)
 {
     using namespace std::chrono_literals;
     QFile stored(resource_path(module, name));
     if (!stored.open(QIODevice::ReadOnly)) {
         qWarning("there is no component \"%s\" in a module \"%s\"", qUtf8Printable(name),
                  qUtf8Printable(module));
-        return {};
+        return false;
     }
     QByteArray source = stored.readAll();
     apply_qml_cipher(source, qml_cipher_key);
@@ -73,10 +73,10 @@ QString publish_component(const QString& module, const QString& name)
     if (!write_file(path, source)) {
         qWarning("cannot write \"%s\": is the temporary directory full or read-only?",
                  qUtf8Printable(path));
-        return {};
+        return false;
     }
     register_type(path, module, name);
-    return path;
+    return true;
 }
 
 }  // namespace marlune

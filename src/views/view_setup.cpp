@@ -97,7 +97,7 @@ void View::create_engine()
 bool View::create_component(const QString& module, const QString& name)
 {
     component_ = std::make_unique<QQmlComponent>(engine_.get());
-    if (publish_component(module, name).isEmpty()) {
+    if (!publish_component(module, name)) {
         qWarning("Failed to load");
         return false;
     }
