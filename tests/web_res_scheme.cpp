@@ -1,19 +1,14 @@
 // Files of the "res" scheme, asked for by a real page in the real engine.
 
 #include "support/host_view.h"
-#include "support/library.h"
 #include "support/message_log.h"
-
-#include <marlune/marlune.h>
+#include "support/resource_pack.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <map>
-#include <mutex>
+#include <iterator>
 #include <string>
-#include <thread>
-#include <utility>
 #include <vector>
 
 namespace marlune::test {
@@ -42,44 +37,6 @@ function report(path) {
 })();
 </script>)";
 
-/** A host's packed files. Called on the Qt thread. */
-class Pack {
-public:
-    MView::ResourceFile server()
-    {
-        return [this](std::string path, bool& flag, uint64_t& size) {
-            return serve(path, flag, size);
-        };
-    }
-
-    std::vector<std::string> asked_for()
-    {
-        const std::lock_guard lock(mutex_);
-        return asked_for_;
-    }
-
-    std::map<std::string, std::string> files;
-
-private:
-    uint8_t* serve(const std::string& path, bool& flag, uint64_t& size)
-    {
-        const std::lock_guard lock(mutex_);
-        EXPECT_FALSE(flag);
-        EXPECT_EQ(size, 0u);
-        flag = true;  // which means nothing to the library
-        asked_for_.push_back(path);
-        const auto file = files.find(path);
-        if (file == files.end())
-            return &no_file_;  // a pointer that a size of 0 makes void
-        size = file->second.size();
-        return reinterpret_cast<uint8_t*>(file->second.data());
-    }
-
-    std::mutex mutex_;
-    std::vector<std::string> asked_for_;
-    uint8_t no_file_ = 0;
-};
-
 std::vector<std::string> messages_until(HostView& view, const std::string& last)
 {
     std::vector<std::string> messages;
@@ -94,8 +51,7 @@ std::vector<std::string> messages_until(HostView& view, const std::string& last)
 
 TEST(ResScheme, serves_the_hosts_files_with_their_types)
 {
-    Pack pack;
-    pack.files = {
+    ResourcePack pack({
         {"/index.html", page},
         {"/data.json", "{}"},
         {"/Page.HTML", "<p>"},
@@ -103,9 +59,7 @@ TEST(ResScheme, serves_the_hosts_files_with_their_types)
         {"/a.css", "p {}"},
         {"/dir/index.html", "<p>in dir"},
         {"/a b/\xc3\xbc.txt", "sp\xc3\xa4t"},
-    };
-    start_library();
-    MView().set_func_resource_file(pack.server());  // for all views, from a facade without one
+    });
 
     HostView view;
     ASSERT_TRUE(view.load("ResPage"));
@@ -124,13 +78,10 @@ TEST(ResScheme, serves_the_hosts_files_with_their_types)
     const auto asked_for = pack.asked_for();
     ASSERT_FALSE(asked_for.empty());
     EXPECT_EQ(asked_for.front(), "/index.html");
-    MView().set_func_resource_file({});
 }
 
 TEST(ResScheme, leaves_a_request_unanswered_when_nothing_serves_it)
 {
-    start_library();
-    MView().set_func_resource_file({});
     expect_message("m_resource_file not set, returning...");
 
     HostView view;
