@@ -1,16 +1,8 @@
 #include "support/host_view.h"
 
-#include "support/library.h"
-
 namespace marlune::test {
 
 namespace {
-
-MQuickView make_view()
-{
-    start_library();
-    return {};
-}
 
 /** An interval is whole ms and the rate read back is rounded, so one ms is added to be sure. */
 std::chrono::milliseconds interval_of(const MView& view)
@@ -20,53 +12,53 @@ std::chrono::milliseconds interval_of(const MView& view)
 
 }  // namespace
 
-HostView::HostView(Size resolution, VulkanHost& host)
-    : host_(host), resolution_(resolution), facade_(make_view())
+HostViewBase::HostViewBase(MView& view, Size resolution, VulkanHost& host)
+    : view_(view), host_(host), resolution_(resolution)
 {
-    facade_.set_view_monitor(host.instance());
-    facade_.set_statistics_monitor(host.physical_device(), host.device());
-    facade_.set_resolution({resolution.width, resolution.height});
-    facade_.set_func_javascript_console_log(write_to(console_));
+    view_.set_view_monitor(host.instance());
+    view_.set_statistics_monitor(host.physical_device(), host.device());
+    view_.set_resolution({resolution.width, resolution.height});
+    view_.set_func_javascript_console_log(write_to(console_));
 }
 
-HostView::~HostView()
+void HostViewBase::render()
 {
-    facade_.destroy();
+    view_.render();
+    note_frame();
 }
 
-bool HostView::load(const std::string& scene)
+void HostViewBase::draw_frame()
 {
-    const bool loaded = facade_.load("Scenes", scene);
-    last_asked_ = std::chrono::steady_clock::now();
-    return loaded;
-}
-
-void HostView::render()
-{
-    facade_.render();
-    last_asked_ = std::chrono::steady_clock::now();
-}
-
-void HostView::draw_frame()
-{
-    std::this_thread::sleep_until(last_asked_ + interval_of(facade_));
+    std::this_thread::sleep_until(last_asked_ + interval_of(view_));
     render();
 }
 
-Image HostView::picture(uint32_t level)
+Image HostViewBase::picture(uint32_t level)
 {
     return picture(resolution_, level);
 }
 
-Image HostView::picture(Size size, uint32_t level)
+Image HostViewBase::picture(Size size, uint32_t level)
 {
-    return host_.read_back(facade_.get_texture(), size.width, size.height, level);
+    return host_.read_back(view_.get_texture(), size.width, size.height, level);
 }
 
-void HostView::type(uint32_t key, const std::string& text)
+void HostViewBase::type(uint32_t key, const std::string& text)
 {
-    facade_.key_event(key, 0, text);
-    facade_.key_event(key, 1, text);
+    view_.key_event(key, 0, text);
+    view_.key_event(key, 1, text);
+}
+
+void HostViewBase::note_frame()
+{
+    last_asked_ = std::chrono::steady_clock::now();
+}
+
+bool HostView::load(const std::string& scene)
+{
+    const bool loaded = facade().load("Scenes", scene);
+    note_frame();
+    return loaded;
 }
 
 MView::JavaScriptConsoleLog write_to(std::shared_ptr<ConsoleLog> log)
