@@ -132,6 +132,18 @@ std::string content(const std::filesystem::path& path)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+bool has_thread(const Process& process, const std::string& name)
+{
+    const auto threads = std::filesystem::path("/proc") / std::to_string(process.id) / "task";
+    std::error_code process_has_ended;
+    std::filesystem::directory_iterator thread(threads, process_has_ended), end;
+    for (; thread != end; thread.increment(process_has_ended)) {
+        if (content(thread->path() / "comm") == name + "\n")
+            return true;
+    }
+    return false;
+}
+
 pid_t start(const std::vector<std::string>& arguments, const std::filesystem::path& out,
             const std::filesystem::path& error)
 {
@@ -168,6 +180,16 @@ std::vector<Process> engine_processes()
     std::erase_if(result, [](const Process& process) {
         return !process.name.starts_with("QtWebEngine");  // Linux keeps 15 characters of a name
     });
+    return result;
+}
+
+std::vector<Process> page_processes()
+{
+    // They are forked with the command line of the process that forks them, so it does not tell them
+    // apart. Only they have a thread of this name.
+    std::vector<Process> result = engine_processes();
+    std::erase_if(result,
+                  [](const Process& process) { return !has_thread(process, "Compositor"); });
     return result;
 }
 

@@ -19,6 +19,12 @@ std::vector<Process> descendants();
 /** Those of them that belong to the web engine. */
 std::vector<Process> engine_processes();
 
+/**
+ * Those of the engine's that hold pages, to be killed or to be looked at in /proc. The engine may keep
+ * one in reserve, which holds no page yet.
+ */
+std::vector<Process> page_processes();
+
 struct ProgramResult {
     int exit_code = -1;  // 128 and the signal's number for a program that a signal ended
     bool timed_out = false;
