@@ -1,5 +1,6 @@
 #include "support/console_log.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace marlune::test {
@@ -22,6 +23,18 @@ std::vector<std::string> ConsoleLog::take_messages()
     for (ConsoleRecord& record : take())
         messages.push_back(std::move(record.message));
     return messages;
+}
+
+std::optional<ConsoleRecord>
+ConsoleLog::take_first(const std::function<bool(const ConsoleRecord&)>& matches)
+{
+    const std::lock_guard lock(mutex_);
+    const auto found = std::ranges::find_if(records_, matches);
+    if (found == records_.end())
+        return std::nullopt;
+    ConsoleRecord record = std::move(*found);
+    records_.erase(found);
+    return record;
 }
 
 }  // namespace marlune::test

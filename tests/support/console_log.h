@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -21,6 +23,10 @@ public:
     void add(ConsoleRecord record);
     std::vector<ConsoleRecord> take();
     std::vector<std::string> take_messages();
+
+    /** Takes the first record for which `matches` is true, if there is one, and leaves the others. */
+    std::optional<ConsoleRecord>
+    take_first(const std::function<bool(const ConsoleRecord&)>& matches);
 
 private:
     std::mutex mutex_;
