@@ -25,12 +25,15 @@ function(marlune_add_resource_block target block prefix)
 endfunction()
 
 # marlune_add_qml_module(<target> NAME <module> BASE_DIR <dir>
-#                        [COMPONENTS <file.qml>...] [ASSETS <file>...] [QMLDIR])
+#                        [COMPONENTS <file.qml>...] [ASSETS <file>...]
+#                        [GENERATED_ASSETS <file> <path>...] [QMLDIR])
 # The paths are relative to BASE_DIR. A component is stored as
 # :/<module>/qml/<module>/<component>.qml.enc, an asset as :/<module>/<its path>; with QMLDIR, the
-# module's qmldir file gets a block of its own and stands at :/<module>/qmldir.
+# module's qmldir file gets a block of its own and stands at :/<module>/qmldir. A generated asset is
+# given by where the build makes it and by the path that it is stored under.
 function(marlune_add_qml_module target)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "QMLDIR" "NAME;BASE_DIR" "COMPONENTS;ASSETS")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "QMLDIR" "NAME;BASE_DIR"
+        "COMPONENTS;ASSETS;GENERATED_ASSETS")
     cmake_path(ABSOLUTE_PATH arg_BASE_DIR NORMALIZE)
     set(files "")
     set(aliases "")
@@ -52,6 +55,11 @@ function(marlune_add_qml_module target)
         list(APPEND files "${arg_BASE_DIR}/${asset}")
         list(APPEND aliases "${asset}")
     endforeach()
+    while(arg_GENERATED_ASSETS)
+        list(POP_FRONT arg_GENERATED_ASSETS file alias)
+        list(APPEND files "${file}")
+        list(APPEND aliases "${alias}")
+    endwhile()
 
     marlune_add_resource_block(${target} ${arg_NAME} "/${arg_NAME}" FILES ${files} ALIASES ${aliases})
     if(arg_QMLDIR)

@@ -2,7 +2,9 @@
 
 // The host's whole view of the library. Needs the standard library and the Vulkan headers only.
 #include <marlune/app.h>
+#include <marlune/context_object.h>
 #include <marlune/options.h>
 #include <marlune/qml_modules.h>
 #include <marlune/quick_view.h>
+#include <marlune/values.h>
 #include <marlune/view.h>

@@ -1,0 +1,29 @@
+# The script that the library gives to pages: Qt's and our own in one, minified.
+
+# A tool that only reads and writes syntax: without bundling and without renaming, the script's globals
+# keep their names and everything keeps its meaning.
+find_program(ESBUILD_PROGRAM esbuild)
+if(NOT ESBUILD_PROGRAM)
+    message(FATAL_ERROR "esbuild is needed to minify the page script. It is one program: install the "
+        "package esbuild, or set ESBUILD_PROGRAM to where it is.")
+endif()
+
+# marlune_add_page_script(<output> <source>)
+function(marlune_add_page_script output source)
+    set(joined "${CMAKE_CURRENT_BINARY_DIR}/page_script/joined.js")
+    cmake_path(GET joined PARENT_PATH folder)
+    file(MAKE_DIRECTORY "${folder}")
+    add_custom_command(OUTPUT "${joined}"
+        COMMAND marlune_extract_resource "${joined}" ":/qtwebchannel/qwebchannel.js" "${source}"
+        DEPENDS "${source}" marlune_extract_resource
+        COMMENT "Joining the page script"
+        VERBATIM)
+    # Minifying takes ordinary comments out, with them the notice that Qt's licence wants kept.
+    add_custom_command(OUTPUT "${output}"
+        COMMAND "${ESBUILD_PROGRAM}" "${joined}" "--outfile=${output}" --log-level=warning
+            --minify-whitespace --minify-syntax --target=es2020 --charset=utf8
+            "--banner:js=/*! qwebchannel.js (C) The Qt Company Ltd. and Klaralvdalens Datakonsult AB, LGPL-3.0-only or GPL; godot.js MIT */"
+        DEPENDS "${joined}"
+        COMMENT "Minifying the page script"
+        VERBATIM)
+endfunction()

@@ -1,0 +1,250 @@
+#include "binding/context_object.h"
+
+#include "binding/conversions.h"
+#include "binding/manager.h"
+#include "binding/method_info.h"
+#include "binding/property_info.h"
+
+#include <QDebug>
+#include <QWebChannel>
+
+#include <algorithm>
+#include <utility>
+
+namespace marlune::db {
+
+namespace {
+
+/** Belongs to the Qt thread. */
+uint64_t next_number = 0;
+
+}  // namespace
+
+/**
+ * An object that may be gone. Its address alone would not do: another object may have it by then, so
+ * that one is asked for its number.
+ */
+class DBAbstractContextObject::Reference {
+public:
+    explicit Reference(DBAbstractContextObject* object)
+        : address_(object), number_(object->number_)
+    {
+    }
+
+    /** Has the work done on the object from the Qt thread's event loop. For any thread. */
+    template <typename Work>
+    void post(Work work) const
+    {
+        LiveObjects::instance().post(address_, [reference = *this, work = std::move(work)] {
+            // A queued call is discarded with its receiver, so there is an object at the address.
+            auto* const object = qobject_cast<DBAbstractContextObject*>(reference.address_);
+            if (object && object->number_ == reference.number_ && object->record_)
+                work(*object);
+        });
+    }
+
+private:
+    QObject* address_;
+    uint64_t number_;
+};
+
+DBAbstractContextObject::DBAbstractContextObject(const QString& id,
+                                                 AbstractContextObjectStd* record,
+                                                 QWebChannel* channel,
+                                                 DataBindingContextManager* manager)
+    : QObject(manager),
+      number_(++next_number),
+      id_(id),
+      name_(QString::fromStdString(record->name)),
+      record_(record),
+      channel_(channel),
+      manager_(manager)
+{
+    setObjectName(id);  // messages about callbacks that throw name it
+    add_methods();
+    add_properties();
+}
+
+DBAbstractContextObject::~DBAbstractContextObject()
+{
+    withdraw();
+    qDeleteAll(properties_);
+    qDeleteAll(methods_);
+}
+
+QVariantMap DBAbstractContextObject::methods_map() const
+{
+    QVariantMap map;
+    for (const DBMethodInfo* const method : methods_)
+        map[method->name_text()] = method->entry();
+    return map;
+}
+
+QVariantMap DBAbstractContextObject::variables_map() const
+{
+    QVariantMap map;
+    for (const DBPropertyInfo* const property : properties_)
+        map[property->key()] = property->entry();
+    return map;
+}
+
+void DBAbstractContextObject::publish()
+{
+    if (!channel_)
+        return;
+    channel_->registerObject(id_, this);
+    published_.push_back(this);
+}
+
+void DBAbstractContextObject::withdraw()
+{
+    live_.withdraw();
+    record_ = nullptr;
+    for (DBMethodInfo* const method : methods_)
+        method->withdraw();
+    for (DBPropertyInfo* const property : properties_)
+        property->withdraw();
+    for (QObject* const object : std::exchange(published_, {})) {
+        if (channel_)
+            channel_->deregisterObject(object);
+    }
+}
+
+QVariant DBAbstractContextObject::___invoke_method(QVariant func_name, QVariant args)
+{
+    const QVariant list = without_script_value(args);
+    if (list.typeId() != QMetaType::QVariantList) {
+        qWarning().noquote() << "method call error: the arguments of" << func_name.toString()
+                             << "are not a list. Give one with an element for each.";
+        return {};
+    }
+    return ___invoke_method(std::move(func_name), list.toList());
+}
+
+QVariant DBAbstractContextObject::get_method_signature(QVariant method_name)
+{
+    return get_method_signature(method_name.toString());
+}
+
+QVariant DBAbstractContextObject::___invoke_method(QVariant func_name, QVariantList args)
+{
+    const QString name = func_name.toString();
+    DBMethodInfo* const method = find_method(name);
+    if (!method && !find_property(name)) {
+        qWarning().noquote() << "invoke_method:" << name << "doesn't exist";
+        return {};
+    }
+    if (!method || method->is_signal()) {
+        qWarning().noquote() << "invoke_method:" << name << "was not a method";
+        return {};
+    }
+    return method->call(args);
+}
+
+QVariant DBAbstractContextObject::get_method_signature(QString method_name)
+{
+    const DBMethodInfo* const method = find_method(method_name);
+    return method ? method->signature() : QVariant();
+}
+
+void DBAbstractContextObject::add_methods()
+{
+    for (const auto& [key, method] : record_->methods) {
+        const QString name = QString::fromStdString(key);
+        if (!method) {
+            qWarning().noquote() << "method" << id_ + '.' + name << "is left out, its record is null";
+            continue;
+        }
+        methods_.push_back(new DBMethodInfo(name, method, this));
+        publish_member(name, methods_.back());
+        if (!method->is_signal)
+            continue;
+        method->func_emit_signal = [reference = Reference(this), name](
+                                       const MethodInfoStd*, std::vector<ContainerStd> values,
+                                       std::vector<VariantTypeStd> codes) {
+            reference.post([name, values = std::move(values),
+                            codes = std::move(codes)](DBAbstractContextObject& object) {
+                object.announce_signal(name, values, codes);
+            });
+        };
+    }
+}
+
+void DBAbstractContextObject::add_properties()
+{
+    for (const auto& [key, property] : record_->properties) {
+        const QString name = QString::fromStdString(key);
+        if (!property) {
+            qWarning().noquote() << "property" << id_ + '.' + name
+                                 << "is left out, its record is null";
+            continue;
+        }
+        properties_.push_back(new DBPropertyInfo(id_, name, property, this));
+        publish_member(name, properties_.back());
+        property->func_valueChanged_updateQt = [reference = Reference(this),
+                                                property](const PropertyInfoStd*) {
+            reference.post([property](DBAbstractContextObject& object) {
+                object.announce_change(property);
+            });
+        };
+    }
+}
+
+void DBAbstractContextObject::publish_member(const QString& member_name, QObject* member)
+{
+    if (!channel_)
+        return;
+    const QString id = QStringLiteral("%1.%2").arg(id_, member_name);
+    QObject* const occupant = channel_->registeredObjects().value(id);
+    if (std::erase(published_, occupant) > 0) {
+        // A property beside a method of the same name. Methods are called through this object, so pages
+        // need the property there.
+        channel_->deregisterObject(occupant);
+    } else if (occupant) {
+        qWarning().noquote() << "cannot publish" << id
+                             << "twice. Use names without points, or different ones.";
+        return;
+    }
+    channel_->registerObject(id, member);
+    published_.push_back(member);
+}
+
+DBMethodInfo* DBAbstractContextObject::find_method(const QString& name) const
+{
+    if (!record_)
+        return nullptr;
+    const auto found = std::ranges::find(methods_, name, &DBMethodInfo::name_text);
+    return found == methods_.end() ? nullptr : *found;
+}
+
+DBPropertyInfo* DBAbstractContextObject::find_property(const QString& name) const
+{
+    const auto found = std::ranges::find(properties_, name, &DBPropertyInfo::key);
+    return found == properties_.end() ? nullptr : *found;
+}
+
+void DBAbstractContextObject::announce_change(const PropertyInfoStd* record)
+{
+    const auto found = std::ranges::find(properties_, record, &DBPropertyInfo::record);
+    if (found == properties_.end())
+        return;
+    DBPropertyInfo& property = **found;
+    emit property.NOPSignal();
+    emit manager_->propChanged(name_, property.key(), property.value());
+}
+
+void DBAbstractContextObject::announce_signal(const QString& signal_name,
+                                              const std::vector<ContainerStd>& values,
+                                              const std::vector<VariantTypeStd>& codes)
+{
+    QVariantList list;
+    for (size_t i = 0; i < values.size(); ++i) {
+        const VariantTypeStd code = i < codes.size() ? codes[i] : VariantTypeStd::UNKNOWN;
+        list.append(to_variant_or_warn(
+            values[i], code,
+            QStringLiteral("value %1 of signal '%2.%3'").arg(QString::number(i + 1), id_, signal_name)));
+    }
+    emit manager_->gdscriptSignalEmitted(name_, signal_name, list);
+}
+
+}  // namespace marlune::db

@@ -1,0 +1,135 @@
+#include "binding/manager.h"
+
+#include "binding/context_object.h"
+#include "binding/method_info.h"
+#include "binding/property_info.h"
+
+#include <QDebug>
+#include <QQmlListProperty>
+#include <QtQml>
+#include <QWebChannel>
+
+#include <mutex>
+#include <utility>
+
+namespace marlune::db {
+
+namespace {
+
+template <typename Class>
+void register_type(const char* uri, const char* name)
+{
+    qmlRegisterUncreatableType<Class>(uri, 1, 0, name, QStringLiteral("Cannot create"));
+    qRegisterMetaType<Class*>();
+    qRegisterMetaType<QQmlListProperty<Class>>();
+}
+
+}  // namespace
+
+DataBindingContextManager::DataBindingContextManager(QWebChannel* channel, QObject* root,
+                                                     QObject* parent)
+    : QObject(parent), channel_(channel), root_(root)
+{
+}
+
+DataBindingContextManager::~DataBindingContextManager()
+{
+    std::map<std::string, DBAbstractContextObject*> objects;
+    {
+        const QWriteLocker locker(&lock_);
+        objects = std::exchange(objects_, {});
+    }
+    for (const auto& [name, object] : objects)
+        delete object;
+    // Without a client the channel does not notice that its objects go.
+    if (channel_ && channel_->registeredObjects().values().contains(this))
+        channel_->deregisterObject(this);
+}
+
+void DataBindingContextManager::register_types()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        register_type<DBAbstractContextObject>("com.libopal.DBAbstractContextObject",
+                                               "DBAbstractContextObject");
+        register_type<DBMethodInfo>("com.libopal.DBMethodInfo", "DBMethodInfo");
+        register_type<DBPropertyInfo>("com.libopal.DBPropertyInfo", "DBPropertyInfo");
+    });
+}
+
+AbstractContextObjectStd* DataBindingContextManager::find(const std::string& name) const
+{
+    const QReadLocker locker(&lock_);
+    const auto found = objects_.find(name);
+    return found == objects_.end() ? nullptr : found->second->record();
+}
+
+std::map<std::string, AbstractContextObjectStd*> DataBindingContextManager::objects() const
+{
+    std::map<std::string, AbstractContextObjectStd*> records;
+    for (const auto& [name, object] : objects_)
+        records.emplace(name, object->record());
+    return records;
+}
+
+bool DataBindingContextManager::registerObject(std::string name, AbstractContextObjectStd* obj)
+{
+    const QString id = QString::fromStdString(name);
+    if (!obj) {
+        qWarning().noquote() << "cannot add context object '" + id + "', it is null. Give its record.";
+        return false;
+    }
+    if (name.empty()) {
+        qWarning("cannot add context object '', it has no name. Give it one.");
+        return false;
+    }
+    if (is_taken(name)) {
+        qWarning().noquote() << "cannot add context object '" + id
+                + "', already occupied by another object. Use a different name.";
+        return false;
+    }
+
+    auto* const object = new DBAbstractContextObject(id, obj, channel_, this);
+    {
+        const QWriteLocker locker(&lock_);
+        objects_.emplace(std::move(name), object);
+    }
+    object->publish();
+    emit objectRegistered(id);
+    return true;
+}
+
+bool DataBindingContextManager::deregisterObject(std::string name_str)
+{
+    const QString id = QString::fromStdString(name_str);
+    DBAbstractContextObject* const object = take(name_str);
+    if (!object) {
+        qWarning().noquote() << "cannot remove context object '" + id + "', does not exist.";
+        return false;
+    }
+    object->withdraw();
+    // The host may have been called by this very object, which is then still at work.
+    object->deleteLater();
+    emit objectdeRegistered(id);
+    return true;
+}
+
+/** Also by this manager itself, and by a member of another object: all share the channel. */
+bool DataBindingContextManager::is_taken(const std::string& name) const
+{
+    if (channel_ && channel_->registeredObjects().contains(QString::fromStdString(name)))
+        return true;
+    const QReadLocker locker(&lock_);
+    return objects_.contains(name);
+}
+
+DBAbstractContextObject* DataBindingContextManager::take(const std::string& name)
+{
+    const QWriteLocker locker(&lock_);
+    const auto found = objects_.find(name);
+    if (found == objects_.end())
+        return nullptr;
+    return objects_.extract(found).mapped();
+}
+
+}  // namespace marlune::db

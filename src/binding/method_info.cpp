@@ -1,0 +1,132 @@
+#include "binding/method_info.h"
+
+#include "binding/conversions.h"
+#include "binding/type_names.h"
+#include "runtime/host_callback.h"
+
+#include <QDebug>
+#include <QStringList>
+
+#include <optional>
+#include <utility>
+
+namespace marlune::db {
+
+namespace {
+
+/** The arguments as the host takes them; nothing when one of them does not fit its code. */
+std::optional<std::vector<ContainerStd>> converted(const QVariantList& values,
+                                                   std::vector<VariantTypeStd>& codes)
+{
+    std::vector<ContainerStd> result;
+    result.reserve(codes.size());
+    for (size_t i = 0; i < codes.size(); ++i) {
+        auto value = from_argument(values[static_cast<qsizetype>(i)], codes[i]);
+        if (!value)
+            return std::nullopt;
+        result.push_back(*std::move(value));
+    }
+    return result;
+}
+
+}  // namespace
+
+DBMethodInfo::DBMethodInfo(const QString& name, MethodInfoStd* record, QObject* parent)
+    : QObject(parent),
+      name_(name),
+      name_text_(name),
+      record_(record),
+      is_signal_(record->is_signal),
+      return_code_(record->return_type ? record->return_type->type : VariantTypeStd::NIL)
+{
+    for (const ArgumentInfoStd& argument : record->args) {
+        argument_names_.append(QString::fromStdString(argument.name));
+        codes_.push_back(argument.type);
+    }
+}
+
+DBMethodInfo::~DBMethodInfo()
+{
+    // What has been made for a call may still be in use further up the stack.
+    for (QObject* const child : QObjectList(children())) {
+        child->setParent(nullptr);
+        child->deleteLater();
+    }
+}
+
+QVariantMap DBMethodInfo::description() const
+{
+    QVariantList arguments;
+    for (size_t i = 0; i < codes_.size(); ++i) {
+        arguments.append(QVariantMap{
+            {"name", argument_names_[static_cast<qsizetype>(i)]},
+            {"type", static_cast<int>(codes_[i])},
+        });
+    }
+    QVariantMap description = basic_description();
+    description["args"] = arguments;
+    return description;
+}
+
+QVariantMap DBMethodInfo::entry() const
+{
+    QVariantMap arguments;
+    for (size_t i = 0; i < codes_.size(); ++i) {
+        const QString& name = argument_names_[static_cast<qsizetype>(i)];
+        arguments[name] = QVariantMap{{"name", name}, {"type", static_cast<int>(codes_[i])}};
+    }
+    QVariantMap entry = basic_description();
+    entry["args"] = arguments;
+    entry["is_method"] = true;
+    return entry;
+}
+
+QString DBMethodInfo::signature() const
+{
+    QStringList arguments;
+    for (size_t i = 0; i < codes_.size(); ++i)
+        arguments += argument_names_[static_cast<qsizetype>(i)] + ": " + type_name(codes_[i]);
+    return name_text_ + '(' + arguments.join(',') + ')';
+}
+
+QVariant DBMethodInfo::call(const QVariantList& values)
+{
+    if (values.size() != static_cast<qsizetype>(codes_.size())) {
+        qWarning().noquote().nospace()
+            << "method call error: " << signature() << " has been given " << values.size()
+            << " argument(s). Give as many as it has, and each of them a name of its own.";
+        return {};
+    }
+    auto arguments = converted(values, codes_);
+    if (!arguments) {
+        qWarning("method call error: expecting a Vector (a list) as argument with the correct lenght "
+                 "of parameters");
+        return {};
+    }
+    if (!record_ || !record_->func_call_method) {
+        qWarning().noquote() << "func_call_method was nullptr, failed to call method" << name_text_;
+        return {};
+    }
+
+    // Optional, so that a host that has thrown is told from one that has returned. The host may withdraw
+    // this object and free its records in the call: nothing of them is used afterwards.
+    const std::function<std::optional<ContainerStd>()> call_method =
+        [callback = record_->func_call_method, record = record_, arguments = *std::move(arguments),
+         codes = codes_] { return callback(record, arguments, codes); };
+    const auto result = call_host(parent(), call_method);
+    if (!result)
+        return {};
+    return to_variant_or_warn(*result, return_code_, "the result of method " + name_text_);
+}
+
+/** What both descriptions have in common. */
+QVariantMap DBMethodInfo::basic_description() const
+{
+    return {
+        {"name", name_},
+        {"is_signal", is_signal_},
+        {"return_type", static_cast<int>(return_code_)},
+    };
+}
+
+}  // namespace marlune::db
