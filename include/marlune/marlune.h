@@ -8,3 +8,4 @@
 #include <marlune/quick_view.h>
 #include <marlune/values.h>
 #include <marlune/view.h>
+#include <marlune/web_view.h>

@@ -105,6 +105,7 @@ void close_calls()
  */
 void stop_engine()
 {
+    web_part::close_pages();
     qt_call_post_routines();
 }
 

@@ -17,7 +17,7 @@ namespace marlune {
  * taken down. A call is therefore either refused or queued on an object that still stands, and one
  * that is still queued when the object goes is discarded by Qt, together with its functor.
  *
- * No lock is held while anything is called.
+ * No lock is held while anything is called, but for visit()'s short look.
  */
 class LiveObjects {
 public:
@@ -39,6 +39,18 @@ public:
         return objects_.contains(object)
             && QMetaObject::invokeMethod(object, std::forward<Functor>(functor),
                                          Qt::QueuedConnection);
+    }
+
+    /**
+     * Runs `look` on the calling thread while the object is kept from going. `look` must be short, must
+     * not wait, and may touch only what the object allows to any thread. Not run when it is not live.
+     */
+    template <typename Functor>
+    void visit(QObject* object, Functor&& look) const
+    {
+        const std::shared_lock lock(mutex_);
+        if (objects_.contains(object))
+            look(*object);
     }
 
 private:

@@ -19,6 +19,13 @@ PipeHandle open_debug_pipe();
 /** Writes all of the bytes, blocking; false on failure, see last_error(). */
 bool write_debug_pipe(PipeHandle pipe, std::string_view bytes);
 
+/** What a Vulkan device needs to take memory of another device, and a function that comes with it. */
+struct MemorySharing {
+    const char* extension;
+    const char* function;
+};
+extern const MemorySharing memory_sharing;
+
 /** The system's code for the failure that this thread met last. */
 long last_error();
 

@@ -67,6 +67,8 @@ bool write_debug_pipe(PipeHandle pipe, std::string_view bytes)
     return true;
 }
 
+const MemorySharing memory_sharing{"VK_KHR_external_memory_fd", "vkGetMemoryFdPropertiesKHR"};
+
 long last_error()
 {
     return errno;

@@ -24,6 +24,8 @@ bool write_debug_pipe(PipeHandle pipe, std::string_view bytes)
         != 0;
 }
 
+const MemorySharing memory_sharing{"VK_KHR_external_memory_win32", "vkGetMemoryWin32HandlePropertiesKHR"};
+
 long last_error()
 {
     return static_cast<long>(GetLastError());

@@ -21,6 +21,9 @@ void initialize_engine();
 /** Takes and configures the shared profile and installs the scheme handler on it. */
 void set_up_profile();
 
+/** Ends all pages that the host has left open. After the event loop, before the engine is ended. */
+void close_pages();
+
 /** The one scheme handler, for calls that are carried to it; null before set_up_profile(). */
 QObject* scheme_handler();
 

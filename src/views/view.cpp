@@ -13,6 +13,7 @@
 #include <rhi/qrhi.h>
 
 #include <QtQuick/private/qquickrendercontrol_p.h>
+#include <QtQuick/private/qquickwindow_p.h>
 
 #include <cmath>
 #include <stdexcept>
@@ -35,7 +36,7 @@ View::View(const char* kind)
 
 View::~View()
 {
-    live_.withdraw();
+    withdraw();
     reset();
     release_texture();
 }
@@ -142,6 +143,28 @@ void View::render()
     last_frame_ = now;
     const QScopedValueRollback guard(rendering_, true);
     render_frame();
+}
+
+/**
+ * Outside of a frame: nothing is recorded and nothing is submitted, for the queue may be the host's just
+ * now. What has to be uploaded waits for the next frame, as it does in Qt Quick anyway.
+ */
+void View::take_changes()
+{
+    // Before the first frame there is no command buffer, by which items find their device.
+    if (rendering_ || !texture_drawn_ || !render_target_
+        || !QQuickWindowPrivate::get(window_.get())->redirect.commandBuffer)
+        return;
+    const QScopedValueRollback guard(rendering_, true);
+    render_control_->polishItems();
+    QQuickWindowPrivate::get(window_.get())->syncSceneGraph();
+    QQuickRenderControlPrivate::get(render_control_.get())->rc->endSync();
+}
+
+void View::take_changes_at_once()
+{
+    connect(render_control_.get(), &QQuickRenderControl::sceneChanged, this, &View::take_changes,
+            Qt::QueuedConnection);
 }
 
 void View::render_frame()

@@ -99,6 +99,22 @@ protected:
     /** Tears down what was there before and sets the component's scene up. False or throws on failure. */
     bool load_module(const QString& module, const QString& name);
 
+    /** Ends what other threads may ask of this view; first of all in the destructor of a subclass. */
+    void withdraw() { live_.withdraw(); }
+
+    /**
+     * From now on, changes of the loaded scene's items are taken into its scene graph when they come,
+     * not only when the next frame is drawn. For items that are fed by somebody who waits until what he
+     * has given last has been taken.
+     */
+    void take_changes_at_once();
+
+    /** Whether the host's device can take pictures that another device has made. */
+    bool device_shares_memory();
+
+    /** The scene's root; null without a scene. */
+    QQuickItem* root_item() const { return root_item_; }
+
 private:
     bool has_usable_resolution() const;
     void create_window();
@@ -112,6 +128,7 @@ private:
     void release_texture();
     void warm_up();
     void render_frame();
+    void take_changes();
     void send(QEvent& event);
     QPointF to_global(QPointF position) const;
 

@@ -3,6 +3,7 @@
 #include "views/view.h"
 
 #include "runtime/host_callback.h"
+#include "runtime/platform.h"
 #include "runtime/startup.h"
 #include "runtime/trace.h"
 #include "views/component_files.h"
@@ -151,6 +152,16 @@ void View::look_up_device_functions()
     vulkan_instance_.functions()->vkEnumeratePhysicalDevices(vulkan_instance_.vkInstance(), &count,
                                                              nullptr);
     vulkan_instance_.deviceFunctions(device_);
+}
+
+bool View::device_shares_memory()
+{
+    if (!vulkan_instance_.isValid() || !device_)
+        return false;
+    look_up_device_functions();
+    const auto function_of_device = reinterpret_cast<PFN_vkGetDeviceProcAddr>(
+        vulkan_instance_.getInstanceProcAddr("vkGetDeviceProcAddr"));
+    return function_of_device(device_, platform::memory_sharing.function) != nullptr;
 }
 
 void View::initialize_graphics()

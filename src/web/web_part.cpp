@@ -1,8 +1,13 @@
 #include "runtime/web_part.h"
 
+#include "web/popup_catcher.h"
+#include "web/profile.h"
 #include "web/scheme_handler.h"
+#include "web/url_interceptor.h"
+#include "web/web_view.h"
 
 #include <QQuickWebEngineProfile>
+#include <QtQml>
 #include <QtWebEngineQuick>
 #include <QWebEngineUrlScheme>
 
@@ -12,7 +17,6 @@ namespace marlune::web_part {
 
 namespace {
 
-QQuickWebEngineProfile* shared_profile = nullptr;
 GodotSchemeHandler* handler = nullptr;
 
 }  // namespace
@@ -36,13 +40,15 @@ void initialize_engine()
 
 void set_up_profile()
 {
-    shared_profile = QQuickWebEngineProfile::defaultProfile();
-    shared_profile->setSpellCheckEnabled(false);
-    shared_profile->setStorageName(QStringLiteral("Default"));
-    shared_profile->setPersistentCookiesPolicy(QQuickWebEngineProfile::ForcePersistentCookies);
-
     handler = new GodotSchemeHandler;
-    shared_profile->installUrlSchemeHandler("res", handler);
+    set_up_shared_profile()->installUrlSchemeHandler("res", handler);
+    qmlRegisterType<GodotURLInterceptor>("Web", 1, 0, "GodotURLInterceptor");
+    install_popup_catcher();
+}
+
+void close_pages()
+{
+    WebView::close_pages();
 }
 
 QObject* scheme_handler()

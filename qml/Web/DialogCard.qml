@@ -1,0 +1,188 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Layouts
+import Web // qmllint disable unused-imports
+
+/*!
+    A question to the user: a card in the middle of the view, with the page dimmed behind it.
+
+    It ends exactly once, with accepted() or rejected(): by its buttons, by Enter or Escape, by
+    accept() or reject(), and with rejected() at the latest when it is destroyed.
+*/
+FocusScope {
+    id: card
+
+    // The size of text, which all other sizes follow.
+    required property real em
+    property string title
+    property string message
+    property string acceptText: qsTr("OK")
+    // Empty for a question that can only be accepted; Escape ends that one too.
+    property string rejectText: qsTr("Cancel")
+    property bool acceptable: true
+    property real preferredWidth: em * 30
+    // What has the focus at first; null for the button that accepts.
+    property Item firstFocus
+    // What stands between the message and the buttons.
+    default property alias content: body.data
+
+    property bool answered
+    // Whether it was answered by Enter, whose release is still to come.
+    property bool enterHeld
+
+    signal accepted()
+    signal rejected()
+
+    function accept(): void {
+        if (card.answered || !card.acceptable)
+            return;
+        card.answered = true;
+        card.accepted();
+    }
+
+    function reject(): void {
+        if (card.answered)
+            return;
+        card.answered = true;
+        card.rejected();
+    }
+
+    function enter(): void {
+        card.enterHeld = true;
+        card.accept();
+    }
+
+    function takeFocus(): void {
+        (card.firstFocus ?? acceptButton).forceActiveFocus();
+    }
+
+    focus: true
+
+    Component.onCompleted: card.takeFocus()
+    Component.onDestruction: card.reject()
+
+    Keys.onReturnPressed: card.enter()
+    Keys.onEnterPressed: card.enter()
+    Keys.onEscapePressed: card.reject()
+
+    Rectangle {
+        anchors.fill: parent
+        color: "#aa040a17"
+    }
+
+    // Nothing of the mouse gets through to the page.
+    MouseArea {
+        anchors.fill: parent
+        acceptedButtons: Qt.AllButtons
+        hoverEnabled: true
+        onPressed: if (!card.activeFocus) card.takeFocus()
+        onWheel: wheel => wheel.accepted = true
+    }
+
+    Rectangle {
+        id: sheet
+
+        anchors.centerIn: parent
+        width: Math.min(card.preferredWidth, card.width - card.em * 1.5)
+        height: Math.min(column.implicitHeight + card.em * 2.4, card.height - card.em)
+        radius: card.em * 0.9
+        color: "#0f2340"
+        border.width: Math.max(1, card.em * 0.08)
+        border.color: "#2b4c70"
+
+        ColumnLayout {
+            id: column
+
+            anchors.fill: parent
+            anchors.margins: card.em * 1.2
+            spacing: card.em * 0.8
+
+            Text {
+                Layout.fillWidth: true
+                visible: text !== ""
+                text: card.title
+                textFormat: Text.PlainText
+                color: "#a9c6dd"
+                font.pixelSize: card.em * 0.9
+                elide: Text.ElideMiddle
+            }
+
+            Flickable {
+                id: scroll
+
+                Layout.fillWidth: true
+                Layout.fillHeight: true
+                Layout.minimumHeight: Math.min(contentHeight, card.em * 1.5)
+                Layout.preferredHeight: contentHeight
+                Layout.maximumHeight: contentHeight
+                visible: card.message !== ""
+                contentHeight: words.implicitHeight
+                boundsBehavior: Flickable.StopAtBounds
+                clip: true
+
+                Text {
+                    id: words
+
+                    width: scroll.width - card.em * 0.6
+                    text: card.message
+                    textFormat: Text.PlainText
+                    color: "#f6efdd"
+                    font.pixelSize: card.em * 1.1
+                    wrapMode: Text.Wrap
+                }
+
+                Rectangle {
+                    x: scroll.width - width
+                    y: scroll.contentY + scroll.visibleArea.yPosition * scroll.height
+                    width: card.em * 0.25
+                    height: scroll.visibleArea.heightRatio * scroll.height
+                    radius: width / 2
+                    color: "#3b618a"
+                    visible: scroll.visibleArea.heightRatio < 1
+                }
+            }
+
+            ColumnLayout {
+                id: body
+
+                Layout.fillWidth: true
+                Layout.fillHeight: body.children.length > 0
+                visible: body.children.length > 0
+                spacing: card.em * 0.6
+            }
+
+            RowLayout {
+                Layout.alignment: Qt.AlignRight
+                Layout.fillWidth: false
+                Layout.maximumWidth: column.width
+                spacing: card.em * 0.7
+
+                CardButton {
+                    Layout.fillWidth: true
+                    em: card.em
+                    text: card.rejectText
+                    visible: text !== ""
+                    onClicked: {
+                        card.enterHeld = enterHeld;
+                        card.reject();
+                    }
+                }
+
+                CardButton {
+                    id: acceptButton
+
+                    Layout.fillWidth: true
+                    em: card.em
+                    primary: true
+                    text: card.acceptText
+                    enabled: card.acceptable
+                    onClicked: {
+                        card.enterHeld = enterHeld;
+                        card.accept();
+                    }
+                }
+            }
+        }
+    }
+}

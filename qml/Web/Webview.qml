@@ -1,0 +1,251 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtWebChannel
+import QtWebEngine
+import Web // qmllint disable unused-imports
+
+/*!
+    The scene of a web view: the browser item, bound to what the host sets on the view.
+
+    The browser item is made when the first frame has been drawn. Its engine looks into the Vulkan loader
+    on a thread of its own, which must not meet the window's graphics while those are being set up.
+*/
+Item {
+    id: root
+
+    property WebChannel webChannel: WebChannel {}
+
+    readonly property var view: ctx // qmllint disable unqualified
+    readonly property WebEngineProfile profile: customWebProfile // qmllint disable unqualified
+    // What lets the host's device take pictures that were made on graphics hardware.
+    readonly property string memoryExtension: webMemoryExtension // qmllint disable unqualified
+    // The device can take what the engine makes, as far as is known by now.
+    readonly property bool fits: webDeviceFits // qmllint disable unqualified
+    readonly property list<string> settingNames: webSettings // qmllint disable unqualified
+    readonly property WebEngineView page: started ? browser.item as WebEngineView : null
+
+    // It follows the view.
+    property bool started
+    // Found out: the engine's pictures come in ordinary memory.
+    property bool engineDrawsInMemory
+    // The host's device cannot take the pictures that the engine makes.
+    property bool undrawable
+
+    // What was asked of the page before it was there.
+    property var waiting: []
+
+    readonly property var navigationTypes: ({
+        [WebEngineNavigationRequest.LinkClickedNavigation]: "link_clicked",
+        [WebEngineNavigationRequest.TypedNavigation]: "typed",
+        [WebEngineNavigationRequest.FormSubmittedNavigation]: "form_submitted",
+        [WebEngineNavigationRequest.BackForwardNavigation]: "back_forward",
+        [WebEngineNavigationRequest.ReloadNavigation]: "reload",
+        [WebEngineNavigationRequest.RedirectNavigation]: "redirect"
+    })
+    // They run before any script of a page does. The engine takes them once the profile is set.
+    readonly property var scripts: [
+        {
+            name: "objects",
+            sourceUrl: "qrc:/Web/assets/test.min.js",
+            injectionPoint: WebEngineScript.DocumentCreation,
+            worldId: WebEngineScript.MainWorld
+        }
+    ]
+
+    // By the engine's numbers.
+    readonly property list<string> errorDomains: [
+        "", "internal", "connection", "certificate", "http", "ftp", "dns", "http_status"
+    ]
+
+    signal javaScriptConsoleMessage(int level, string message, int lineNumber, string sourceID)
+
+    focus: true
+
+    function whenThere(work: var): void {
+        if (page)
+            work(page);
+        else
+            waiting.push(work);
+    }
+
+    function load_html(html, base_url) {
+        whenThere(page => page.loadHtml(html, base_url));
+    }
+
+    function back(): void {
+        whenThere(page => page.goBack());
+    }
+
+    function forward(): void {
+        whenThere(page => page.goForward());
+    }
+
+    function back_or_forward(offset: int): void {
+        whenThere(page => page.goBackOrForward(offset));
+    }
+
+    function can_go_back() {
+        return page?.canGoBack ?? false;
+    }
+
+    function can_go_forward() {
+        return page?.canGoForward ?? false;
+    }
+
+    function reload(): void {
+        whenThere(page => page.reload());
+    }
+
+    function reload_and_bypass_cache(): void {
+        whenThere(page => page.reloadAndBypassCache());
+    }
+
+    function run_javascript(script) {
+        whenThere(page => page.runJavaScript(script));
+    }
+
+    function start(): void {
+        const page = browser.item as WebEngineView;
+        page.userScripts.collection = scripts; // qmllint disable
+        // All settings of the view go by the engine's names, but for one letter of one.
+        for (const name of settingNames) {
+            const engineName = name.replace("fullscreen", "fullScreen");
+            page.settings[engineName] = Qt.binding(() => view[name]);
+        }
+        started = true;
+        open(page, view.url);
+        const work = waiting;
+        waiting = [];
+        work.forEach(ask => ask(page));
+    }
+
+    function decide(engineDrawsOnHardware: bool): void {
+        undrawable = engineDrawsOnHardware;
+        engineDrawsInMemory = !engineDrawsOnHardware;
+        if (engineDrawsOnHardware)
+            console.warn(`${view.objectName}: the web engine draws on the graphics hardware, but the host's `
+                         + `Vulkan device cannot take its pictures. Create the device with ${memoryExtension}, `
+                         + "or set GPU_DISABLED before the start.");
+        else
+            browser.active = true;
+    }
+
+    // A relative URL would be taken as relative to this file.
+    function open(page: WebEngineView, url: string): void {
+        if (/^[a-z][a-z0-9+.-]*:/i.test(url))
+            page.url = url;
+    }
+
+    Connections {
+        target: root.view
+        enabled: !browser.active && !probe.active && !root.undrawable
+
+        function onFrameRendered(): void {
+            if (root.fits)
+                browser.active = true;
+            else
+                probe.active = true;
+        }
+    }
+
+    Connections {
+        target: root.view
+
+        function onUrlChanged(url: string): void {
+            if (root.page)
+                root.open(root.page, url);
+        }
+    }
+
+    // A device without the extension is good enough where the engine draws on the processor, and fatal
+    // where it does not. Only there it has WebGL, and a page that is in no window can tell.
+    Instantiator {
+        id: probe
+
+        active: false
+        delegate: WebEngineView {
+            id: blank
+
+            profile: root.profile
+            url: "about:blank"
+            onLoadingChanged: info => {
+                if (info.status !== WebEngineView.LoadSucceededStatus)
+                    return;
+                const script = "!!document.createElement('canvas').getContext('webgl')";
+                blank.runJavaScript(script, hasWebGL => {
+                    probe.active = false;
+                    root.decide(hasWebGL);
+                });
+            }
+        }
+    }
+
+    Loader {
+        id: browser
+
+        anchors.fill: parent
+        focus: true
+        active: false
+        onLoaded: root.start()
+
+        sourceComponent: WebEngineView {
+            id: page
+
+            focus: true
+            profile: root.profile
+            webChannel: root.webChannel
+            backgroundColor: root.view.backgroundColor
+            zoomFactor: root.view.zoom_factor
+            audioMuted: root.view.audio_muted
+
+            onNavigationRequested: request => {
+                const type = root.navigationTypes[request.navigationType] ?? "other";
+                if (root.view.navigation_handler(request.url.toString(), type))
+                    request.accept();
+                else
+                    request.reject();
+            }
+
+            onLoadingChanged: info => {
+                // The engine has a text for everything, also for a page that is there.
+                const failed = info.status === WebEngineView.LoadFailedStatus;
+                root.view.onLoadingChanged(info.status, info.url.toString(),
+                                           root.errorDomains[info.errorDomain] ?? "internal",
+                                           failed ? info.errorString : "", info.errorCode);
+            }
+
+            onJavaScriptConsoleMessage: (level, message, lineNumber, sourceID) =>
+                root.javaScriptConsoleMessage(level, message, lineNumber, sourceID)
+
+            onRenderProcessTerminated: (status, exitCode) => {
+                if (status === WebEngineView.NormalTerminationStatus)
+                    return;
+                const text = `The page's process has ended (exit code ${exitCode}); reload brings it back`;
+                root.view.onLoadingChanged(WebEngineView.LoadFailedStatus, page.url.toString(),
+                                           "process", text, exitCode);
+                root.javaScriptConsoleMessage(2, text, 0, page.url.toString());
+            }
+        }
+    }
+
+    Text {
+        anchors.fill: parent
+        anchors.margins: parent.height / 12
+        visible: root.undrawable
+        text: "This page cannot be drawn on this graphics device. The log tells the remedy."
+        color: "#f2b8a0"
+        style: Text.Outline
+        styleColor: "#40100a"
+        font.pixelSize: Math.max(14, parent.height / 28)
+        wrapMode: Text.Wrap
+        horizontalAlignment: Text.AlignHCenter
+        verticalAlignment: Text.AlignVCenter
+    }
+
+    PageExtras {
+        anchors.fill: parent
+        page: root.page
+        view: root.view
+    }
+}

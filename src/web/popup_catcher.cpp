@@ -1,0 +1,127 @@
+#include "web/popup_catcher.h"
+
+#include <QChildEvent>
+#include <QCoreApplication>
+#include <QPointer>
+#include <QQuickItem>
+#include <QQuickWindow>
+
+#include <algorithm>
+
+namespace marlune {
+
+namespace {
+
+/** The deepest page of the engine that covers `point` of the scene; null without one. */
+QQuickItem* page_at(QQuickItem* item, QPointF point)
+{
+    const QList<QQuickItem*> children = item->childItems();
+    for (auto child = children.rbegin(); child != children.rend(); ++child) {
+        if (QQuickItem* const page = page_at(*child, point))
+            return page;
+    }
+    const bool is_page = item->isVisible() && item->inherits("QQuickWebEngineView");
+    return is_page && item->contains(item->mapFromScene(point)) ? item : nullptr;
+}
+
+/** Where a popup of this length begins, so that it ends inside the view if there is any room. */
+qreal kept_inside(qreal begin, qreal length, qreal room)
+{
+    return std::clamp(begin, 0.0, std::max(0.0, room - length));
+}
+
+/** One popup's window, from its creation to its end. Child of that window. */
+class Popup : public QObject {
+public:
+    explicit Popup(QWindow* window) : QObject(window), window_(window)
+    {
+        // Emitted first thing in show(), before there would be a platform window.
+        connect(window, &QWindow::visibleChanged, this, &Popup::follow_visibility);
+        connect(window, &QWindow::xChanged, this, &Popup::place);
+        connect(window, &QWindow::yChanged, this, &Popup::place);
+        connect(window, &QWindow::widthChanged, this, &Popup::place);
+        connect(window, &QWindow::heightChanged, this, &Popup::place);
+        window->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        // The engine deletes the window while it is shown. Its destructor then takes it from its
+        // parent first, which would make a window of the window system for a moment.
+        if (event->type() == QEvent::DeferredDelete)
+            window_->setVisible(false);
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    void follow_visibility(bool visible) { visible ? take_content() : give_content_back(); }
+
+    void take_content()
+    {
+        auto* const popup = qobject_cast<QQuickWindow*>(window_);
+        auto* const scene = qobject_cast<QQuickWindow*>(window_->parent());
+        if (!popup || !scene || popup->contentItem()->childItems().isEmpty())
+            return;
+        QQuickItem* const page =
+            page_at(scene->contentItem(), scene->mapFromGlobal(popup->position()));
+        content_ = popup->contentItem()->childItems().first();
+        content_->setParentItem(page ? page : scene->contentItem());
+        content_->setZ(1);
+        place();
+    }
+
+    void give_content_back()
+    {
+        auto* const popup = qobject_cast<QQuickWindow*>(window_);
+        if (content_ && popup)
+            content_->setParentItem(popup->contentItem());
+        content_ = nullptr;
+    }
+
+    void place()
+    {
+        if (!content_ || !content_->parentItem())
+            return;
+        const QQuickItem& page = *content_->parentItem();
+        const QSizeF size(window_->size());
+        const QPointF at = page.mapFromGlobal(window_->position());
+        // The engine knows the screen, but not the view: to it there is always room enough. Nor can
+        // it be told, so what is too large is drawn smaller.
+        const qreal scale =
+            std::min({1.0, page.width() / size.width(), page.height() / size.height()});
+        content_->setTransformOrigin(QQuickItem::TopLeft);
+        content_->setScale(scale);
+        content_->setSize(size);
+        content_->setPosition({kept_inside(at.x(), size.width() * scale, page.width()),
+                               kept_inside(at.y(), size.height() * scale, page.height())});
+    }
+
+    QWindow* const window_;
+    QPointer<QQuickItem> content_;
+};
+
+class PopupCatcher : public QObject {
+public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::ChildAdded && qobject_cast<QQuickWindow*>(watched)) {
+            // Its constructor is still running: it calls itself a QWindow, but is not marked as one.
+            QObject* const child = static_cast<QChildEvent*>(event)->child();
+            if (child->metaObject()->inherits(&QWindow::staticMetaObject))
+                new Popup(static_cast<QWindow*>(child));
+        }
+        return QObject::eventFilter(watched, event);
+    }
+};
+
+}  // namespace
+
+void install_popup_catcher()
+{
+    QCoreApplication* const application = QCoreApplication::instance();
+    application->installEventFilter(new PopupCatcher(application));
+}
+
+}  // namespace marlune

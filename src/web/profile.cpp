@@ -1,0 +1,36 @@
+#include "web/profile.h"
+
+#include "runtime/live_objects.h"
+
+#include <QQuickWebEngineProfile>
+
+#include <atomic>
+
+namespace marlune {
+
+namespace {
+
+std::atomic<QQuickWebEngineProfile*> profile = nullptr;
+
+}  // namespace
+
+QQuickWebEngineProfile* shared_profile()
+{
+    return profile.load(std::memory_order_acquire);
+}
+
+QQuickWebEngineProfile* set_up_shared_profile()
+{
+    QQuickWebEngineProfile* const shared = QQuickWebEngineProfile::defaultProfile();
+    shared->setSpellCheckEnabled(false);
+    shared->setStorageName(QStringLiteral("Default"));
+    shared->setPersistentCookiesPolicy(QQuickWebEngineProfile::ForcePersistentCookies);
+
+    // Calls are carried to it until the library stops; only then does Qt delete it.
+    static auto* const live = new LiveObject(shared);
+    static_cast<void>(live);
+    profile.store(shared, std::memory_order_release);
+    return shared;
+}
+
+}  // namespace marlune

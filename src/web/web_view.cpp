@@ -1,0 +1,285 @@
+#include "web/web_view.h"
+
+#include "binding/manager.h"
+#include "runtime/host_callback.h"
+#include "runtime/platform.h"
+#include "runtime/trace.h"
+#include "views/component_files.h"
+#include "web/profile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QQmlContext>
+#include <QQuickItem>
+#include <QQuickWebEngineProfile>
+#include <QUrl>
+#include <QWebChannel>
+
+#include <stdexcept>
+#include <unordered_set>
+#include <utility>
+
+namespace marlune {
+
+namespace {
+
+constexpr auto default_user_agent =
+    "Mozilla/5.0 (X11; U; Linux x86_64) AppleWebKit/537.36 (KHTML, like Gecko) Ubuntu "
+    "Chromium/124.0.6310.208 Chrome/122.0.6310.208 Safari/537.36";
+
+// All that stand. On the Qt thread only.
+std::unordered_set<WebView*> web_views;
+
+int next_idx()
+{
+    static int made = 0;
+    return made++;
+}
+
+QStringList setting_names()
+{
+#define MARLUNE_WEB_SETTING_NAME(type, name, property, initial, constness) \
+    QStringLiteral(#property),
+    return {MARLUNE_WEB_SETTINGS(MARLUNE_WEB_SETTING_NAME)};
+#undef MARLUNE_WEB_SETTING_NAME
+}
+
+/** The components that "Webview" is made of, which lie beside it. */
+void publish_parts()
+{
+    const QDir stored(QStringLiteral(":/Web/qml/Web"));
+    for (const QFileInfo& file : stored.entryInfoList({QStringLiteral("*.qml.enc")}))
+        publish_component(QStringLiteral("Web"), file.baseName());
+}
+
+/** True once that is known: as the flags want it, or as an earlier view has found out. */
+bool engine_draws_in_memory()
+{
+    static bool known = qgetenv("QTWEBENGINE_CHROMIUM_FLAGS").contains("--disable-gpu");
+    for (auto view = web_views.begin(); !known && view != web_views.end(); ++view)
+        known = (*view)->has_found_out_about_engine();
+    return known;
+}
+
+void check_page_script()
+{
+    QFile script(QStringLiteral(":/Web/assets/test.min.js"));
+    if (!script.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        qWarning("could not load webchannel js file");
+        return;
+    }
+    static_cast<void>(script.readAll());
+}
+
+}  // namespace
+
+WebView::WebView()
+    : View("WebView"), idx_(next_idx()), user_agent_(QLatin1StringView(default_user_agent))
+{
+    web_views.insert(this);
+}
+
+WebView::~WebView()
+{
+    // While this is still a WebView: script that ends with the scene may call back into it.
+    withdraw();
+    web_views.erase(this);
+    reset();
+}
+
+void WebView::prepare_context(QQmlContext* root_context)
+{
+    root_context->setContextProperty(QStringLiteral("ctx"), this);
+    root_context->setContextProperty(QStringLiteral("customWebProfile"), profile_);
+    root_context->setContextProperty(QStringLiteral("webSettings"), setting_names());
+    root_context->setContextProperty(QStringLiteral("webDeviceFits"),
+                                     engine_draws_in_memory() || device_shares_memory());
+    root_context->setContextProperty(QStringLiteral("webMemoryExtension"),
+                                     QString::fromLatin1(platform::memory_sharing.extension));
+    publish_parts();
+}
+
+void WebView::post_setup(QQmlEngine*, QObject* root)
+{
+    publish_on(root);
+    db::DataBindingContextManager::register_types();
+    publish_pending();
+    // The engine draws a page's next frame once the last one has been taken. If that waited for the
+    // host's next frame, each would be one or two frames of the page old when it is seen.
+    take_changes_at_once();
+}
+
+/** A manager for the new scene's channel, with all that was published on the old one's. */
+void WebView::publish_on(QObject* root)
+{
+    auto* const channel = root->property("webChannel").value<QWebChannel*>();
+    // Changes are announced by the manager; the channel has nothing to look for.
+    channel->setPropertyUpdateInterval(-1);
+    auto manager = std::make_unique<db::DataBindingContextManager>(channel, root);
+    channel->registerObject(QStringLiteral("___cm"), manager.get());
+
+    const std::lock_guard lock(manager_mutex_);
+    if (manager_)
+        pending_.merge(manager_->objects());
+    manager_.swap(manager);
+}
+
+void WebView::publish_pending()
+{
+    for (const auto& [name, object] : std::exchange(pending_, {}))
+        manager_->registerObject(name, object);
+}
+
+bool WebView::has_found_out_about_engine() const
+{
+    return root_item() && root_item()->property("engineDrawsInMemory").toBool();
+}
+
+void WebView::close_pages()
+{
+    // The scenes stay: the host may have taken its device down already.
+    for (const WebView* const view : web_views) {
+        if (view->root_item())
+            delete view->root_item()->property("page").value<QObject*>();
+    }
+}
+
+bool WebView::load()
+{
+    trace("WebView::load()", "T");
+    profile_ = shared_profile();
+    if (!profile_)
+        throw std::runtime_error("Failed to set web profile");
+    return load_module(QStringLiteral("Web"), QStringLiteral("Webview"));
+}
+
+void WebView::set_url(const QString& url)
+{
+    if (QUrl(url).isRelative()) {
+        qWarning(
+            "%s: \"%s\" is not an absolute URL and cannot be loaded; write the scheme too, as in "
+            "\"https://\"",
+            qUtf8Printable(objectName()), qUtf8Printable(url));
+    }
+    url_ = url;
+    emit urlChanged(url_);
+}
+
+void WebView::set_zoom_factor(double factor)
+{
+    zoom_factor_ = factor;
+    emit zoomFactorChanged(factor);
+}
+
+void WebView::set_background_color(const QString& color)
+{
+    background_color_ = color;
+    emit backgroundColorChanged(color);
+}
+
+/** False when there is no scene, or its root has no such function. */
+template <typename... Arguments>
+bool WebView::call_root(const char* function, Arguments&&... arguments)
+{
+    return root_item()
+        && QMetaObject::invokeMethod(root_item(), function, Qt::DirectConnection,
+                                     std::forward<Arguments>(arguments)...);
+}
+
+void WebView::load_html(const QString& html, const QString& base_url)
+{
+    call_root("load_html", Q_ARG(QVariant, html), Q_ARG(QVariant, base_url));
+    check_page_script();
+}
+
+void WebView::back()
+{
+    call_root("back");
+}
+
+void WebView::forward()
+{
+    call_root("forward");
+}
+
+void WebView::back_or_forward(int offset)
+{
+    call_root("back_or_forward", Q_ARG(int, offset));
+}
+
+bool WebView::can_go_back()
+{
+    QVariant answer;
+    call_root("can_go_back", Q_RETURN_ARG(QVariant, answer));
+    return answer.toBool();
+}
+
+bool WebView::can_go_forward()
+{
+    QVariant answer;
+    call_root("can_go_forward", Q_RETURN_ARG(QVariant, answer));
+    return answer.toBool();
+}
+
+void WebView::reload()
+{
+    call_root("reload");
+}
+
+void WebView::reload_and_bypass_cache()
+{
+    call_root("reload_and_bypass_cache");
+}
+
+void WebView::run_javascript(const QString& script)
+{
+    call_root("run_javascript", Q_ARG(QVariant, script));
+}
+
+void WebView::set_navigation_handler(NavigationHandler handler)
+{
+    navigation_handler_ = std::move(handler);
+}
+
+void WebView::set_loading_changed(LoadingChanged callback)
+{
+    loading_changed_ = std::move(callback);
+}
+
+bool WebView::register_object(const std::string& name, db::AbstractContextObjectStd* object)
+{
+    if (manager_)
+        return manager_->registerObject(name, object);
+    return pending_.emplace(name, object).second;
+}
+
+bool WebView::deregister_object(const std::string& name)
+{
+    if (manager_)
+        return manager_->deregisterObject(name);
+    qWarning("data-binding manager not initialized");
+    return false;
+}
+
+db::AbstractContextObjectStd* WebView::find_object(const std::string& name) const
+{
+    const std::lock_guard lock(manager_mutex_);
+    return manager_ ? manager_->find(name) : nullptr;
+}
+
+bool WebView::navigation_handler(QString url, QString navigationType)
+{
+    if (!navigation_handler_)
+        return true;
+    return call_host(this, navigation_handler_, url.toStdString(), navigationType.toStdString());
+}
+
+void WebView::onLoadingChanged(int status, QString url, QString errorDomain, QString errorString,
+                               int errorCode)
+{
+    call_host(this, loading_changed_, status, url.toStdString(), errorDomain.toStdString(),
+              errorString.toStdString(), errorCode);
+}
+
+}  // namespace marlune

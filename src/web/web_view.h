@@ -1,0 +1,174 @@
+#pragma once
+
+#include "views/view.h"
+
+#include "marlune/web_settings.h"
+
+#include <QString>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+class QQuickWebEngineProfile;
+
+namespace marlune {
+
+namespace db {
+class DataBindingContextManager;
+struct AbstractContextObjectStd;
+}  // namespace db
+
+using QtWebSettingBool = bool;
+using QtWebSettingInt = int;
+using QtWebSettingText = QString;
+
+/** The view that shows a web page: what its scene, the component "Webview", binds to and calls. */
+class WebView : public View {
+    Q_OBJECT
+    Q_PROPERTY(int idx READ idx WRITE set_idx)
+    Q_PROPERTY(QString url READ url WRITE set_url NOTIFY urlChanged)
+    Q_PROPERTY(bool audio_muted READ audio_muted NOTIFY audioMutedChanged)
+    Q_PROPERTY(double zoom_factor READ zoom_factor WRITE set_zoom_factor NOTIFY zoomFactorChanged)
+    Q_PROPERTY(QString backgroundColor READ background_color WRITE set_background_color NOTIFY
+                   backgroundColorChanged)
+#define MARLUNE_WEB_SETTING_PROPERTY_Bool(name, property) \
+    Q_PROPERTY(bool property READ get_##name WRITE set_##name NOTIFY property##Changed)
+#define MARLUNE_WEB_SETTING_PROPERTY_Int(name, property) \
+    Q_PROPERTY(int property READ get_##name WRITE set_##name NOTIFY property##Changed)
+#define MARLUNE_WEB_SETTING_PROPERTY_Text(name, property) \
+    Q_PROPERTY(QString property READ get_##name WRITE set_##name NOTIFY property##Changed)
+#define MARLUNE_WEB_SETTING_PROPERTY(type, name, property, initial, constness) \
+    MARLUNE_WEB_SETTING_PROPERTY_##type(name, property)
+    MARLUNE_WEB_SETTINGS(MARLUNE_WEB_SETTING_PROPERTY)
+
+public:
+    using NavigationHandler = std::function<bool(std::string, std::string)>;
+    using LoadingChanged = std::function<void(int, std::string, std::string, std::string, int)>;
+
+    WebView();
+    ~WebView() override;
+
+    void prepare_context(QQmlContext* root_context) override;
+    void post_setup(QQmlEngine* engine, QObject* root) override;
+
+    /** Ends the pages of all views and leaves their scenes. For the library's stop. */
+    static void close_pages();
+
+    /** @throws std::runtime_error without a profile, and as load_module() does. */
+    bool load();
+
+    /** True when this view's scene knows that the engine draws without the graphics hardware. */
+    bool has_found_out_about_engine() const;
+
+    int idx() const
+    {
+        return idx_;
+    }
+    void set_idx(int idx)
+    {
+        idx_ = idx;
+    }
+    QString url() const
+    {
+        return url_;
+    }
+    void set_url(const QString& url);
+    bool audio_muted() const
+    {
+        return audio_muted_;
+    }
+    double zoom_factor() const
+    {
+        return zoom_factor_;
+    }
+    void set_zoom_factor(double factor);
+    QString background_color() const
+    {
+        return background_color_;
+    }
+    void set_background_color(const QString& color);
+    QString user_agent() const
+    {
+        return user_agent_;
+    }
+
+#define MARLUNE_WEB_SETTING_ACCESSORS(type, name, property, initial, constness) \
+    QtWebSetting##type get_##name() const                                       \
+    {                                                                           \
+        return property##_;                                                     \
+    }                                                                           \
+    void set_##name(const QtWebSetting##type& value)                            \
+    {                                                                           \
+        property##_ = value;                                                    \
+        emit property##Changed(value);                                          \
+    }
+    MARLUNE_WEB_SETTINGS(MARLUNE_WEB_SETTING_ACCESSORS)
+
+    void load_html(const QString& html, const QString& base_url);
+    void back();
+    void forward();
+    void back_or_forward(int offset);
+    bool can_go_back();
+    bool can_go_forward();
+    void reload();
+    void reload_and_bypass_cache();
+    void run_javascript(const QString& script);
+
+    void set_navigation_handler(NavigationHandler handler);
+    void set_loading_changed(LoadingChanged callback);
+
+    bool register_object(const std::string& name, db::AbstractContextObjectStd* object);
+    bool deregister_object(const std::string& name);
+    /** For any thread. */
+    db::AbstractContextObjectStd* find_object(const std::string& name) const;
+
+    /** The scene asks before each navigation. */
+    Q_INVOKABLE bool navigation_handler(QString url, QString navigationType);
+    Q_INVOKABLE void onLoadingChanged(int status, QString url, QString errorDomain,
+                                      QString errorString, int errorCode);
+
+signals:
+    void audioMutedChanged(bool status);
+    void urlChanged(QString url);
+    void backgroundColorChanged(QString color);
+    void userAgentChanged(QString user_agent);
+    void zoomFactorChanged(double factor);
+#define MARLUNE_WEB_SETTING_SIGNAL_Bool(property) void property##Changed(bool status);
+#define MARLUNE_WEB_SETTING_SIGNAL_Int(property) void property##Changed(int status);
+#define MARLUNE_WEB_SETTING_SIGNAL_Text(property) void property##Changed(QString status);
+#define MARLUNE_WEB_SETTING_SIGNAL(type, name, property, initial, constness) \
+    MARLUNE_WEB_SETTING_SIGNAL_##type(property)
+    MARLUNE_WEB_SETTINGS(MARLUNE_WEB_SETTING_SIGNAL)
+
+private:
+    void publish_on(QObject* root);
+    void publish_pending();
+    template <typename... Arguments>
+    bool call_root(const char* function, Arguments&&... arguments);
+
+    // Objects that the host has registered before there was a channel to publish them on.
+    std::map<std::string, db::AbstractContextObjectStd*> pending_;
+    // Other threads look objects up, so the pointer has a lock of its own.
+    mutable std::mutex manager_mutex_;
+    std::unique_ptr<db::DataBindingContextManager> manager_;
+    NavigationHandler navigation_handler_;
+    LoadingChanged loading_changed_;
+    QQuickWebEngineProfile* profile_ = nullptr;
+    int idx_;
+    QString url_ = QStringLiteral("about:blank");
+    bool audio_muted_ = false;
+    QString user_agent_;
+    double zoom_factor_ = 2.0;
+    QString background_color_ = QStringLiteral("transparent");
+#define MARLUNE_WEB_SETTING_FIELD_Bool(property, initial) bool property##_ = initial;
+#define MARLUNE_WEB_SETTING_FIELD_Int(property, initial) int property##_ = initial;
+#define MARLUNE_WEB_SETTING_FIELD_Text(property, initial) QString property##_{initial};
+#define MARLUNE_WEB_SETTING_FIELD(type, name, property, initial, constness) \
+    MARLUNE_WEB_SETTING_FIELD_##type(property, initial)
+    MARLUNE_WEB_SETTINGS(MARLUNE_WEB_SETTING_FIELD)
+};
+
+}  // namespace marlune
