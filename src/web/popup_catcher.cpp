@@ -84,7 +84,10 @@ private:
             return;
         const QQuickItem& page = *content_->parentItem();
         const QSizeF size(window_->size());
-        const QPointF at = page.mapFromGlobal(window_->position());
+        // A calendar that changes its size moves its window to the corner as well.
+        if (!window_->position().isNull())
+            anchor_ = window_->position();
+        const QPointF at = page.mapFromGlobal(anchor_);
         // The engine knows the screen, but not the view: to it there is always room enough. Nor can
         // it be told, so what is too large is drawn smaller.
         const qreal scale =
@@ -97,6 +100,7 @@ private:
     }
 
     QWindow* const window_;
+    QPoint anchor_;
     QPointer<QQuickItem> content_;
 };
 
