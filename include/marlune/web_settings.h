@@ -69,7 +69,7 @@
     X(Bool, spatial_navigation_enabled, spatialNavigationEnabled, false, const)                         \
     /** Downloads touch icons of pages. */                                                              \
     X(Bool, touch_icons_enabled, touchIconsEnabled, false, const)                                       \
-    /** Hands URLs of unknown schemes to the system: 1 never, 2 after a user's act, 3 always; 0 is 2. */\
+    /** Has the system open URLs such as "mailto:": 0, 1 never, 2 after an act of the user, 3 always. */\
     X(Int, unknown_url_scheme_policy, unknownUrlSchemePolicy, 0, const)                                 \
     /** Offers WebGL, where the engine's block list allows it. */                                       \
     X(Bool, webGLenabled, webGLEnabled, true, const)                                                    \

@@ -53,6 +53,10 @@ Item {
         }
     ]
 
+    // What the engine opens by itself.
+    readonly property var ownSchemes: new RegExp("^(about|blob|chrome|chrome-error|chrome-extension|data|devtools|"
+        + "file|filesystem|ftp|https?|javascript|qrc|res|view-source|wss?):", "i")
+
     // By the engine's numbers.
     readonly property list<string> errorDomains: [
         "", "internal", "connection", "certificate", "http", "ftp", "dns", "http_status"
@@ -103,6 +107,16 @@ Item {
 
     function run_javascript(script) {
         whenThere(page => page.runJavaScript(script));
+    }
+
+    // The engine would have the system open it, with a window of its own. Only a host that has chosen a
+    // policy wants that.
+    function isForOthers(url: string): bool {
+        if (view.unknownUrlSchemePolicy !== 0 || ownSchemes.test(url))
+            return false;
+        console.warn(`${view.objectName}: "${url}" is for another program and is not opened; `
+                     + "see set_unknown_url_scheme_policy");
+        return true;
     }
 
     function start(): void {
@@ -200,11 +214,12 @@ Item {
             audioMuted: root.view.audio_muted
 
             onNavigationRequested: request => {
+                const url = request.url.toString();
                 const type = root.navigationTypes[request.navigationType] ?? "other";
-                if (root.view.navigation_handler(request.url.toString(), type))
-                    request.accept();
-                else
+                if (root.isForOthers(url) || !root.view.navigation_handler(url, type))
                     request.reject();
+                else
+                    request.accept();
             }
 
             onLoadingChanged: info => {

@@ -1,0 +1,97 @@
+// Devices that cannot take what the engine draws. Each case runs in a process of its own, since the
+// engine reads its flags once.
+
+#include "support/host_web_view.h"
+#include "support/library.h"
+#include "support/message_log.h"
+#include "support/processes.h"
+
+#include <marlune/marlune.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <iostream>
+#include <string>
+
+namespace marlune::test {
+
+namespace {
+
+constexpr auto green_page = "<body style='background: rgb(0, 255, 0)'>";
+constexpr auto refusal =
+    "WebView 1: the web engine draws on the graphics hardware, but the host's Vulkan device cannot take "
+    "its pictures. Create the device with VK_KHR_external_memory_fd, or set GPU_DISABLED before the "
+    "start.";
+
+[[noreturn]] void end(bool as_it_should_be, const char* rule)
+{
+    if (!as_it_should_be)
+        std::cerr << "broken rule: " << rule << std::endl;
+    M::destroy();
+    release_host();
+    std::_Exit(as_it_should_be ? EXIT_SUCCESS : EXIT_FAILURE);
+}
+
+// The engine takes the processor's Vulkan for graphics hardware when its block list is put aside. Its
+// flags are the user's where the library has none of its own.
+void draw_on_hardware()
+{
+    setenv("QTWEBENGINE_CHROMIUM_FLAGS", "--no-sandbox --ignore-gpu-blocklist", 1);
+    opts::SANDBOXED = true;
+    HostWebView view;
+    expect_message(refusal);
+    MWebView& facade = view.facade();
+    facade.set_url("data:text/html,page");
+    const bool loaded = facade.load();
+    const bool refused = view.draw_until(all_expected_messages_came);
+    // What is asked of a page that is not there gets an answer.
+    facade.load_html(green_page, "");
+    facade.run_javascript("1");
+    facade.reload();
+    const bool answered = !facade.can_go_back();
+    const bool says_so = view.draw_until([&] { return bool(shows_something(view.picture(), "")); });
+    facade.destroy();
+    end(loaded && refused && answered && says_so, "the view says that it cannot draw the page");
+}
+
+void draw_without_hardware()
+{
+    opts::GPU_DISABLED = true;
+    HostWebView view;
+    const bool shown = view.show_html(green_page) && view.wait_for_colour(100, 100, GREEN);
+    view.facade().destroy();
+    end(shown, "GPU_DISABLED shows the page on any device");
+}
+
+testing::AssertionResult goes_well(const std::string& life)
+{
+    const ProgramResult result = run_program({own_path(), "--life", life});
+    if (result.exit_code == 0 && !result.timed_out && result.left_behind.empty())
+        return testing::AssertionSuccess();
+    return testing::AssertionFailure() << "exit code " << result.exit_code << '\n' << result.error;
+}
+
+}  // namespace
+
+TEST(WebHardware, that_the_device_cannot_share_with_gives_a_notice_and_no_crash)
+{
+    EXPECT_TRUE(goes_well("hardware"));
+}
+
+TEST(WebHardware, can_be_left_alone)
+{
+    EXPECT_TRUE(goes_well("no-hardware"));
+}
+
+}  // namespace marlune::test
+
+int main(int argc, char** argv)
+{
+    using namespace marlune::test;
+    if (argc == 3 && std::string(argv[1]) == "--life") {
+        install_message_log();
+        argv[2] == std::string("hardware") ? draw_on_hardware() : draw_without_hardware();
+    }
+    return run_tests(argc, argv);
+}
