@@ -50,7 +50,11 @@ Item {
             sourceUrl: "qrc:/Web/assets/test.min.js",
             injectionPoint: WebEngineScript.DocumentCreation,
             worldId: WebEngineScript.MainWorld
-        }
+        },
+        pageScript("drag_and_drop", WebEngineScript.MainWorld),
+        // Apart from the page's own, these run where the settings forbid it to run scripts.
+        pageScript("native_drag", WebEngineScript.ApplicationWorld),
+        pageScript("full_screen", WebEngineScript.ApplicationWorld)
     ]
 
     // What the engine opens by itself.
@@ -65,6 +69,16 @@ Item {
     signal javaScriptConsoleMessage(int level, string message, int lineNumber, string sourceID)
 
     focus: true
+
+    function pageScript(name: string, world: int): var {
+        return {
+            name: name,
+            sourceUrl: `qrc:/Web/page_scripts/${name}.js`,
+            injectionPoint: WebEngineScript.DocumentCreation,
+            worldId: world,
+            runsOnSubFrames: true
+        };
+    }
 
     function whenThere(work: var): void {
         if (page)
