@@ -78,14 +78,18 @@ public:
     /**
      * Shows an HTML text, as if it had come from `base_url`, against which its relative URLs are
      * resolved (empty: nothing). Blocks, but not for the page. Needs a loaded view. The engine takes up
-     * to 2 MB; larger pages are best served by the "res" scheme.
+     * to 2 MB, of which each byte counts for three that is no letter, digit or simple sign, and refuses
+     * more as a failed load; larger pages are best served by the "res" scheme.
      */
     void load_html(std::string html, std::string base_url) const;
 
-    /** Moves in the page's history. Without a page to go to, and before load(), nothing happens. Blocks. */
+    /**
+     * Moves in the page's history. Without a page to go to, and before load(), nothing happens. Blocks.
+     * Pages that have gone on by themselves, before anybody has clicked or typed there, are passed over.
+     */
     void back() const;
     void forward() const;
-    /** By `offset` pages, negative for back. */
+    /** By `offset` pages, negative for back. Every page counts. */
     void back_or_forward(int offset) const;
     bool can_go_back() const;
     bool can_go_forward() const;
@@ -101,10 +105,17 @@ public:
     void run_javascript(const std::string& script) const;
 
     /**
-     * Sets who is asked before each navigation, links into new windows and frames included. Empty:
-     * everything is allowed. Blocks. Called on the Qt thread, with one of these types:
-     * "link_clicked", "typed" (set_url and scripts of the host), "form_submitted", "back_forward",
-     * "reload", "redirect", "other".
+     * Sets who is asked before each navigation, links into new windows and frames included, but not
+     * before moves within a page. Empty: everything is allowed. Blocks. Called on the Qt thread, with one
+     * of these types:
+     *
+     * - "link_clicked", also for a page's script that goes elsewhere;
+     * - "typed": set_url(), what opens in a new window, and load_html(), whose text comes as a "data:" URL;
+     * - "form_submitted", "back_forward", "reload";
+     * - "redirect" by a server, or of a page that refreshes itself;
+     * - "other": what frames begin with.
+     *
+     * The page stays where a navigation is refused.
      */
     void set_func_navigation_handler(NavigationHandler handler) const;
 
@@ -114,13 +125,15 @@ public:
      * - `status` 0 started, 1 stopped, 2 succeeded, 3 failed;
      * - `url` of the page;
      * - `error_domain` "http_status" when a server has answered, well or badly: `error_code` is its
-     *   status. Else "" without an error, or "internal", "connection", "certificate", "http", "ftp",
-     *   "dns"; or "process": the page's process has ended by itself, `error_code` is its exit code. The
+     *   status. Else "" without an error, "internal" (also for a file that the "res" scheme does not
+     *   have), "connection" (also for an unknown name), "certificate", "http", "ftp", "dns"; or "process": the page's process has ended by itself, `error_code` is its exit code. The
      *   view stays usable, and a new URL or reload() brings the page back;
      * - `error_string` of a failure, for people;
      * - `error_code`, negative for those of the engine's network part.
      *
-     * A page that redirects or that the navigation handler stops may be told of as stopped or failed.
+     * What the navigation handler refuses, and what gives no page, is told of as stopped, "internal", -3.
+     * Where a new loading takes the place of one, only the first one's start and the last one's end are
+     * told of. Frames are not told of.
      */
     void set_func_loading_changed(LoadingChanged callback) const;
 
@@ -187,17 +200,18 @@ public:
     // --- Objects for the page; context_object.h tells about the records.
 
     /**
-     * Publishes an object to this view's pages under a name. Blocks. Before load() it is kept until then.
-     * A page that is open gets it at once, later pages when they load. A name that is taken is refused
-     * with a warning; the first object stays. Names that hold a point are not shown to pages.
+     * Publishes an object to this view's pages under a name. Blocks. Before load() it is kept until then,
+     * and it stays published through reset() and every later load(). A page that is open gets it at once,
+     * later pages when they load. A name that is taken is refused with a warning; the first object stays.
+     * Names that hold a point are not shown to pages.
      * @return true, also when it was refused; false without a view.
      */
     bool webchannel_registerObject(const std::string& name,
                                    db::AbstractContextObjectStd* object) const;
 
     /**
-     * Withdraws an object; its records may go afterwards. Blocks. Refused with a warning before load()
-     * and for a name that is not taken. @return true, also when it was refused; false without a view.
+     * Withdraws an object; its records may go afterwards. Blocks. Refused with a warning before the first
+     * load() and for a name that is not taken. @return true, also when it was refused; false without a view.
      */
     bool webchannel_deregisterObject(const std::string& name) const;
 

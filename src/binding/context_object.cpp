@@ -26,8 +26,7 @@ uint64_t next_number = 0;
  */
 class DBAbstractContextObject::Reference {
 public:
-    explicit Reference(DBAbstractContextObject* object)
-        : address_(object), number_(object->number_)
+    explicit Reference(DBAbstractContextObject* object) : address_(object), number_(object->number_)
     {
     }
 
@@ -96,6 +95,17 @@ void DBAbstractContextObject::publish()
     published_.push_back(this);
 }
 
+void DBAbstractContextObject::publish_on(QWebChannel* channel)
+{
+    channel_ = channel;
+    published_.clear();
+    for (DBMethodInfo* const method : methods_)
+        publish_member(method->name_text(), method);
+    for (DBPropertyInfo* const property : properties_)
+        publish_member(property->key(), property);
+    publish();
+}
+
 void DBAbstractContextObject::withdraw()
 {
     live_.withdraw();
@@ -152,16 +162,17 @@ void DBAbstractContextObject::add_methods()
     for (const auto& [key, method] : record_->methods) {
         const QString name = QString::fromStdString(key);
         if (!method) {
-            qWarning().noquote() << "method" << id_ + '.' + name << "is left out, its record is null";
+            qWarning().noquote() << "method" << id_ + '.' + name
+                                 << "is left out, its record is null";
             continue;
         }
         methods_.push_back(new DBMethodInfo(name, method, this));
         publish_member(name, methods_.back());
         if (!method->is_signal)
             continue;
-        method->func_emit_signal = [reference = Reference(this), name](
-                                       const MethodInfoStd*, std::vector<ContainerStd> values,
-                                       std::vector<VariantTypeStd> codes) {
+        method->func_emit_signal = [reference = Reference(this),
+                                    name](const MethodInfoStd*, std::vector<ContainerStd> values,
+                                          std::vector<VariantTypeStd> codes) {
             reference.post([name, values = std::move(values),
                             codes = std::move(codes)](DBAbstractContextObject& object) {
                 object.announce_signal(name, values, codes);
@@ -183,9 +194,8 @@ void DBAbstractContextObject::add_properties()
         publish_member(name, properties_.back());
         property->func_valueChanged_updateQt = [reference = Reference(this),
                                                 property](const PropertyInfoStd*) {
-            reference.post([property](DBAbstractContextObject& object) {
-                object.announce_change(property);
-            });
+            reference.post(
+                [property](DBAbstractContextObject& object) { object.announce_change(property); });
         };
     }
 }
@@ -240,9 +250,9 @@ void DBAbstractContextObject::announce_signal(const QString& signal_name,
     QVariantList list;
     for (size_t i = 0; i < values.size(); ++i) {
         const VariantTypeStd code = i < codes.size() ? codes[i] : VariantTypeStd::UNKNOWN;
-        list.append(to_variant_or_warn(
-            values[i], code,
-            QStringLiteral("value %1 of signal '%2.%3'").arg(QString::number(i + 1), id_, signal_name)));
+        list.append(to_variant_or_warn(values[i], code,
+                                       QStringLiteral("value %1 of signal '%2.%3'")
+                                           .arg(QString::number(i + 1), id_, signal_name)));
     }
     emit manager_->gdscriptSignalEmitted(name_, signal_name, list);
 }

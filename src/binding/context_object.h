@@ -51,6 +51,9 @@ public:
 
     void publish();
 
+    /** Publishes it and its members anew: the channel that they were on is gone. */
+    void publish_on(QWebChannel* channel);
+
     /** Takes it and its members from the channel. The records are not touched any more. */
     void withdraw();
 

@@ -64,19 +64,20 @@ AbstractContextObjectStd* DataBindingContextManager::find(const std::string& nam
     return found == objects_.end() ? nullptr : found->second->record();
 }
 
-std::map<std::string, AbstractContextObjectStd*> DataBindingContextManager::objects() const
+void DataBindingContextManager::move_to(QWebChannel* channel, QObject* root)
 {
-    std::map<std::string, AbstractContextObjectStd*> records;
+    channel_ = channel;
+    root_ = root;
     for (const auto& [name, object] : objects_)
-        records.emplace(name, object->record());
-    return records;
+        object->publish_on(channel);
 }
 
 bool DataBindingContextManager::registerObject(std::string name, AbstractContextObjectStd* obj)
 {
     const QString id = QString::fromStdString(name);
     if (!obj) {
-        qWarning().noquote() << "cannot add context object '" + id + "', it is null. Give its record.";
+        qWarning().noquote() << "cannot add context object '" + id
+                + "', it is null. Give its record.";
         return false;
     }
     if (name.empty()) {

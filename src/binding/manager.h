@@ -40,8 +40,8 @@ public:
     /** The record published under the name, or null. For any thread. */
     AbstractContextObjectStd* find(const std::string& name) const;
 
-    /** All that is published, for the manager of the view's next scene. */
-    std::map<std::string, AbstractContextObjectStd*> objects() const;
+    /** Publishes all objects on the channel of the view's next scene. The old one is gone. */
+    void move_to(QWebChannel* channel, QObject* root);
 
     // Callable by name, but private as far as Qt knows: the channel lets pages call whatever is public,
     // and hands on what they send as if it were a std::string.

@@ -99,8 +99,9 @@ QVariant DBMethodInfo::call(const QVariantList& values)
     }
     auto arguments = converted(values, codes_);
     if (!arguments) {
-        qWarning("method call error: expecting a Vector (a list) as argument with the correct lenght "
-                 "of parameters");
+        qWarning(
+            "method call error: expecting a Vector (a list) as argument with the correct lenght "
+            "of parameters");
         return {};
     }
     if (!record_ || !record_->func_call_method) {

@@ -37,8 +37,8 @@ void DBPropertyInfo::set_value(const QVariant& value)
     auto stored = from_property_write(value, code);
     if (!stored) {
         qWarning().noquote().nospace()
-            << "cannot set property '" << object_name_ << '.' << key_
-            << "', it is a " << type_name(code) << ". Give a list with a number for each component.";
+            << "cannot set property '" << object_name_ << '.' << key_ << "', it is a "
+            << type_name(code) << ". Give a list with a number for each component.";
         return;
     }
     {
@@ -52,8 +52,7 @@ void DBPropertyInfo::set_value(const QVariant& value)
         call_host(parent(), record_->func_valueChanged_updateGodot, record_);
         return;
     }
-    std::fprintf(stderr, "func_valueChanged_updateGodot nullptr! %s\n",
-                 key_.toStdString().c_str());
+    std::fprintf(stderr, "func_valueChanged_updateGodot nullptr! %s\n", key_.toStdString().c_str());
     std::fflush(stderr);
 }
 

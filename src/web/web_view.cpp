@@ -110,19 +110,18 @@ void WebView::post_setup(QQmlEngine*, QObject* root)
     take_changes_at_once();
 }
 
-/** A manager for the new scene's channel, with all that was published on the old one's. */
 void WebView::publish_on(QObject* root)
 {
     auto* const channel = root->property("webChannel").value<QWebChannel*>();
     // Changes are announced by the manager; the channel has nothing to look for.
     channel->setPropertyUpdateInterval(-1);
-    auto manager = std::make_unique<db::DataBindingContextManager>(channel, root);
-    channel->registerObject(QStringLiteral("___cm"), manager.get());
-
-    const std::lock_guard lock(manager_mutex_);
-    if (manager_)
-        pending_.merge(manager_->objects());
-    manager_.swap(manager);
+    if (manager_) {
+        manager_->move_to(channel, root);
+    } else {
+        const std::lock_guard lock(manager_mutex_);
+        manager_ = std::make_unique<db::DataBindingContextManager>(channel, root);
+    }
+    channel->registerObject(QStringLiteral("___cm"), manager_.get());
 }
 
 void WebView::publish_pending()

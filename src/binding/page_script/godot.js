@@ -57,6 +57,22 @@ var ___godot_channel = null;
             throw failures[0];
     }
 
+    /** What is nested more deeply does not get through the engine, which then gives no answer either. */
+    const DEEPEST_NESTING = 1000;
+
+    /** Fails for what has no JSON that arrives, before the channel has kept it or waits for an answer. */
+    function check_value(value, levels_left = DEEPEST_NESTING) {
+        if (typeof value === "bigint")
+            throw failure("a BigInt cannot be sent to the game, send a number or a text");
+        if (value === null || typeof value !== "object")
+            return;
+        if (levels_left === 0)
+            throw failure("a value that is nested more than " + DEEPEST_NESTING
+                + " levels deep, or without an end, cannot be sent to the game");
+        for (const key of Object.keys(value))
+            check_value(value[key], levels_left - 1);
+    }
+
     /** Keeps a callback under a key, beside those that are there. */
     function keep(callbacks, key, callback) {
         if (!callbacks.has(key))
@@ -94,6 +110,7 @@ var ___godot_channel = null;
                 values.pop();
             if (values.length !== required)
                 refuse_call(channel_object, object_name, method_name, required, values.length);
+            values.forEach(value => check_value(value));
             return channel_object.___invoke_method(method_name, values);
         };
         for (const key of Object.keys(entry))
@@ -128,6 +145,7 @@ var ___godot_channel = null;
             set(_, key, value) {
                 if (key !== "value")
                     return false;
+                check_value(value);
                 if (value !== undefined)  // which the channel does not take
                     inside.announced.delete(property_name);
                 channel_property.value = value;
@@ -328,7 +346,7 @@ var ___godot_channel = null;
         window.dispatchEvent(new Event("godot.ready"));
     }
 
-    new QWebChannel(qt.webChannelTransport, channel => {
+    const opening = new QWebChannel(qt.webChannelTransport, channel => {
         const manager = channel.objects.___cm;
         if (!manager)
             return;
@@ -348,4 +366,6 @@ var ___godot_channel = null;
         connect_manager(manager, channel);
         describe(channel, descriptions => begin(channel, manager, descriptions));
     });
+    // Filled when the first description comes, with objects of any name.
+    opening.objects = Object.create(null);
 })();
