@@ -126,8 +126,9 @@ public:
      * - `url` of the page;
      * - `error_domain` "http_status" when a server has answered, well or badly: `error_code` is its
      *   status. Else "" without an error, "internal" (also for a file that the "res" scheme does not
-     *   have), "connection" (also for an unknown name), "certificate", "http", "ftp", "dns"; or "process": the page's process has ended by itself, `error_code` is its exit code. The
-     *   view stays usable, and a new URL or reload() brings the page back;
+     *   have), "connection" (also for an unknown name), "certificate", "http", "ftp", "dns"; or
+     *   "process": the page's process has ended by itself, `error_code` is its exit code. The view stays
+     *   usable, and a new URL or reload() brings the page back;
      * - `error_string` of a failure, for people;
      * - `error_code`, negative for those of the engine's network part.
      *

@@ -159,6 +159,14 @@ Item {
             browser.active = true;
     }
 
+    // The engine has a text for everything, but for what a server answers it is a piece of a page, and
+    // it has none for the one failure without a domain: HTML of the host that is too long.
+    function describeFailure(domain: string, info: webEngineLoadingInfo): string {
+        if (domain === "http_status")
+            return `The server has answered with status ${info.errorCode}`;
+        return domain === "" ? "The HTML is longer than the engine takes" : info.errorString;
+    }
+
     // A relative URL would be taken as relative to this file.
     function open(page: WebEngineView, url: string): void {
         if (/^[a-z][a-z0-9+.-]*:/i.test(url))
@@ -237,11 +245,12 @@ Item {
             }
 
             onLoadingChanged: info => {
-                // The engine has a text for everything, also for a page that is there.
+                const domain = root.errorDomains[info.errorDomain] ?? "internal";
                 const failed = info.status === WebEngineView.LoadFailedStatus;
                 root.view.onLoadingChanged(info.status, info.url.toString(),
-                                           root.errorDomains[info.errorDomain] ?? "internal",
-                                           failed ? info.errorString : "", info.errorCode);
+                                           failed && domain === "" ? "internal" : domain,
+                                           failed ? root.describeFailure(domain, info) : "",
+                                           info.errorCode);
             }
 
             onJavaScriptConsoleMessage: (level, message, lineNumber, sourceID) =>
