@@ -124,6 +124,16 @@ testing::AssertionResult HostWebView::show_html(const std::string& html,
     return wait_until_loaded(base_url, first);
 }
 
+testing::AssertionResult HostWebView::wait_until_drawn()
+{
+    // A page that is asked for its second frame has made its first one.
+    const std::string answer = evaluate("new Promise(drawn => requestAnimationFrame(() => "
+                                        "requestAnimationFrame(() => drawn(true))))");
+    if (answer == "true")
+        return testing::AssertionSuccess();
+    return testing::AssertionFailure() << "the page is never drawn";
+}
+
 testing::AssertionResult HostWebView::wait_for_load(Load::Status status, size_t first)
 {
     const auto has_come = [&] {

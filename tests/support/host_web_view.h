@@ -81,6 +81,7 @@ MWebView::LoadingChanged write_to(std::shared_ptr<LoadLog> log);
  * @code
  * HostWebView view;
  * ASSERT_TRUE(view.open(server.url("/")));
+ * ASSERT_TRUE(view.wait_until_drawn());
  * view.click(20, 20);
  * EXPECT_TRUE(view.wait_for_console("clicked"));
  * EXPECT_EQ(view.evaluate("document.title"), "\"Page\"");
@@ -99,6 +100,12 @@ public:
     /** Shows a text as a page, in the scene that there is or in a new one, and waits likewise. */
     testing::AssertionResult show_html(const std::string& html,
                                        const std::string& base_url = "res://test/");
+
+    /**
+     * Waits until the page has been drawn: the engine drops mouse and keys that come earlier. Needs a
+     * page that runs scripts.
+     */
+    testing::AssertionResult wait_until_drawn();
 
     /** All that has been said of loading so far. */
     std::vector<Load> loads() { return loads_->all(); }
