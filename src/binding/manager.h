@@ -51,7 +51,7 @@ private:
     /** Publishes the object. False, with a warning, when it is null or the name is empty or taken. */
     Q_INVOKABLE bool registerObject(std::string name, marlune::db::AbstractContextObjectStd* obj);
 
-    /** Withdraws the object: its records are not touched any more. False, with a warning, when there is none. */
+    /** Withdraws the object: its records are not touched any more. False, with a warning, without one. */
     Q_INVOKABLE bool deregisterObject(std::string name_str);
 
 signals:

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QWebChannelAbstractTransport>
+
+#include <functional>
+#include <utility>
+
+namespace marlune::test {
+
+/** The channel's end of a connection whose other end is a function. Both ways take a turn of the loop. */
+class FakeTransport : public QWebChannelAbstractTransport {
+public:
+    using Receiver = std::function<void(const QJsonObject&)>;
+
+    explicit FakeTransport(Receiver receiver) : receiver_(std::move(receiver)) {}
+
+    /** What the page sends. */
+    void post(const QJsonObject& message)
+    {
+        QMetaObject::invokeMethod(
+            this, [this, message] { emit messageReceived(message, this); }, Qt::QueuedConnection);
+    }
+
+    void sendMessage(const QJsonObject& message) override
+    {
+        QMetaObject::invokeMethod(
+            this, [this, message] { receiver_(message); }, Qt::QueuedConnection);
+    }
+
+private:
+    Receiver receiver_;
+};
+
+}  // namespace marlune::test
