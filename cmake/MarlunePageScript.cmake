@@ -19,10 +19,12 @@ function(marlune_add_page_script output source)
         COMMENT "Joining the page script"
         VERBATIM)
     # Minifying takes ordinary comments out, with them the notice that Qt's licence wants kept.
+    string(CONCAT notice "qwebchannel.js: (C) The Qt Company Ltd., Klaralvdalens Datakonsult AB; "
+        "LicenseRef-Qt-Commercial OR LGPL-3.0-only OR GPL-2.0-only OR GPL-3.0-only. godot.js: MIT")
     add_custom_command(OUTPUT "${output}"
         COMMAND "${ESBUILD_PROGRAM}" "${joined}" "--outfile=${output}" --log-level=warning
             --minify-whitespace --minify-syntax --target=es2020 --charset=utf8
-            "--banner:js=/*! qwebchannel.js (C) The Qt Company Ltd. and Klaralvdalens Datakonsult AB, LGPL-3.0-only or GPL; godot.js MIT */"
+            "--banner:js=/*! ${notice} */"
         DEPENDS "${joined}"
         COMMENT "Minifying the page script"
         VERBATIM)
