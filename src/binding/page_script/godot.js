@@ -302,6 +302,24 @@ var ___godot_channel = null;
 
     // --- The start
 
+    let is_parsed = typeof document === "undefined" || document.readyState !== "loading";
+
+    /** Not before the page's own scripts have had their turn: they may come late, and have to listen. */
+    function announce_if_ready() {
+        if ($g && is_parsed)
+            window.dispatchEvent(new Event("godot.ready"));
+    }
+
+    /** After all listeners of the page's own to the same event. */
+    function watch_parsing() {
+        const when_last = () => {
+            is_parsed = true;
+            announce_if_ready();
+        };
+        document.addEventListener("DOMContentLoaded",
+            () => window.addEventListener("DOMContentLoaded", when_last, {once: true}), {once: true});
+    }
+
     /** Reached as properties of the global object, where they do not show up among the page's own. */
     function offer_globally(functions) {
         for (const name of Object.keys(functions))
@@ -343,8 +361,11 @@ var ___godot_channel = null;
         ___godot_channel = channel;
         $g = godot = new Godot();
         for_each_of(names, name => set_up(channel, name));
-        window.dispatchEvent(new Event("godot.ready"));
+        announce_if_ready();
     }
+
+    if (!is_parsed)
+        watch_parsing();
 
     const opening = new QWebChannel(qt.webChannelTransport, channel => {
         const manager = channel.objects.___cm;
