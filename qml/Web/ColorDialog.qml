@@ -164,8 +164,9 @@ DialogCard {
                 border.width: 1
                 border.color: "#3b618a"
 
-                TapHandler {
-                    onTapped: dialog.pick(swatch.color)
+                MouseArea {
+                    anchors.fill: parent
+                    onClicked: dialog.pick(swatch.color)
                 }
             }
         }

@@ -14,37 +14,36 @@ DialogCard {
     id: dialog
 
     required property FileDialogRequest request
-    // Where to begin; empty for the working directory. Where the user has gone, at the end.
-    property alias folder: model.folder
 
     readonly property bool saves: request.mode === FileDialogRequest.FileModeSave
     readonly property bool several: request.mode === FileDialogRequest.FileModeOpenMultiple
     readonly property bool takesFolder: request.mode === FileDialogRequest.FileModeUploadFolder
-    // The folder's path. The model does not tell of the folder that it begins with by itself.
+    // Of the folder that is shown: at first, the working directory.
     property string path
     // The paths of the files that are marked.
     property list<string> marked
 
+    // "file:///C:/x" has a slash before the drive that its path has not.
     function toPath(address: url): string {
-        // "file:///C:/x" has a slash before the drive that its path has not.
         return decodeURIComponent(address.toString().replace(/^file:\/\/(\/(?=[A-Za-z]:))?/, ""));
     }
 
+    // The model takes the path for a URL once more, so what has a meaning there is encoded twice.
     function toUrl(path: string): url {
         return "file://" + (path.startsWith("/") ? "" : "/")
-            + path.split("/").map(encodeURIComponent).join("/");
+            + path.replace(/[%#?]/g, encodeURIComponent).split("/").map(encodeURIComponent).join("/");
     }
 
     function open(path: string): void {
         dialog.marked = [];
+        dialog.path = path;
         model.folder = dialog.toUrl(path);
         list.currentIndex = -1;
     }
 
     function goUp(): void {
-        const parent = model.parentFolder.toString();
-        if (parent !== "" && parent !== model.folder.toString())
-            dialog.open(dialog.toPath(parent));
+        const parent = dialog.path.replace(/\/+[^\/]*\/*$/, "");
+        dialog.open(parent === "" || parent.endsWith(":") ? parent + "/" : parent);
     }
 
     function mark(path: string): void {
@@ -104,7 +103,6 @@ DialogCard {
         showDirsFirst: true
         showFiles: !dialog.takesFolder
         showHidden: false
-        onFolderChanged: dialog.path = dialog.toPath(folder)
         Component.onCompleted: dialog.path = dialog.toPath(folder)
     }
 
@@ -125,6 +123,10 @@ DialogCard {
             Layout.fillWidth: true
             em: dialog.em
             text: dialog.path
+            onActiveFocusChanged: {
+                if (activeFocus)
+                    selectAll();
+            }
             Keys.onReturnPressed: dialog.open(text)
             Keys.onEnterPressed: dialog.open(text)
         }

@@ -26,7 +26,8 @@ Item {
     // Dialogs to come, as { component, request }; the first one is shown as `dialog`.
     property var waiting: []
     property DialogCard dialog
-    property url lastFolder
+    // Where the user has last chosen a file.
+    property string lastFolder
 
     readonly property var permissionNames: ({
         [WebEnginePermission.PermissionType.MediaAudioCapture]: "the microphone",
@@ -131,10 +132,10 @@ Item {
             anchors.fill: parent
             em: extras.em
             Component.onCompleted: {
-                if (extras.lastFolder.toString() !== "")
-                    folder = extras.lastFolder;
+                if (extras.lastFolder !== "")
+                    files.open(extras.lastFolder);
             }
-            onAccepted: extras.lastFolder = files.folder
+            onAccepted: extras.lastFolder = files.path
         }
     }
 

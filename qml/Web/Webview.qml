@@ -17,6 +17,7 @@ Item {
     property WebChannel webChannel: WebChannel {}
 
     readonly property var view: ctx // qmllint disable unqualified
+    readonly property color background: view.backgroundColor
     readonly property WebEngineProfile profile: customWebProfile // qmllint disable unqualified
     // What lets the host's device take pictures that were made on graphics hardware.
     readonly property string memoryExtension: webMemoryExtension // qmllint disable unqualified
@@ -217,6 +218,12 @@ Item {
         }
     }
 
+    // The engine itself draws no colour that is partly transparent.
+    Rectangle {
+        anchors.fill: parent
+        color: root.background
+    }
+
     Loader {
         id: browser
 
@@ -231,7 +238,7 @@ Item {
             focus: true
             profile: root.profile
             webChannel: root.webChannel
-            backgroundColor: root.view.backgroundColor
+            backgroundColor: root.background
             zoomFactor: root.view.zoom_factor
             audioMuted: root.view.audio_muted
 

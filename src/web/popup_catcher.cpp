@@ -46,9 +46,9 @@ public:
 
     bool eventFilter(QObject* watched, QEvent* event) override
     {
-        // The engine deletes the window while it is shown. Its destructor then takes it from its
-        // parent first, which would make a window of the window system for a moment.
-        if (event->type() == QEvent::DeferredDelete)
+        // The window is deleted while it is shown, by the engine or with its parent. Its destructor
+        // takes it from the parent, and a shown window without one is made in the window system.
+        if (event->type() == QEvent::ParentWindowAboutToChange)
             window_->setVisible(false);
         return QObject::eventFilter(watched, event);
     }

@@ -1,0 +1,460 @@
+// The host's files in real pages, by the "res" scheme: what pages are made of, paths of all kinds, and
+// callbacks that are not as they should be.
+
+#include "support/host_web_view.h"
+#include "support/http_server.h"
+#include "support/message_log.h"
+#include "support/resource_pack.h"
+
+#include <marlune/view.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <numeric>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace marlune::test {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+using ResourceFile = std::function<uint8_t*(std::string path, bool& flag, uint64_t& size)>;
+
+constexpr int NOT_FOUND = -6;  // as the engine's network part has it
+
+// Gives a page `ask(url)`: the type of what comes and its text, or the status of what does not. The
+// engine never ends the body of a reply that says that there is nothing.
+constexpr auto PAGE = R"(<!doctype html><title>resources</title><script>
+async function ask(url, options) {
+    try {
+        const reply = await fetch(url, options);
+        if (!reply.ok)
+            return reply.status;
+        return reply.headers.get("content-type") + " " + await reply.text();
+    } catch (error) {
+        return "refused";
+    }
+}
+// The name of the event that an element ends with.
+function load(name, url) {
+    const element = document.createElement(name);
+    return new Promise(done => {
+        element.onload = element.onerror = event => done(event.type);
+        element.src = url;
+        document.documentElement.append(element);
+    });
+}
+</script>)";
+
+/** Serves "res" by a callback of the test's own from its making to its end. */
+class Serving {
+public:
+    explicit Serving(ResourceFile callback)
+    {
+        start_library();
+        MView().set_func_resource_file(std::move(callback));
+    }
+    ~Serving() { MView().set_func_resource_file({}); }
+    Serving(const Serving&) = delete;
+    Serving& operator=(const Serving&) = delete;
+};
+
+/** A callback that serves PAGE as "/index.html" and leaves the rest to another one. */
+ResourceFile beside_the_page(ResourceFile others)
+{
+    return [page = std::make_shared<std::string>(PAGE),
+            others = std::move(others)](std::string path, bool& flag, uint64_t& size) -> uint8_t* {
+        if (path != "/index.html")
+            return others(std::move(path), flag, size);
+        size = page->size();
+        return reinterpret_cast<uint8_t*>(page->data());
+    };
+}
+
+std::string quoted(const std::string& text)
+{
+    return '"' + text + '"';
+}
+
+class Resources : public testing::Test {
+protected:
+    ResourcePack pack{{"/index.html", PAGE}};
+    HostWebView view;
+
+    std::string ask(const std::string& url, const std::string& options = "{}")
+    {
+        return view.evaluate("ask('" + url + "', " + options + ")");
+    }
+};
+
+}  // namespace
+
+// --- What pages are made of
+
+TEST_F(Resources, make_a_page_with_all_that_belongs_to_it)
+{
+    pack.put("/page/index.html", R"(<!doctype html>
+        <link rel=stylesheet href=style.css><p id=p>text
+        <img id=drawing src=drawing.svg><iframe id=frame src="inner.html"></iframe>
+        <script src=script.js></script><script type=module src=module.js></script>)");
+    pack.put("/page/style.css", "@import 'more.css'; #p { color: rgb(1, 2, 3); }");
+    pack.put("/page/more.css", "#p { margin: 7px; }");
+    pack.put("/page/drawing.svg",
+             "<svg xmlns='http://www.w3.org/2000/svg' width='31' height='17'></svg>");
+    pack.put("/page/inner.html", "<script>parent.postMessage('inner', '*')</script>");
+    pack.put("/page/script.js",
+             "window.frames_heard = [];"
+             "onmessage = event => frames_heard.push(event.data)");
+    pack.put("/page/module.js",
+             "import {twice} from './lib/twice.js'; window.four = twice(2);"
+             "import('./lib/later.js').then(module => window.later = module.x)");
+    pack.put("/page/lib/twice.js", "export const twice = x => 2 * x");
+    pack.put("/page/lib/later.js", "export const x = 'later'");
+
+    ASSERT_TRUE(view.open("res://pack/page/"));
+    EXPECT_EQ(view.evaluate("getComputedStyle(p).color + getComputedStyle(p).marginTop"),
+              quoted("rgb(1, 2, 3)7px"));
+    EXPECT_EQ(view.evaluate("[drawing.naturalWidth, drawing.naturalHeight]"), "[31,17]");
+    EXPECT_EQ(view.evaluate("four"), "4");
+    EXPECT_EQ(view.evaluate("frames_heard"), "[\"inner\"]");
+    EXPECT_TRUE(view.draw_until([&] { return view.evaluate("window.later") == "\"later\""; }));
+}
+
+TEST_F(Resources, run_in_workers)
+{
+    pack.put("/worker.js",
+             "onmessage = async event => postMessage("
+             "event.data + await (await fetch('res://pack/data.json')).text())");
+    pack.put("/data.json", "{}");
+    ASSERT_TRUE(view.open("res://pack/"));
+    EXPECT_EQ(view.evaluate("new Promise((answer, fail) => {"
+                            "const worker = new Worker('worker.js');"
+                            "worker.onmessage = event => answer(event.data);"
+                            "worker.onerror = event => fail('error ' + event.message);"
+                            "worker.postMessage('data: '); })"),
+              quoted("data: {}"));
+}
+
+TEST_F(Resources, draw)
+{
+    pack.put("/red.html", "<body style='background: url(red.svg)'>");
+    pack.put("/red.svg",
+             "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'>"
+             "<rect width='9' height='9' fill='#f00'/></svg>");
+    ASSERT_TRUE(view.open("res://pack/red.html"));
+    EXPECT_TRUE(view.wait_for_colour(100, 100, {255, 0, 0, 255}));
+}
+
+TEST_F(Resources, have_the_types_of_their_names)
+{
+    pack.put("/dir/index.html", "index");
+    pack.put("/Page.HTML", "page");
+    pack.put("/a.html", "page");
+    pack.put("/a.css", "style");
+    pack.put("/PACK.SOREL", "picture");
+    pack.put("/no_extension", "file");
+    pack.put("/html", "file");
+    ASSERT_TRUE(view.open("res://pack/"));
+    const std::map<std::string, std::string> expected = {
+        {"dir/", "text/html index"},
+        {"dir/?x=1", "text/html index"},
+        {"Page.HTML", "text/html page"},
+        {"a.html", "text/html page"},
+        {"a.html?x=a.css", "text/html page"},
+        {"Page.HTML?x", "application/octet-stream page"},
+        {"a.css", "text/css style"},
+        {"a.css?v=1", "application/octet-stream style"},
+        {"a.css?file=b.png", "image/png style"},  // the whole address is looked at
+        {"PACK.SOREL", "image/png picture"},
+        {"no_extension", "application/octet-stream file"},
+        {"html", "application/octet-stream file"},
+    };
+    for (const auto& [url, answer] : expected)
+        EXPECT_EQ(ask(url), quoted(answer)) << url;
+}
+
+TEST_F(Resources, are_the_same_whatever_the_host_part)
+{
+    pack.put("/dir/a.txt", "text");
+    ASSERT_TRUE(view.open("res://pack/"));
+    for (const char* const url : {"res://pack/dir/a.txt", "res://other/dir/a.txt", "/dir/a.txt",
+                                  "res://UPPER.case.example/dir/a.txt"}) {
+        EXPECT_EQ(ask(url), quoted("text/plain text")) << url;
+        EXPECT_EQ(pack.asked_for().back(), "/dir/a.txt");
+    }
+    ASSERT_TRUE(view.go_to("res://other"));
+    EXPECT_EQ(pack.asked_for().back(), "/index.html");
+}
+
+TEST_F(Resources, are_served_whatever_the_method)
+{
+    pack.put("/a.txt", "text");
+    ASSERT_TRUE(view.open("res://pack/"));
+    for (const char* const method : {"GET", "POST", "PUT", "DELETE"}) {
+        EXPECT_EQ(ask("a.txt", std::string("{method: '") + method + "'}"),
+                  quoted("text/plain text"))
+            << method;
+    }
+    EXPECT_EQ(ask("a.txt", "{method: 'POST', body: 'form=1'}"), quoted("text/plain text"));
+}
+
+// --- Paths
+
+TEST_F(Resources, are_asked_for_by_decoded_paths)
+{
+    ASSERT_TRUE(view.open("res://pack/"));
+    const std::map<std::string, std::string> expected = {
+        // The engine resolves these, also when they are encoded.
+        {"res://pack/a/../b.txt", "/b.txt"},
+        {"res://pack/../../b.txt", "/b.txt"},
+        {"res://pack/a/%2e%2e/b.txt", "/b.txt"},
+        {"res://pack/a/./%2E/b.txt", "/a/b.txt"},
+        // The slash that is encoded hides them from it: hosts have to look.
+        {"res://pack/a%2f..%2f..%2fb.txt", "/a/../../b.txt"},
+        {"res://pack/..%2fb.txt", "/../b.txt"},
+        {"res://pack/%252e%252e/b.txt", "/%2e%2e/b.txt"},
+        {"res://pack/a b/c.txt", "/a b/c.txt"},
+        {"res://pack/a%20b+c.txt", "/a b+c.txt"},
+        {"res://pack/größer/猫.txt", "/größer/猫.txt"},
+        {"res://pack/%F0%9F%8C%8A.txt", "/🌊.txt"},
+        {"res://pack//a//b.txt", "//a//b.txt"},
+        {"res://pack/a%3Fb%23c.txt?d#e", "/a?b#c.txt"},
+        {"res://pack/%00.txt", std::string("/\0.txt", 6)},
+        {"res://pack/a%0d%0ab.txt", "/a\r\nb.txt"},
+        {"res://pack/%ff%fe.txt", "/\uFFFD\uFFFD.txt"},
+    };
+    for (const auto& [url, path] : expected) {
+        EXPECT_EQ(ask(url), "404") << url;
+        EXPECT_EQ(pack.asked_for().back(), path) << url;
+    }
+}
+
+TEST_F(Resources, may_have_paths_of_64_kib)
+{
+    const std::string name(64 * 1024, 'x');
+    pack.put("/" + name + ".txt", "found");
+    ASSERT_TRUE(view.open("res://pack/"));
+    const std::string url = "'x'.repeat(65536) + '.txt'";
+    EXPECT_EQ(view.evaluate("ask(" + url + ")"), quoted("text/plain found"));
+    EXPECT_EQ(view.evaluate("ask('y' + " + url + ")"), "404");
+    EXPECT_EQ(pack.asked_for().back().size(), name.size() + 6);
+}
+
+// --- What is not there
+
+TEST_F(Resources, that_are_missing_fail_the_page)
+{
+    ASSERT_TRUE(view.open("res://pack/"));
+    view->set_url("res://pack/missing.html");
+    ASSERT_TRUE(view.wait_for_load(Load::FAILED));
+    const Load failure = view.loads().back();
+    EXPECT_EQ(failure.url, "res://pack/missing.html");
+    EXPECT_EQ(failure.error_code, NOT_FOUND);
+    ASSERT_TRUE(view.go_to("res://pack/")) << "the view goes on";
+}
+
+TEST_F(Resources, that_are_missing_fail_parts_of_the_page)
+{
+    ASSERT_TRUE(view.open("res://pack/"));
+    EXPECT_EQ(ask("missing.txt"), "404");
+    EXPECT_EQ(view.evaluate("new Promise(done => { const request = new XMLHttpRequest();"
+                            "request.onload = () => done('load');"
+                            "request.onerror = () => done('error');"
+                            "request.open('GET', 'missing.txt'); request.send(); })"),
+              quoted("error"));
+    for (const std::string element : {"img", "script"})
+        EXPECT_EQ(view.evaluate("load('" + element + "', 'missing.html')"), quoted("error"));
+    view.run("load('iframe', 'missing.html')");  // which the engine says nothing of
+    EXPECT_EQ(view.evaluate("1 + 1"), "2");
+}
+
+TEST(ResourceCallback, that_gives_nothing_means_that_there_is_nothing)
+{
+    uint8_t byte = 'x';
+    const std::map<std::string, std::pair<uint8_t*, uint64_t>> answers = {
+        {"/null_and_0", {nullptr, 0}},
+        {"/pointer_and_0", {&byte, 0}},
+        {"/null_and_a_size", {nullptr, 4096}},
+        {"/null_and_a_huge_size", {nullptr, UINT64_MAX}},
+        {"/one_byte", {&byte, 1}},
+    };
+    const Serving serving(beside_the_page([&](std::string path, bool&, uint64_t& size) -> uint8_t* {
+        size = answers.at(path).second;
+        return answers.at(path).first;
+    }));
+    HostWebView view;
+    ASSERT_TRUE(view.open("res://pack/"));
+    for (const auto& [path, answer] : answers) {
+        const bool is_something = answer.first && answer.second;
+        EXPECT_EQ(view.evaluate("ask('" + path + "')"),
+                  is_something ? quoted("application/octet-stream x") : "404")
+            << path;
+    }
+}
+
+TEST(ResourceCallback, need_not_care_for_the_flag)
+{
+    std::atomic<int> asked = 0;
+    uint8_t byte = 'x';
+    const Serving serving(beside_the_page([&](std::string, bool& flag, uint64_t& size) {
+        EXPECT_FALSE(flag);
+        flag = ++asked % 2;
+        size = 1;
+        return &byte;
+    }));
+    HostWebView view;
+    ASSERT_TRUE(view.open("res://pack/"));
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(view.evaluate("ask('file')"), quoted("application/octet-stream x"));
+}
+
+TEST(ResourceCallback, that_throws_means_that_there_is_nothing)
+{
+    for (int i = 0; i < 2; ++i)
+        expect_message("marlune: the pack is torn (the call was given up and returns its default)");
+    const Serving serving(beside_the_page([](std::string, bool&, uint64_t& size) -> uint8_t* {
+        size = 100;
+        throw std::runtime_error("the pack is torn");
+    }));
+    HostWebView view;
+    ASSERT_TRUE(view.open("res://pack/"));
+    EXPECT_EQ(view.evaluate("ask('file')"), "404");
+    EXPECT_EQ(view.evaluate("ask('file')"), "404") << "and once more";
+    EXPECT_EQ(view.evaluate("1 + 1"), "2");
+}
+
+// --- Much at once
+
+namespace {
+
+/** Pseudo-random, so that no part of it can pass for another one. */
+std::vector<uint32_t> words(size_t count)
+{
+    std::vector<uint32_t> result(count);
+    uint32_t state = 1;
+    for (uint32_t& word : result)
+        word = state = state * 1664525 + 1013904223;
+    return result;
+}
+
+uint32_t checksum(const std::vector<uint32_t>& words)
+{
+    uint32_t sum = 0;
+    for (const uint32_t word : words)
+        sum = sum * 31 + word;
+    return sum;
+}
+
+// The same in a page.
+constexpr auto CHECKSUM = R"(window.checksum = async url => {
+    const bytes = await (await fetch(url)).arrayBuffer();
+    let sum = 0;
+    for (const word of new Uint32Array(bytes))
+        sum = (Math.imul(sum, 31) + word) >>> 0;
+    return [bytes.byteLength, sum];
+})";
+
+}  // namespace
+
+TEST(ResourceCallback, may_give_64_mib)
+{
+    std::vector<uint32_t> content = words(16 * 1024 * 1024);
+    const Serving serving(beside_the_page([&](std::string, bool&, uint64_t& size) {
+        size = content.size() * sizeof(uint32_t);
+        return reinterpret_cast<uint8_t*>(content.data());
+    }));
+    HostWebView view;
+    ASSERT_TRUE(view.open("res://pack/"));
+    view.run(CHECKSUM);
+    EXPECT_EQ(view.evaluate("checksum('/huge.bin')"),
+              "[67108864," + std::to_string(checksum(content)) + "]");
+}
+
+TEST(ResourceCallback, may_use_its_buffer_again_at_the_next_call)
+{
+    constexpr size_t size_of_each = 100'000;
+    std::vector<uint8_t> buffer(size_of_each);
+    const Serving serving(beside_the_page([&](std::string path, bool&, uint64_t& size) {
+        std::memset(buffer.data(), path.at(1), buffer.size());
+        size = buffer.size();
+        return buffer.data();
+    }));
+    HostWebView view;
+    ASSERT_TRUE(view.open("res://pack/"));
+    EXPECT_EQ(
+        view.evaluate("Promise.all([...'abcdefghijklmnopqrstuvwxyz'].map(async name => "
+                      "await ask('/' + name) === 'application/octet-stream ' "
+                      "+ name.repeat(100000))).then(all => all.every(Boolean) && all.length)"),
+        "26");
+}
+
+TEST(ResourceCallback, may_be_replaced_while_pages_load)
+{
+    // Each callback owns what it gives, so that one that is used after its end would be found.
+    const auto callback_of = [](char letter) {
+        auto content = std::make_shared<std::string>(10'000, letter);
+        return beside_the_page([content](std::string, bool&, uint64_t& size) {
+            size = content->size();
+            return reinterpret_cast<uint8_t*>(content->data());
+        });
+    };
+    const Serving serving(callback_of('a'));
+    HostWebView view;
+    ASSERT_TRUE(view.open("res://pack/"));
+    std::atomic<int> replaced = 0;
+    const std::jthread replacer([&](std::stop_token stop) {
+        for (; !stop.stop_requested(); ++replaced)
+            MView().set_func_resource_file(callback_of(replaced % 2 ? 'a' : 'b'));
+    });
+    view.run("window.asked = (async () => { const heard = new Set(); let done = false;"
+             "window.finish = () => { done = true; };"
+             "while (!done) { const reply = (await ask('/file')).slice(25);"
+             "if (reply !== reply[0].repeat(10000)) heard.add('torn: ' + reply.length);"
+             "heard.add(reply[0]); } return [...heard].sort(); })()");
+    const int before = replaced;
+    EXPECT_TRUE(view.draw_until([&] { return replaced > before + 200; }));
+    EXPECT_EQ(view.evaluate("finish(), asked"), "[\"a\",\"b\"]");
+}
+
+TEST(ResourceCallback, that_comes_late_serves_the_page_once_it_is_reloaded)
+{
+    expect_message("m_resource_file not set, returning...");
+    HostWebView view;
+    view->set_url("res://pack/");
+    ASSERT_TRUE(view->load());
+    ASSERT_TRUE(view.draw_until(all_expected_messages_came));
+    const ResourcePack pack({{"/index.html", PAGE}});
+    EXPECT_TRUE(view.go_to("res://pack/"));
+    EXPECT_EQ(view.evaluate("document.title"), quoted("resources"));
+}
+
+// --- From elsewhere
+
+TEST_F(Resources, are_there_for_texts_that_the_host_shows)
+{
+    pack.put("/a.txt", "text");
+    ASSERT_TRUE(view.show_html(PAGE, "res://pack/"));
+    EXPECT_EQ(ask("a.txt"), quoted("text/plain text"));
+}
+
+TEST_F(Resources, can_be_shown_but_not_read_by_pages_of_the_net)
+{
+    HttpServer server;
+    server.serve("/", html(PAGE));
+    pack.put("/a.txt", "text");
+    pack.put("/a.svg", "<svg xmlns='http://www.w3.org/2000/svg' width='31' height='17'></svg>");
+    ASSERT_TRUE(view.open(server.url("/")));
+    EXPECT_EQ(ask("res://pack/a.txt"), quoted("refused"));
+    EXPECT_EQ(pack.asked_for(), std::vector<std::string>()) << "the host is not even asked";
+    EXPECT_EQ(view.evaluate("load('img', 'res://pack/a.svg')"), quoted("load"));
+}
+
+}  // namespace marlune::test
