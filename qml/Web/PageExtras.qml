@@ -306,7 +306,7 @@ Item {
 
         function onRegisterProtocolHandlerRequested(request: registerProtocolHandlerRequest): void {
             request.reject();
-            extras.refuse(request.origin, `being asked for links that begin with "${request.scheme}:"`);
+            extras.refuse(request.origin, `links that begin with "${request.scheme}:"`);
         }
 
         function onFileSystemAccessRequested(request: webEngineFileSystemAccessRequest): void {

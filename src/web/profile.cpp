@@ -25,6 +25,9 @@ QQuickWebEngineProfile* set_up_shared_profile()
     shared->setSpellCheckEnabled(false);
     shared->setStorageName(QStringLiteral("Default"));
     shared->setPersistentCookiesPolicy(QQuickWebEngineProfile::ForcePersistentCookies);
+    // The settings of the view that is asked decide, not what another one has answered once.
+    shared->setPersistentPermissionsPolicy(
+        QQuickWebEngineProfile::PersistentPermissionsPolicy::AskEveryTime);
 
     // Calls are carried to it until the library stops; only then does Qt delete it.
     static auto* const live = new LiveObject(shared);
