@@ -1,0 +1,234 @@
+// What the scene of a web view makes of the view, seen from the inside.
+
+#include "runtime/context.h"
+#include "support/host_web_view.h"
+#include "support/library.h"
+#include "web/url_interceptor.h"
+#include "web/web_view.h"
+
+#include <marlune/marlune.h>
+
+#include <QGuiApplication>
+#include <QMetaProperty>
+#include <QQmlComponent>
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QWebChannel>
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+namespace marlune::test {
+
+namespace {
+
+/** Runs on the Qt thread, where what is looked at lives. */
+template <typename Work>
+auto on_qt(Work work)
+{
+    std::invoke_result_t<Work> result{};
+    QMetaObject::invokeMethod(static_cast<QObject*>(MARLUNE_CTX), work,
+                              Qt::BlockingQueuedConnection, qReturnArg(result));
+    return result;
+}
+
+QQuickItem* find_page(QQuickItem* item)
+{
+    if (item->inherits("QQuickWebEngineView"))
+        return item;
+    for (QQuickItem* const child : item->childItems()) {
+        if (QQuickItem* const page = find_page(child))
+            return page;
+    }
+    return nullptr;
+}
+
+/** The engine's view in the only scene that there is; null before the scene has one. */
+QQuickItem* the_page()
+{
+    for (QWindow* const window : QGuiApplication::allWindows()) {
+        if (auto* const scene = qobject_cast<QQuickWindow*>(window)) {
+            if (QQuickItem* const page = find_page(scene->contentItem()))
+                return page;
+        }
+    }
+    return nullptr;
+}
+
+/** The root of that page's scene. */
+QQuickItem* the_root()
+{
+    return the_page()->window()->contentItem()->childItems().constFirst();
+}
+
+using Settings = std::map<std::string, std::string>;
+
+/** The names of a setting: that of the facade's members, and that of the engine's property. */
+struct Names {
+    const char* member;
+    const char* engine;
+};
+
+// The engine has the view's names, but for one.
+#define NAMES(type, name, own_property, initial, constness) {#name, #own_property},
+constexpr Names SAME_NAMES[] = {MARLUNE_WEB_SETTINGS(NAMES)};
+#undef NAMES
+
+const char* engine_name(const Names& names)
+{
+    const bool differs = std::string_view(names.engine) == "fullscreenSupportEnabled";
+    return differs ? "fullScreenSupportEnabled" : names.engine;
+}
+
+std::string as_text(const QVariant& value)
+{
+    const bool is_enumeration = value.metaType().flags() & QMetaType::IsEnumeration;
+    return (is_enumeration ? QString::number(value.toInt()) : value.toString()).toStdString();
+}
+
+/** All of the engine's settings, under the names of the facade's members. */
+Settings settings_of_the_engine()
+{
+    return on_qt([] {
+        Settings result;
+        const auto* const settings = the_page()->property("settings").value<QObject*>();
+        for (const Names& names : SAME_NAMES) {
+            const QVariant value = settings->property(engine_name(names));
+            result[names.member] = value.isValid() ? as_text(value) : "missing";
+        }
+        return result;
+    });
+}
+
+std::string as_text(const std::string& value)
+{
+    return value;
+}
+
+Settings settings_of(MWebView& view)
+{
+    Settings result;
+#define COLLECT(type, name, property, initial, constness) \
+    result[#name] = as_text(view.get_##name());
+    MARLUNE_WEB_SETTINGS(COLLECT)
+#undef COLLECT
+    return result;
+}
+
+bool other(bool value)
+{
+    return !value;
+}
+
+int other(int)
+{
+    return 1;
+}
+
+std::string other(const std::string&)
+{
+    return "utf-8";
+}
+
+void change_all_settings(MWebView& view)
+{
+#define CHANGE(type, name, property, initial, constness) view.set_##name(other(view.get_##name()));
+    MARLUNE_WEB_SETTINGS(CHANGE)
+#undef CHANGE
+}
+
+/** Without a word on those that are as they should be, of which there are many. */
+void expect_of_the_engine(const Settings& expected)
+{
+    Settings actual = settings_of_the_engine();
+    for (const auto& [name, value] : expected)
+        EXPECT_EQ(actual[name], value) << name;
+}
+
+class WebScene : public testing::Test {
+protected:
+    HostWebView view;
+};
+
+}  // namespace
+
+TEST_F(WebScene, gives_the_engine_all_settings_that_were_set_before)
+{
+    change_all_settings(view.facade());
+    ASSERT_TRUE(view.open("about:blank"));
+    expect_of_the_engine(settings_of(view.facade()));
+}
+
+TEST_F(WebScene, gives_the_engine_all_settings_that_are_set_later)
+{
+    ASSERT_TRUE(view.open("about:blank"));
+    change_all_settings(view.facade());
+    expect_of_the_engine(settings_of(view.facade()));
+}
+
+TEST_F(WebScene, gives_the_engine_the_defaults)
+{
+    ASSERT_TRUE(view.open("about:blank"));
+    Settings expected = settings_of(view.facade());
+    // What the engine has of its own where the view names nothing.
+    expected["default_text_encoding"] = "ISO-8859-1";
+    expected["unknown_url_scheme_policy"] = "2";
+    expect_of_the_engine(expected);
+}
+
+TEST_F(WebScene, has_a_channel_that_looks_for_no_changes)
+{
+    ASSERT_TRUE(view.open("about:blank"));
+    const auto [interval, publishes_manager, same] = on_qt([] {
+        auto* const channel = the_root()->property("webChannel").value<QWebChannel*>();
+        return std::tuple(channel->propertyUpdateInterval(),
+                          channel->registeredObjects().contains(QStringLiteral("___cm")),
+                          the_page()->property("webChannel").value<QWebChannel*>() == channel);
+    });
+    EXPECT_EQ(interval, -1);
+    EXPECT_TRUE(publishes_manager);
+    EXPECT_TRUE(same) << "the page uses the scene's channel";
+}
+
+TEST_F(WebScene, has_the_shared_profile)
+{
+    ASSERT_TRUE(view.open("about:blank"));
+    EXPECT_EQ(on_qt([] {
+                  return the_page()->property("profile").value<QObject*>()->property("storageName");
+              }),
+              QStringLiteral("Default"));
+}
+
+TEST_F(WebScene, knows_the_view_as_a_property_of_its_context)
+{
+    ASSERT_TRUE(view.open("about:blank"));
+    EXPECT_TRUE(on_qt([] {
+        QQmlContext* const context = qmlContext(the_root());
+        return context->contextProperty(QStringLiteral("ctx")).value<WebView*>() != nullptr
+            && context->contextProperty(QStringLiteral("customWebProfile")).value<QObject*>();
+    }));
+}
+
+TEST(GodotUrlInterceptor, can_be_made_by_a_scene)
+{
+    start_library();
+    M::ensure_qt_eventloop_is_running();
+    EXPECT_EQ(on_qt([] {
+                  QQmlEngine engine;
+                  QQmlComponent component(&engine);
+                  component.setData("import Web\nGodotURLInterceptor {}", QUrl());
+                  const std::unique_ptr<QObject> made(component.create());
+                  return qobject_cast<GodotURLInterceptor*>(made.get()) ? QString()
+                                                                        : component.errorString();
+              }),
+              QString());
+}
+
+}  // namespace marlune::test
