@@ -28,6 +28,8 @@
 
     // The drag that is under way, or null.
     let drag = null;
+    // The last move of the mouse. A drag begins at the place of the press, which it has left by then.
+    let lastMove = null;
     // A drag has ended before the button was let go: the rest of the gesture means nothing.
     let idle = false;
     // After a drag, the click that its last release would be.
@@ -138,7 +140,7 @@
             drag = null;
             return;
         }
-        drag.mouse = event;
+        drag.mouse = lastMove ?? event;
         drag.ghost = makeGhost(ghostText || (source.innerText ?? source.textContent ?? ""));
         drag.pulse = setInterval(() => step(drag.mouse), PULSE);
         // What the engine tells a page whose pointer has been taken for a drag.
@@ -298,6 +300,7 @@
     listen(["mousemove"], event => {
         if (!event.isTrusted)
             return;
+        lastMove = event;
         // The button may have been let go where this frame did not hear of it.
         const held = (event.buttons & 1) !== 0;
         idle &&= held;
