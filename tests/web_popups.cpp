@@ -147,6 +147,27 @@ TEST_F(PagePopups, a_calendar_sets_the_date)
     EXPECT_TRUE(shows_no(view, CHOSEN));
 }
 
+TEST_F(PagePopups, suggestions_can_be_read_and_chosen)
+{
+    show("<input id=i list=l style='position:fixed;left:100px;top:50px;width:200px;height:40px'>"
+         "<datalist id=l><option>WWWWWWWW<option>WWWWWWWWWWWW</datalist>");
+    view.click(150, 70);
+    view.type_text("W");
+    const auto dark_pixels = [&] {
+        view.draw_frame();
+        const Image picture = view.picture();
+        int count = 0;
+        for (uint32_t y = 94; y < 120; ++y) {
+            for (uint32_t x = 104; x < 190; ++x)
+                count += picture.pixel(x, y).r < 100;
+        }
+        return count;
+    };
+    ASSERT_TRUE(wait_until([&] { return dark_pixels() > 100; })) << keep_picture(view.picture());
+    view.click(140, 100);
+    EXPECT_TRUE(is_eventually("i.value", "\"WWWWWWWW\""));
+}
+
 TEST_F(PagePopups, the_menu_reloads_the_page)
 {
     HttpServer server;

@@ -1,6 +1,7 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
+import QtQuick.Controls.Basic
 import QtWebEngine
 import Web // qmllint disable unused-imports
 
@@ -193,6 +194,40 @@ Item {
         id: tip
 
         em: extras.em
+    }
+
+    // The engine's own list of suggestions (`<datalist>`) is a popup of Controls, whose rows are too low
+    // for the padding of this style: without it they have room for their text.
+    function makeRoom(row: var): void {
+        if (row.topPadding === undefined)
+            return;
+        row.padding = 0;
+        row.leftPadding = Qt.binding(() => row.height * 0.3);
+        row.font.pixelSize = Qt.binding(() => Math.max(1, row.height * 0.65));
+    }
+
+    function makeRoomIn(list: ListView): void {
+        const makeRoomInAll = () => [...list.contentItem.children].forEach(extras.makeRoom);
+        list.contentItem.childrenChanged.connect(makeRoomInAll);
+        makeRoomInAll();
+    }
+
+    Connections {
+        // Popups that are there already.
+        property var known: []
+
+        target: extras.Overlay.overlay
+
+        function onChildrenChanged(): void {
+            const popups = [...extras.Overlay.overlay.children];
+            for (const popup of popups.filter(popup => !known.includes(popup))) {
+                for (const content of popup.children) {
+                    for (const list of [...content.children].filter(child => child instanceof ListView))
+                        extras.makeRoomIn(list);
+                }
+            }
+            known = popups;
+        }
     }
 
     // --- what the page asks ----------------------------------------------------------------------
