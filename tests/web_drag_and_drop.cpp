@@ -140,8 +140,11 @@ TEST_F(DragAndDrop, shows_what_is_dragged)
 
 TEST_F(DragAndDrop, drops_nothing_where_nobody_takes_it)
 {
-    drag(SOURCE, {TARGET, NOWHERE});
-    drop();
+    drag(SOURCE, {TARGET});
+    // The engine may join moves into one, which would pass the target by.
+    ASSERT_TRUE(is_eventually("heard.includes('dragenter target')", "true"));
+    view.move(NOWHERE.x, NOWHERE.y);
+    view.release(NOWHERE.x, NOWHERE.y);
     EXPECT_TRUE(view.wait_for_console("end none"));
     const std::string events = heard();
     EXPECT_EQ(events.find("drop "), std::string::npos) << events;
@@ -150,7 +153,9 @@ TEST_F(DragAndDrop, drops_nothing_where_nobody_takes_it)
 
 TEST_F(DragAndDrop, obeys_the_source_about_what_is_allowed)
 {
-    view.run("source.addEventListener('dragstart', e => e.dataTransfer.effectAllowed = 'copy')");
+    ASSERT_EQ(view.evaluate("source.addEventListener('dragstart', "
+                            "event => event.dataTransfer.effectAllowed = 'copy')"),
+              "undefined");
     drag(SOURCE, {TARGET});
     drop();
     EXPECT_TRUE(view.wait_for_console("end none")) << "the target moves what may only be copied";

@@ -131,8 +131,9 @@ TEST_F(PagePopups, a_calendar_sets_the_date)
 {
     show("<input id=d type=date value=2024-05-15 style='position:fixed;left:20px;top:20px;"
          "width:200px;font:20px monospace'>");
-    view.run("d.onchange = () => console.log(d.value);"
-             "onclick = () => console.log('clicked ' + document.hasFocus())");
+    ASSERT_EQ(view.evaluate("void (d.onchange = () => console.log(d.value),"
+                            "onclick = () => console.log('clicked ' + document.hasFocus()))"),
+              "undefined");
     // The engine opens no calendar in the moment in which a page gets the focus.
     view.click(400, 300);
     ASSERT_TRUE(view.wait_for_console("clicked true"));

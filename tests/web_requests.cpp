@@ -35,9 +35,12 @@ protected:
         ASSERT_TRUE(view.wait_for_colour(2, 2, WHITE));
     }
 
-    static std::string on_click(const std::string& script)
+    /** Clicks, for much is only granted to a page when the user has done something. */
+    void on_click(const std::string& script)
     {
-        return "document.onclick = () => { " + script + " }";
+        // Scripts and clicks take different ways to the page, so each waits for the one before.
+        ASSERT_EQ(view.evaluate("void (document.onclick = () => { " + script + " })"), "undefined");
+        view.click(100, 100);
     }
 
 private:
@@ -108,19 +111,17 @@ TEST_F(PageRequests, microphone_and_camera_are_refused)
 TEST_F(PageRequests, notifications_are_refused)
 {
     open();
-    view.run(on_click("Notification.requestPermission().then(answer => console.log(answer))"));
     expect_message_matching("asked for notifications; refused$");
-    view.click(100, 100);
+    on_click("Notification.requestPermission().then(answer => console.log(answer))");
     EXPECT_TRUE(view.wait_for_console("denied"));
 }
 
 TEST_F(PageRequests, the_clipboard_is_refused_without_its_settings)
 {
     open();
-    view.run(on_click("navigator.clipboard.readText()"
-                      ".then(() => console.log('read'), error => console.log(error.name))"));
     expect_message_matching("asked for the clipboard; refused$");
-    view.click(100, 100);
+    on_click("navigator.clipboard.readText()"
+             ".then(() => console.log('read'), error => console.log(error.name))");
     EXPECT_TRUE(view.wait_for_console("NotAllowedError"));
 }
 
@@ -129,10 +130,9 @@ TEST_F(PageRequests, the_clipboard_is_open_with_both_of_its_settings)
     view->set_javascript_can_access_clipboard(true);
     view->set_javascript_can_paste(true);
     open();
-    view.run(on_click("navigator.clipboard.writeText('moon')"
-                      ".then(() => navigator.clipboard.readText())"
-                      ".then(text => console.log(text), error => console.log(error.name))"));
-    view.click(100, 100);
+    on_click("navigator.clipboard.writeText('moon')"
+             ".then(() => navigator.clipboard.readText())"
+             ".then(text => console.log(text), error => console.log(error.name))");
     EXPECT_TRUE(view.wait_for_console("moon"));
 }
 
@@ -198,9 +198,8 @@ TEST_F(PageRequests, nothing_is_printed)
 TEST_F(PageRequests, a_page_cannot_become_the_handler_of_a_scheme)
 {
     open();
-    view.run(on_click("navigator.registerProtocolHandler('web+moon', '/?%s')"));
     expect_message_matching("asked for links that begin with \"web\\+moon:\"; refused$");
-    view.click(100, 100);
+    on_click("navigator.registerProtocolHandler('web+moon', '/?%s')");
     EXPECT_TRUE(view.draw_until(all_expected_messages_came));
 }
 
