@@ -176,7 +176,8 @@ public:
 
     /**
      * With true, nothing is written to disk and cookies end with the process; with false cookies are
-     * kept, session cookies too. Pages that are open are not told: set it before the first load().
+     * kept, session cookies too. Off the record until it is called with false.
+     * Pages that are open are not told: set it before the first load().
      */
     void set_otr(bool off_the_record) const;
 
