@@ -239,8 +239,9 @@ void DBAbstractContextObject::announce_change(const PropertyInfoStd* record)
     if (found == properties_.end())
         return;
     DBPropertyInfo& property = **found;
-    emit property.NOPSignal();
+    // First, for the page's handlers not to wait for what the channel sends on the property's own signal.
     emit manager_->propChanged(name_, property.key(), property.value());
+    emit property.NOPSignal();
 }
 
 void DBAbstractContextObject::announce_signal(const QString& signal_name,
