@@ -1,16 +1,29 @@
 #include "gpu.h"
 
+#include "vulkan_result.h"
+
+#include <algorithm>
 #include <stdexcept>
-#include <string>
+#include <string_view>
+#include <vector>
 
 namespace marlune::bench {
 
 namespace {
 
-void check(VkResult result, const char* call)
+/** What lets the device take the pictures of web pages, where the web engine draws on hardware. */
+constexpr const char* memory_sharing = "VK_KHR_external_memory_fd";
+
+bool has_extension(VkPhysicalDevice device, std::string_view name)
 {
-    if (result != VK_SUCCESS)
-        throw std::runtime_error(std::string(call) + " failed: VkResult " + std::to_string(result));
+    uint32_t count = 0;
+    check(vkEnumerateDeviceExtensionProperties(device, nullptr, &count, nullptr),
+          "vkEnumerateDeviceExtensionProperties");
+    std::vector<VkExtensionProperties> extensions(count);
+    check(vkEnumerateDeviceExtensionProperties(device, nullptr, &count, extensions.data()),
+          "vkEnumerateDeviceExtensionProperties");
+    return std::ranges::any_of(
+        extensions, [name](const auto& extension) { return extension.extensionName == name; });
 }
 
 }  // namespace
@@ -34,9 +47,12 @@ Gpu::Gpu()
                                              .queueFamilyIndex = 0,
                                              .queueCount = 1,
                                              .pQueuePriorities = &priority};
-    const VkDeviceCreateInfo device_info{.sType = VK_STRUCTURE_TYPE_DEVICE_CREATE_INFO,
-                                         .queueCreateInfoCount = 1,
-                                         .pQueueCreateInfos = &queue_info};
+    const VkDeviceCreateInfo device_info{
+        .sType = VK_STRUCTURE_TYPE_DEVICE_CREATE_INFO,
+        .queueCreateInfoCount = 1,
+        .pQueueCreateInfos = &queue_info,
+        .enabledExtensionCount = has_extension(physical_device, memory_sharing) ? 1u : 0u,
+        .ppEnabledExtensionNames = &memory_sharing};
     check(vkCreateDevice(physical_device, &device_info, nullptr, &device), "vkCreateDevice");
 }
 

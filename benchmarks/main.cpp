@@ -1,13 +1,20 @@
 // Compares the library with raw Qt doing the same, and prints one table:
 //
-//     marlune-bench [--only calls|frames|views|start|memory] [--quick] [--verbose]
+//     marlune-bench [--only GROUP] [--quick] [--verbose]
+//
+// The groups are start, memory, calls, frames, views, web-calls and web-scheme; "web" stands for the
+// last two.
 //
 // The project root, in which the library finds Qt's files, is read from MARLUNE_PROJECT_ROOT.
 
 #include "bench_view.h"
 #include "fresh_process.h"
 #include "measures.h"
+#include "raw_scheme.h"
 
+#include <marlune/app.h>
+
+#include <QObject>
 #include <QString>
 #include <QtLogging>
 
@@ -27,7 +34,10 @@ struct Arguments {
     Thoroughness much;
     bool verbose = false;
 
-    bool want(std::string_view measure) const { return only.empty() || only == measure; }
+    bool want(std::string_view group) const
+    {
+        return only.empty() || only == group || group.starts_with(only + '-');
+    }
 };
 
 Arguments parse(int count, char** values)
@@ -68,14 +78,21 @@ void measure_processes(Table& table, const Arguments& arguments)
 
 void measure_here(Table& table, const Arguments& arguments)
 {
+    register_raw_scheme();
     Gpu gpu;
     const Library library;
+    M::ensure_qt_eventloop_is_running();
+    install_raw_scheme(static_cast<QObject*>(MARLUNE_CTX));
     if (arguments.want("calls"))
         measure_calls(table, arguments.much, gpu);
     if (arguments.want("frames"))
         measure_frames(table, arguments.much, gpu);
     if (arguments.want("views"))
         measure_views(table, arguments.much, gpu);
+    if (arguments.want("web-calls"))
+        measure_web_calls(table, arguments.much, gpu);
+    if (arguments.want("web-scheme"))
+        measure_web_scheme(table, arguments.much, gpu);
 }
 
 }  // namespace

@@ -19,6 +19,8 @@ struct Thoroughness {
 void measure_calls(Table& table, Thoroughness much, Gpu& gpu);
 void measure_frames(Table& table, Thoroughness much, Gpu& gpu);
 void measure_views(Table& table, Thoroughness much, Gpu& gpu);
+void measure_web_calls(Table& table, Thoroughness much, Gpu& gpu);
+void measure_web_scheme(Table& table, Thoroughness much, Gpu& gpu);
 
 // In a fresh process for each sample.
 void measure_start(Table& table, Thoroughness much);

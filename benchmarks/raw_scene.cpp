@@ -26,16 +26,20 @@ QVulkanInstance* adopted(VkInstance instance)
 
 }  // namespace
 
-RawScene::RawScene(const Gpu& gpu, Picture picture) : mipmaps_(picture.mipmaps)
+RawScene::RawScene(const Gpu& gpu, Picture picture, const char* component,
+                   const QVariantMap& properties)
+    : mipmaps_(picture.mipmaps), component_(&engine_, QUrl(QLatin1StringView(component)))
 {
     const QSize size(static_cast<int>(picture.width), static_cast<int>(picture.height));
     window_.setColor(Qt::transparent);
     window_.setVulkanInstance(adopted(gpu.instance));
     window_.setGraphicsDevice(
         QQuickGraphicsDevice::fromDeviceObjects(gpu.physical_device, gpu.device, 0, 0));
-    create_root(size);
+    // First: the engine of a page looks into the Vulkan loader on a thread of its own, which must not
+    // meet this.
     if (!control_.initialize())
         qFatal("raw Qt cannot use the device");
+    create_root(size, properties);
     create_render_target(size);
     render();
 }
@@ -46,9 +50,9 @@ RawScene::~RawScene()
     root_.reset();
 }
 
-void RawScene::create_root(QSize size)
+void RawScene::create_root(QSize size, const QVariantMap& properties)
 {
-    root_.reset(qobject_cast<QQuickItem*>(component_.create()));
+    root_.reset(qobject_cast<QQuickItem*>(component_.createWithInitialProperties(properties)));
     if (!root_)
         qFatal("raw Qt cannot load the scene: %s", qUtf8Printable(component_.errorString()));
     root_->setSize(size);
@@ -90,6 +94,11 @@ void RawScene::render()
         control_.commandBuffer()->resourceUpdate(updates);
     }
     control_.endFrame();
+}
+
+uint64_t RawScene::texture() const
+{
+    return texture_->nativeTexture().object;
 }
 
 void RawScene::mouse_move(QPointF position)

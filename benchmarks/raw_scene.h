@@ -9,7 +9,9 @@
 #include <QQmlEngine>
 #include <QQuickRenderControl>
 #include <QQuickWindow>
+#include <QVariantMap>
 
+#include <cstdint>
 #include <memory>
 
 class QQuickItem;
@@ -26,17 +28,21 @@ namespace marlune::bench {
  */
 class RawScene : public QObject {
 public:
-    RawScene(const Gpu& gpu, Picture picture);
+    RawScene(const Gpu& gpu, Picture picture, const char* component = "qrc:/Bench/Bench.qml",
+             const QVariantMap& properties = {});
     ~RawScene() override;
 
     void render();
+    QQuickItem* root() const { return root_.get(); }
+    /** As the library gives it to the host. */
+    uint64_t texture() const;
 
     /** The equals of the two calls whose way to the Qt thread is measured. */
     void mouse_move(QPointF position);
     int refresh_rate() const { return refresh_rate_; }
 
 private:
-    void create_root(QSize size);
+    void create_root(QSize size, const QVariantMap& properties);
     void create_render_target(QSize size);
 
     const bool mipmaps_;
@@ -45,7 +51,7 @@ private:
     QQuickRenderControl control_;
     QQuickWindow window_{&control_};
     QQmlEngine engine_;
-    QQmlComponent component_{&engine_, QUrl(QStringLiteral("qrc:/Bench/Bench.qml"))};
+    QQmlComponent component_;
     std::unique_ptr<QQuickItem> root_;
     std::unique_ptr<QRhiTexture> texture_;
     std::unique_ptr<QRhiRenderBuffer> depth_stencil_;

@@ -49,7 +49,7 @@ double Comparison::uncertainty() const
 
     Samples ratios;
     for (int draw = 0; draw < draws; ++draw) {
-        Comparison drawn;
+        Comparison drawn{.kind = kind};
         for (std::size_t i = 0; i < count; ++i) {
             const std::size_t index = any(random);
             drawn.library.add(stretch(library, index, count));

@@ -28,12 +28,21 @@ private:
     std::vector<double> values_;
 };
 
+/** What the samples are of: what is spent, or what is done in a time. */
+enum class Kind { Cost, Rate };
+
 /** The library, and raw Qt doing the same. */
 struct Comparison {
     Samples library;
     Samples raw;
+    Kind kind = Kind::Cost;
 
-    double ratio() const { return library.median() / raw.median(); }
+    /** Above 1 where the library is worse, whichever way that is. */
+    double ratio() const
+    {
+        const double library_to_raw = library.median() / raw.median();
+        return kind == Kind::Cost ? library_to_raw : 1 / library_to_raw;
+    }
 
     /** By how much the ratio may be off, up or down, with a confidence of 95 %. */
     double uncertainty() const;

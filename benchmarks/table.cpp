@@ -11,7 +11,8 @@ constexpr double tail_share = 0.99;
 
 void print_row(const Row& row)
 {
-    const auto& [library, raw] = row.values;
+    const Samples& library = row.values.library;
+    const Samples& raw = row.values.raw;
     std::printf("%-34s %4s %9.2f %9.2f %6.3f %6.3f", row.measure.c_str(), row.unit,
                 library.median(), raw.median(), row.values.ratio(), row.values.uncertainty());
     if (row.tail)
