@@ -39,6 +39,7 @@ const std::map<std::string, Bytes>& files()
         {"/calls.html", stored(":/Pages/calls.html")},
         {"/connect.js", stored(":/Pages/connect.js")},
         {"/files.html", stored(":/Pages/files.html")},
+        {"/frames.html", stored(":/Pages/frames.html")},
         {"/qwebchannel.js", stored(":/qtwebchannel/qwebchannel.js")},
         {"/1KiB", noise(std::size_t{1} << 10)},
         {"/1MiB", noise(std::size_t{1} << 20)},

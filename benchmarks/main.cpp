@@ -2,8 +2,8 @@
 //
 //     marlune-bench [--only GROUP] [--quick] [--verbose]
 //
-// The groups are start, memory, calls, frames, views, web-calls and web-scheme; "web" stands for the
-// last two.
+// The groups are start, memory, calls, frames, views, web-calls, web-scheme and web-frames; "web" stands
+// for the last three.
 //
 // The project root, in which the library finds Qt's files, is read from MARLUNE_PROJECT_ROOT.
 
@@ -93,6 +93,8 @@ void measure_here(Table& table, const Arguments& arguments)
         measure_web_calls(table, arguments.much, gpu);
     if (arguments.want("web-scheme"))
         measure_web_scheme(table, arguments.much, gpu);
+    if (arguments.want("web-frames"))
+        measure_web_frames(table, arguments.much, gpu);
 }
 
 }  // namespace

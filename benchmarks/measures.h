@@ -21,6 +21,7 @@ void measure_frames(Table& table, Thoroughness much, Gpu& gpu);
 void measure_views(Table& table, Thoroughness much, Gpu& gpu);
 void measure_web_calls(Table& table, Thoroughness much, Gpu& gpu);
 void measure_web_scheme(Table& table, Thoroughness much, Gpu& gpu);
+void measure_web_frames(Table& table, Thoroughness much, Gpu& gpu);
 
 // In a fresh process for each sample.
 void measure_start(Table& table, Thoroughness much);

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "gpu.h"
+
+#include <cstdint>
+
+namespace marlune::bench {
+
+struct Colour {
+    uint8_t red, green, blue, alpha;
+    bool operator==(const Colour&) const = default;
+};
+
+/**
+ * Reads single pixels of the textures that both sides have drawn, as a host does who samples them. Uses
+ * the device's queue: never while a view draws.
+ */
+class PixelReader {
+public:
+    explicit PixelReader(const Gpu& gpu);
+    ~PixelReader();
+    PixelReader(const PixelReader&) = delete;
+    PixelReader& operator=(const PixelReader&) = delete;
+
+    /** The pixel at (x, y) of a texture that rests in the layout of a colour attachment. */
+    Colour read(uint64_t texture, int32_t x, int32_t y);
+
+private:
+    void create_buffer(VkPhysicalDevice physical_device);
+    void create_commands();
+    void record_copy(VkImage image, VkOffset3D place);
+
+    VkDevice device_;
+    VkQueue queue_ = VK_NULL_HANDLE;
+    VkCommandPool pool_ = VK_NULL_HANDLE;
+    VkCommandBuffer commands_ = VK_NULL_HANDLE;
+    VkBuffer buffer_ = VK_NULL_HANDLE;
+    VkDeviceMemory memory_ = VK_NULL_HANDLE;
+    const Colour* pixel_ = nullptr;
+};
+
+}  // namespace marlune::bench
