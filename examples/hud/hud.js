@@ -144,14 +144,14 @@ window.addEventListener("godot.ready", () => {
     bind(player.callsign, name => element("name").textContent = name);
     bind(player.magazine, show_magazine);
     bind(player.ammo, show_ammo);
-    bind(player.health, show_health);
     bind(player.score, score => score_digits.show(score));
     bind(player.heading, show_heading);
     bind(player.sight, show_sight);
+    bind(player.health, show_health);
 
-    player.shot.connect(() => play("spread", "kick"));
     player.hit.connect((points, from) => show_hit(from));
     player.scored.connect(show_gain);
+    player.shot.connect(() => play("spread", "kick"));
     player.ammo_empty.connect(() => element("warning").classList.add("shown"));
 
     const SIGHTS = ["#63f5cf", "#ffc069", "#ff7ad9"];
