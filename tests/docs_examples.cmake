@@ -1,11 +1,15 @@
 # Checks the guides against the repository: each example is quoted from a file that is compiled, run or
-# linted by the build or a test, and each relative link leads somewhere.
+# linted by the build or a test, and each relative link leads somewhere. Examples for pages that are no
+# quotations are run by docs_page_snippets.
 cmake_minimum_required(VERSION 3.25)
 cmake_path(SET repository NORMALIZE "${CMAKE_CURRENT_LIST_DIR}/..")
 
 file(GLOB sources_of_cpp "${repository}/examples/*.cpp" "${CMAKE_CURRENT_LIST_DIR}/consumer/*.cpp")
 set(sources_of_cmake "${CMAKE_CURRENT_LIST_DIR}/consumer/CMakeLists.txt")
 file(GLOB sources_of_qml "${CMAKE_CURRENT_LIST_DIR}/scenes/*.qml" "${repository}/qml/*/*.qml")
+file(GLOB sources_of_js "${repository}/examples/hud/*.js")
+file(GLOB sources_of_html "${repository}/examples/hud/*.html")
+set(run_by_a_test docs/page-guide.md:js docs/page-guide.md:html README.md:html)
 
 set(problems "")
 set(examples 0)
@@ -51,6 +55,18 @@ function(check_examples guide language)
     set(examples ${examples} PARENT_SCOPE)
 endfunction()
 
+# An example under another name would go unnoticed.
+function(check_fences guide)
+    file(READ "${repository}/${guide}" text)
+    foreach(name IN ITEMS c c++ cxx javascript mjs ts typescript htm xml css)
+        string(REPLACE "+" "[+]" pattern "${name}")
+        if(text MATCHES "\n *```${pattern}\n")
+            string(APPEND problems "${guide}: no test knows of examples in ${name}\n")
+        endif()
+    endforeach()
+    set(problems "${problems}" PARENT_SCOPE)
+endfunction()
+
 function(check_links guide)
     cmake_path(GET guide PARENT_PATH folder)
     file(READ "${repository}/${guide}" text)
@@ -67,9 +83,12 @@ endfunction()
 
 file(GLOB guides RELATIVE "${repository}" "${repository}/*.md" "${repository}/docs/*.md")
 foreach(guide IN LISTS guides)
-    foreach(language IN ITEMS cpp cmake qml)
-        check_examples("${guide}" ${language})
+    foreach(language IN ITEMS cpp cmake qml js html)
+        if(NOT "${guide}:${language}" IN_LIST run_by_a_test)
+            check_examples("${guide}" ${language})
+        endif()
     endforeach()
+    check_fences("${guide}")
     check_links("${guide}")
 endforeach()
 
