@@ -212,9 +212,12 @@ TEST_F(PageDialogs, fit_into_the_smallest_view)
 TEST_F(PageDialogs, ask_before_a_page_is_left)
 {
     HttpServer server;
-    server.serve("/a", html("<body>a<script>onbeforeunload = e => e.preventDefault()</script>"));
+    server.serve("/a",
+                 html("<body style='background:blue'>"
+                      "<script>onbeforeunload = e => e.preventDefault()</script>"));
     server.serve("/b", html("<body style='background:#00ff00'>b"));
     ASSERT_TRUE(view.open(server.url("/a")));
+    ASSERT_TRUE(view.wait_for_colour(2, 2, BLUE));
     view.click(100, 100);  // only pages that have been used may ask
     ASSERT_TRUE(view.draw_until(
         [&] { return view.evaluate("navigator.userActivation.hasBeenActive") == "true"; }));

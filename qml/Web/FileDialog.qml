@@ -20,6 +20,9 @@ DialogCard {
     readonly property bool takesFolder: request.mode === FileDialogRequest.FileModeUploadFolder
     // Of the folder that is shown: at first, the working directory.
     property string path
+    // The model lists what is in that folder: it reads on a thread of its own, and keeps what it had until
+    // it is done. Keys must not act on that.
+    property bool listed
     // The paths of the files that are marked.
     property list<string> marked
 
@@ -37,7 +40,9 @@ DialogCard {
     function open(path: string): void {
         dialog.marked = [];
         dialog.path = path;
-        model.folder = dialog.toUrl(path);
+        const address = dialog.toUrl(path);
+        dialog.listed = dialog.listed && address.toString() === model.folder.toString();
+        model.folder = address;
         list.currentIndex = -1;
     }
 
@@ -103,6 +108,12 @@ DialogCard {
         showDirsFirst: true
         showFiles: !dialog.takesFolder
         showHidden: false
+        onStatusChanged: {
+            if (status !== FolderListModel.Ready)
+                return;
+            dialog.listed = true;
+            list.currentIndex = -1;
+        }
         Component.onCompleted: dialog.path = dialog.toPath(folder)
     }
 
@@ -153,7 +164,7 @@ DialogCard {
             currentIndex: -1
             highlightMoveDuration: 0
             keyNavigationEnabled: true
-            model: model
+            model: dialog.listed ? model : null
 
             ScrollBar.vertical: ScrollBar {}
 

@@ -16,6 +16,7 @@
 #include <QUrl>
 #include <QWebChannel>
 
+#include <algorithm>
 #include <stdexcept>
 #include <unordered_set>
 #include <utility>
@@ -30,6 +31,7 @@ constexpr auto default_user_agent =
 
 // All that stand. On the Qt thread only.
 std::unordered_set<WebView*> web_views;
+bool found_to_draw_in_memory = false;
 
 int next_idx()
 {
@@ -56,10 +58,9 @@ void publish_parts()
 /** True once that is known: as the flags want it, or as an earlier view has found out. */
 bool engine_draws_in_memory()
 {
-    static bool known = qgetenv("QTWEBENGINE_CHROMIUM_FLAGS").contains("--disable-gpu");
-    for (auto view = web_views.begin(); !known && view != web_views.end(); ++view)
-        known = (*view)->has_found_out_about_engine();
-    return known;
+    static const bool wanted = qgetenv("QTWEBENGINE_CHROMIUM_FLAGS").contains("--disable-gpu");
+    return wanted || found_to_draw_in_memory
+        || std::ranges::any_of(web_views, &WebView::has_found_out_about_engine);
 }
 
 void check_page_script()
@@ -98,6 +99,11 @@ void WebView::prepare_context(QQmlContext* root_context)
     root_context->setContextProperty(QStringLiteral("webMemoryExtension"),
                                      QString::fromLatin1(platform::memory_sharing.extension));
     publish_parts();
+}
+
+void WebView::before_reset()
+{
+    found_to_draw_in_memory |= has_found_out_about_engine();
 }
 
 void WebView::post_setup(QQmlEngine*, QObject* root)

@@ -53,6 +53,7 @@ public:
 
     void prepare_context(QQmlContext* root_context) override;
     void post_setup(QQmlEngine* engine, QObject* root) override;
+    void before_reset() override;
 
     /** Ends the pages of all views and leaves their scenes. For the library's stop. */
     static void close_pages();
