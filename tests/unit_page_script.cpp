@@ -244,6 +244,21 @@ TEST_F(PageScript, serves_two_pages_one_after_the_other)
     EXPECT_EQ(page->json("$g.player.health.value"), "100");
 }
 
+TEST_F(PageScript, takes_no_answers_to_what_the_page_before_has_asked)
+{
+    ASSERT_TRUE(add("player", player));
+    page = std::make_unique<Page>(channel);
+    // Small numbers are those of a channel that counts from 0.
+    for (int number = 0; number < 4; ++number)
+        page->run(QStringLiteral("deliver('{\"type\":10,\"id\":%1,\"data\":{}}')").arg(number));
+    ASSERT_TRUE(serve_until([&] { return page->is_ready(); }));
+    page->run("$g.player.add(1, 2).then(result => log.push(result))");
+    for (int number = 0; number < 9; ++number)
+        page->run(QStringLiteral("deliver('{\"type\":10,\"id\":%1,\"data\":9}')").arg(number));
+    EXPECT_TRUE(comes("log.length === 1"));
+    EXPECT_EQ(page->json("log"), "[3]");
+}
+
 TEST_F(PageScript, misses_nothing_that_happens_while_it_starts)
 {
     HostObject late("late"), gone("gone");

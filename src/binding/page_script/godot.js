@@ -351,6 +351,34 @@ var ___godot_channel = null;
         }));
     }
 
+    /**
+     * What the page that was here before has asked for is answered to this one, by the number of the
+     * question. So the numbers begin elsewhere in each page, and answers to others are dropped.
+     */
+    function open_channel(when_open) {
+        let channel = null;
+        const transport = {
+            send: message => qt.webChannelTransport.send(message),
+            set onmessage(handler) {
+                qt.webChannelTransport.onmessage = message => {
+                    const data = typeof message.data === "string" ? JSON.parse(message.data) : message.data;
+                    if (data.type !== MessageTypes.response || has_own(channel.execCallbacks, data.id))
+                        handler({data: data});
+                };
+            },
+        };
+        // The channel counts from 0, and asks its first question as it is made.
+        Object.defineProperty(QWebChannel.prototype, "execId", {
+            configurable: true,
+            set(first) {
+                define(this, "execId", first + Math.floor(Math.random() * 2 ** 50));
+            },
+        });
+        channel = new QWebChannel(transport, when_open);
+        delete QWebChannel.prototype.execId;
+        return channel;
+    }
+
     function begin(channel, manager, descriptions) {
         // A map without a prototype takes any name.
         channel.objects = Object.create(null);
@@ -367,7 +395,7 @@ var ___godot_channel = null;
     if (!is_parsed)
         watch_parsing();
 
-    const opening = new QWebChannel(qt.webChannelTransport, channel => {
+    const opening = open_channel(channel => {
         const manager = channel.objects.___cm;
         if (!manager)
             return;
