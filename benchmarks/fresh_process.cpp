@@ -22,6 +22,10 @@ constexpr Sample samples[] = {
     {"start-raw", start_of_raw_qt},
     {"memory-library", memory_of_library},
     {"memory-raw", memory_of_raw_qt},
+    {"page-start-library", page_start_of_library},
+    {"page-start-raw", page_start_of_raw_qt},
+    {"page-memory-library", page_memory_of_library},
+    {"page-memory-raw", page_memory_of_raw_qt},
 };
 
 }  // namespace

@@ -70,10 +70,14 @@ void report_errors_only(QtMsgType type, const QMessageLogContext&, const QString
 // Those that have processes of their own come first: the library writes to the environment.
 void measure_processes(Table& table, const Arguments& arguments)
 {
-    if (arguments.want("start"))
+    if (arguments.want("start")) {
         measure_start(table, arguments.much);
-    if (arguments.want("memory"))
+        measure_page_start(table, arguments.much);
+    }
+    if (arguments.want("memory")) {
         measure_memory(table, arguments.much);
+        measure_page_memory(table, arguments.much);
+    }
 }
 
 void measure_here(Table& table, const Arguments& arguments)

@@ -26,6 +26,8 @@ void measure_web_frames(Table& table, Thoroughness much, Gpu& gpu);
 // In a fresh process for each sample.
 void measure_start(Table& table, Thoroughness much);
 void measure_memory(Table& table, Thoroughness much);
+void measure_page_start(Table& table, Thoroughness much);
+void measure_page_memory(Table& table, Thoroughness much);
 
 // What such a process does: its sample, as one or more numbers.
 using Numbers = std::vector<double>;
@@ -33,5 +35,9 @@ Numbers start_of_library();
 Numbers start_of_raw_qt();
 Numbers memory_of_library();
 Numbers memory_of_raw_qt();
+Numbers page_start_of_library();
+Numbers page_start_of_raw_qt();
+Numbers page_memory_of_library();
+Numbers page_memory_of_raw_qt();
 
 }  // namespace marlune::bench
