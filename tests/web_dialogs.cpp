@@ -213,7 +213,7 @@ TEST_F(PageDialogs, ask_before_a_page_is_left)
 {
     HttpServer server;
     server.serve("/a",
-                 html("<body style='background:blue'>"
+                 html("<body style='background:blue'>a"
                       "<script>onbeforeunload = e => e.preventDefault()</script>"));
     server.serve("/b", html("<body style='background:#00ff00'>b"));
     ASSERT_TRUE(view.open(server.url("/a")));
