@@ -105,7 +105,8 @@ struct AbstractContextObjectStd {
 
 /**
  * Keeps the Qt thread from reading and writing the values of all records while it lives. Hold it for the
- * access alone: no call of the library meanwhile. Not needed in a callback of the host on the Qt thread.
+ * access alone: no call of the library meanwhile. A callback of the host on the Qt thread holds it too
+ * where other threads of the host read or write the value.
  */
 class MARLUNE_EXPORT ValueLock {
 public:

@@ -43,7 +43,7 @@
     X(Bool, javascript_enabled, javascriptEnabled, true, const)                                         \
     /** Lets the Tab key reach links. */                                                                \
     X(Bool, links_included_in_focus_chain, linksIncludedInFocusChain, true, const)                      \
-    /** Lets local pages ("res" and "file") load "file" URLs. */                                        \
+    /** Lets pages of the "file" scheme load "file" URLs; those of "res" may in any case. */            \
     X(Bool, local_content_can_access_file_urls, localContentCanAccessFileUrls, true, const)             \
     /** Lets local pages ("res" and "file") load from the network. */                                   \
     X(Bool, local_content_can_access_remote_urls, localContentCanAccessRemoteUrls, true, const)         \
