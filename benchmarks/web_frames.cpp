@@ -18,8 +18,8 @@ namespace {
 constexpr Picture picture{1280, 720};
 
 constexpr auto host_step = std::chrono::nanoseconds(1'000'000'000 / 60);
-constexpr int frames_to_settle = 30;
-constexpr int frames_a_turn = 120;
+constexpr int frames_to_settle = 20;
+constexpr int frames_a_turn = 60;
 
 // The page's stamp: tenths of a millisecond, in the three bytes of a colour.
 constexpr double stamps_a_millisecond = 10;
@@ -53,9 +53,13 @@ double age_in_milliseconds(double now, double stamp)
 template <typename Page>
 class Watch {
 public:
-    Watch(Page& page, PixelReader& reader)
-        : page_(page), reader_(reader), texture_(page.texture()), next_(Clock::now())
+    /** The steps begin at the given share of those that the clock has had from its beginning on. */
+    Watch(Page& page, PixelReader& reader, double phase)
+        : page_(page), reader_(reader), texture_(page.texture())
     {
+        const auto whole_steps = Clock::now().time_since_epoch() / host_step + 1;
+        next_ += whole_steps * host_step
+            + std::chrono::duration_cast<Clock::duration>(phase * host_step);
     }
 
     Turn watch()
@@ -97,7 +101,7 @@ private:
     Page& page_;
     PixelReader& reader_;
     uint64_t texture_;
-    Clock::time_point next_;
+    Clock::time_point next_{};
     double stamp_ = -1;
 };
 
@@ -111,9 +115,9 @@ public:
     {
         page.run("animate(true)");
         // The page's clock and the host's go at the same rate, so chance decides how they meet for all
-        // of a turn. Each turn is begun at another point.
-        std::this_thread::sleep_for(host_step * (++turns_ % phases) / phases);
-        const Turn turn = Watch(page, reader_).watch();
+        // of a turn. Each round has another phase, the same for both sides, and all phases come evenly.
+        const int round = turns_++ / 2;
+        const Turn turn = Watch(page, reader_, std::fmod(round * golden_section, 1)).watch();
         page.run("animate(false)");
         if (!counts)
             return;
@@ -127,7 +131,7 @@ public:
     Comparison ages;
 
 private:
-    static constexpr int phases = 7;
+    static constexpr double golden_section = 0.6180339887;
 
     PixelReader reader_;
     int turns_ = 0;
@@ -140,7 +144,7 @@ void measure_web_frames(Table& table, Thoroughness much, Gpu& gpu)
     WebPages pages(gpu, picture, "frames.html");
     Turns turns(gpu);
     alternate(
-        {much(14), 75s},
+        {much(30), 75s},
         [&](bool counts) { turns.take(pages.library, &Comparison::library, counts); },
         [&](bool counts) { turns.take(pages.raw, &Comparison::raw, counts); }, [] {});
     table.add({"page's frames, 1280x720", "1/s", turns.rates, false});
