@@ -30,8 +30,7 @@ QQuickWebEngineProfile* set_up_shared_profile()
         QQuickWebEngineProfile::PersistentPermissionsPolicy::AskEveryTime);
 
     // Calls are carried to it until the library stops; only then does Qt delete it.
-    static auto* const live = new LiveObject(shared);
-    static_cast<void>(live);
+    static const LiveObject live(shared);
     profile.store(shared, std::memory_order_release);
     return shared;
 }
