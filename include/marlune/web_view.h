@@ -177,7 +177,8 @@ public:
     /**
      * With true, nothing is written to disk and cookies end with the process; with false cookies are
      * kept, session cookies too. Off the record until it is called with false.
-     * Pages that are open are not told: set it before the first load().
+     * Pages that are open begin anew at their views' URLs when it goes from false to true, and are not
+     * told when it goes from true to false: set it before the first load().
      */
     void set_otr(bool off_the_record) const;
 

@@ -149,6 +149,14 @@ Item {
         work.forEach(ask => ask(page));
     }
 
+    // With the next frame there is a new one.
+    function close_page(): void {
+        extras.dismiss();
+        started = false;
+        probe.active = false;
+        browser.active = false;
+    }
+
     function decide(engineDrawsOnHardware: bool): void {
         undrawable = engineDrawsOnHardware;
         engineDrawsInMemory = !engineDrawsOnHardware;
@@ -289,6 +297,8 @@ Item {
     }
 
     PageExtras {
+        id: extras
+
         anchors.fill: parent
         page: root.page
         view: root.view

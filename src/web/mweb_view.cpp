@@ -245,14 +245,21 @@ std::string MWebView::get_user_agent() const
 
 void MWebView::set_otr(bool off_the_record) const
 {
-    call<QQuickWebEngineProfile>("marlune::MWebView::set_otr", shared_profile(), Delivery::Queued,
-                                 [off_the_record](QQuickWebEngineProfile& profile) {
-                                     profile.setOffTheRecord(off_the_record);
-                                     profile.setPersistentCookiesPolicy(
-                                         off_the_record
-                                             ? QQuickWebEngineProfile::NoPersistentCookies
-                                             : QQuickWebEngineProfile::ForcePersistentCookies);
-                                 });
+    call<QQuickWebEngineProfile>(
+        "marlune::MWebView::set_otr", shared_profile(), Delivery::Queued,
+        [off_the_record](QQuickWebEngineProfile& profile) {
+            const auto change = [off_the_record, &profile] {
+                profile.setOffTheRecord(off_the_record);
+                profile.setPersistentCookiesPolicy(
+                    off_the_record ? QQuickWebEngineProfile::NoPersistentCookies
+                                   : QQuickWebEngineProfile::ForcePersistentCookies);
+            };
+            // The engine does not survive that under a page that keeps a record.
+            if (off_the_record && !profile.isOffTheRecord())
+                WebView::without_pages(change);
+            else
+                change();
+        });
 }
 
 void MWebView::set_storage_path(const std::string& path) const

@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QPointer>
 #include <QQmlContext>
 #include <QQuickItem>
 #include <QQuickWebEngineProfile>
@@ -20,6 +21,7 @@
 #include <stdexcept>
 #include <unordered_set>
 #include <utility>
+#include <vector>
 
 namespace marlune {
 
@@ -61,6 +63,16 @@ bool engine_draws_in_memory()
     static const bool wanted = qgetenv("QTWEBENGINE_CHROMIUM_FLAGS").contains("--disable-gpu");
     return wanted || found_to_draw_in_memory
         || std::ranges::any_of(web_views, &WebView::has_found_out_about_engine);
+}
+
+std::vector<QPointer<QObject>> engine_views_of(const QObject& root)
+{
+    std::vector<QPointer<QObject>> result;
+    for (QObject* const object : root.findChildren<QObject*>()) {
+        if (object->inherits("QQuickWebEngineView"))
+            result.emplace_back(object);
+    }
+    return result;
 }
 
 void check_page_script()
@@ -144,10 +156,29 @@ bool WebView::has_found_out_about_engine() const
 void WebView::close_pages()
 {
     // The scenes stay: the host may have taken its device down already.
-    for (const WebView* const view : web_views) {
-        if (view->root_item())
-            delete view->root_item()->property("page").value<QObject*>();
-    }
+    for (WebView* const view : web_views)
+        view->close_page();
+}
+
+void WebView::without_pages(const std::function<void()>& work)
+{
+    // The scenes bring their pages back with their next frames.
+    HostCallbackScope::run_outside([work] {
+        close_pages();
+        work();
+    });
+}
+
+/** Also one that is still being made, or that the scene uses for itself. */
+void WebView::close_page()
+{
+    if (!root_item())
+        return;
+    const std::vector<QPointer<QObject>> pages = engine_views_of(*root_item());
+    call_root("close_page");
+    // The scene has let go of them; left to themselves they would stay until the event loop's next turn.
+    for (QObject* const page : pages)
+        delete page;
 }
 
 bool WebView::load()

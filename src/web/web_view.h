@@ -57,6 +57,8 @@ public:
 
     /** Ends the pages of all views and leaves their scenes. For the library's stop. */
     static void close_pages();
+    /** Does `work` when no view has a page, after a callback that runs; then the pages begin anew. */
+    static void without_pages(const std::function<void()>& work);
 
     /** @throws std::runtime_error without a profile, and as load_module() does. */
     bool load();
@@ -145,6 +147,7 @@ signals:
     MARLUNE_WEB_SETTINGS(MARLUNE_WEB_SETTING_SIGNAL)
 
 private:
+    void close_page();
     void publish_on(QObject* root);
     void publish_pending();
     template <typename... Arguments>
