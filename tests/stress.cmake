@@ -33,3 +33,4 @@ foreach(name IN ITEMS
     marlune_add_endurance_test(${name})
 endforeach()
 marlune_add_endurance_test(stress_process OWN_MAIN)
+marlune_add_endurance_test(web_processes OWN_MAIN)

@@ -325,7 +325,7 @@ void send_secure_cookies()
     end(cookies == "plain=there", "a secure cookie is not sent in plain text");
 }
 
-void go_on_the_record_with_a_page_open()
+void switch_with_a_page_open()
 {
     HttpServer server;
     server.serve("/", html("page"));
@@ -334,7 +334,7 @@ void go_on_the_record_with_a_page_open()
         HostWebView view;
         view->set_storage_path(storage());
         holds = bool(view.open(server.url("/")));
-        for (const bool off_the_record : {true, false, false}) {
+        for (const bool off_the_record : {false, true, false, false, true, true}) {
             view->set_otr(off_the_record);
             holds = holds && view.evaluate("1 + 1") == "2" && view.go_to(server.url("/"));
         }
@@ -347,7 +347,7 @@ const std::map<std::string, void (*)()> LIVES = {
     {"find_the_cookie", find_the_cookie},
     {"keep_nothing", keep_nothing},
     {"send_secure_cookies", send_secure_cookies},
-    {"go_on_the_record_with_a_page_open", go_on_the_record_with_a_page_open},
+    {"switch_with_a_page_open", switch_with_a_page_open},
 };
 
 class ProfileOfAProcess : public testing::Test {
@@ -395,9 +395,9 @@ TEST_F(ProfileOfAProcess, keeps_nothing_until_it_is_taken_on_the_record)
     EXPECT_TRUE(lives("keep_nothing"));
 }
 
-TEST_F(ProfileOfAProcess, goes_on_the_record_with_a_page_open)
+TEST_F(ProfileOfAProcess, goes_on_and_off_the_record_with_a_page_open)
 {
-    EXPECT_TRUE(lives("go_on_the_record_with_a_page_open"));
+    EXPECT_TRUE(lives("switch_with_a_page_open"));
 }
 
 }  // namespace

@@ -1,0 +1,437 @@
+// Pages whose process goes away or hangs, and processes that end with pages open.
+
+#include "support/endurance.h"
+#include "support/host_web_view.h"
+#include "support/http_server.h"
+#include "support/library.h"
+#include "support/processes.h"
+#include "support/sanitizers.h"
+
+#include <marlune/marlune.h>
+
+#include <gtest/gtest.h>
+
+#include <signal.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <iostream>
+#include <map>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace marlune::test {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// --- Pages that lose their process -------------------------------------------------------------
+
+class PageProcess : public testing::Test {
+protected:
+    PageProcess()
+    {
+        server.serve("/", html("<body style='background: #00ff00'><title>one</title>"));
+        server.serve("/other", html("<title>other</title>"));
+    }
+
+    /** Kills all processes that hold pages, and waits until the view knows. */
+    testing::AssertionResult kill_page()
+    {
+        const size_t first = view.loads().size();
+        const std::vector<Process> pages = page_processes();
+        if (pages.empty())
+            return testing::AssertionFailure() << "there is no process of a page";
+        for (const Process& page : pages)
+            kill(page.id, SIGKILL);
+        return view.wait_for_load(Load::FAILED, first);
+    }
+
+    testing::AssertionResult comes_back(const std::string& title)
+    {
+        const std::string is = view.evaluate("document.title");
+        if (is == '"' + title + '"')
+            return testing::AssertionSuccess();
+        return testing::AssertionFailure() << "the page's title is " << is;
+    }
+
+    /** Waits for the end of a loading that `act` starts. */
+    template <typename Act>
+    testing::AssertionResult loads_by(Act act)
+    {
+        const size_t first = view.loads().size();
+        act();
+        return view.wait_for_load(Load::SUCCEEDED, first);
+    }
+
+    HttpServer server;
+    HostWebView view;
+};
+
+TEST_F(PageProcess, is_told_of_when_it_is_killed)
+{
+    ASSERT_TRUE(view.open(server.url("/")));
+    ASSERT_TRUE(kill_page());
+    const Load last = view.loads().back();
+    EXPECT_EQ(last.status, Load::FAILED);
+    EXPECT_EQ(last.url, server.url("/"));
+    EXPECT_EQ(last.error_domain, "process");
+    EXPECT_EQ(last.error_code, SIGKILL);
+    EXPECT_NE(last.error_string.find("reload brings it back"), std::string::npos);
+
+    std::optional<ConsoleRecord> record;
+    ASSERT_TRUE(view.draw_until([&] {
+        record = view.console().take_first(
+            [&](const ConsoleRecord& r) { return r.message == last.error_string; });
+        return record.has_value();
+    }));
+    EXPECT_EQ(record->level, 2);
+    EXPECT_EQ(record->source_id, server.url("/"));
+}
+
+TEST_F(PageProcess, leaves_a_view_that_answers)
+{
+    ASSERT_TRUE(view.open(server.url("/")));
+    ASSERT_TRUE(kill_page());
+    view.run("console.log('nobody')");
+    view.click(10, 10);
+    view.type_text("nobody");
+    view->mouse_wheel_down(10, 10);
+    view->set_javascript_enabled(true);
+    view->set_zoom_factor(200);
+    view->set_zoom_factor(100);
+    EXPECT_FALSE(view->can_go_back());
+    EXPECT_EQ(view->get_url(), server.url("/"));
+    for (int i = 0; i < 3; ++i)
+        view.draw_frame();
+    EXPECT_EQ(view.picture().width(), 512u);
+}
+
+TEST_F(PageProcess, comes_back_by_reloading)
+{
+    ASSERT_TRUE(view.open(server.url("/")));
+    ASSERT_TRUE(kill_page());
+    ASSERT_TRUE(loads_by([&] { view->reload(); }));
+    EXPECT_TRUE(comes_back("one"));
+    EXPECT_TRUE(view.wait_for_colour(100, 100, GREEN));
+    EXPECT_EQ(server.requests("/").size(), 2u);
+}
+
+TEST_F(PageProcess, comes_back_with_another_url)
+{
+    ASSERT_TRUE(view.open(server.url("/")));
+    ASSERT_TRUE(kill_page());
+    ASSERT_TRUE(loads_by([&] { view->set_url(server.url("/other")); }));
+    EXPECT_TRUE(comes_back("other"));
+}
+
+TEST_F(PageProcess, comes_back_with_the_same_url)
+{
+    ASSERT_TRUE(view.open(server.url("/")));
+    ASSERT_TRUE(kill_page());
+    ASSERT_TRUE(loads_by([&] { view->set_url(server.url("/")); }));
+    EXPECT_TRUE(comes_back("one"));
+}
+
+TEST_F(PageProcess, comes_back_with_html)
+{
+    ASSERT_TRUE(view.show_html("<title>first</title>"));
+    ASSERT_TRUE(kill_page());
+    ASSERT_TRUE(loads_by([&] { view->load_html("<title>second</title>", "res://test/"); }));
+    EXPECT_TRUE(comes_back("second"));
+}
+
+TEST_F(PageProcess, comes_back_with_input)
+{
+    server.serve("/field", html("<input id=field autofocus>"));
+    ASSERT_TRUE(view.open(server.url("/")));
+    ASSERT_TRUE(kill_page());
+    ASSERT_TRUE(loads_by([&] { view->set_url(server.url("/field")); }));
+    ASSERT_TRUE(view.wait_until_drawn());
+    view.type_text("alive");
+    EXPECT_TRUE(view.draw_until([&] { return view.evaluate("field.value") == "\"alive\""; }));
+}
+
+TEST_F(PageProcess, may_be_killed_while_it_loads)
+{
+    server.serve("/endless", {.body = "<p>begins", .hold = HttpReply::END});
+    ASSERT_TRUE(view.open(server.url("/")));
+    const size_t first = view.loads().size();
+    view->set_url(server.url("/endless"));
+    ASSERT_TRUE(server.wait_for_request("/endless"));
+    ASSERT_TRUE(view.wait_for_load(Load::STARTED, first));
+    ASSERT_TRUE(kill_page());
+    ASSERT_TRUE(loads_by([&] { view->set_url(server.url("/other")); }));
+    EXPECT_TRUE(comes_back("other"));
+}
+
+TEST_F(PageProcess, may_be_gone_when_the_view_goes)
+{
+    {
+        HostWebView other;
+        ASSERT_TRUE(other.open(server.url("/")));
+        for (const Process& page : page_processes())
+            kill(page.id, SIGKILL);
+    }
+    {
+        HostWebView other;
+        ASSERT_TRUE(other.open(server.url("/")));
+        for (const Process& page : page_processes())
+            kill(page.id, SIGKILL);
+        ASSERT_TRUE(other.open(server.url("/other")));
+        EXPECT_EQ(other.evaluate("document.title"), "\"other\"");
+    }
+}
+
+TEST_F(PageProcess, may_be_killed_again_and_again)
+{
+    ASSERT_TRUE(view.open(server.url("/")));
+    const int kills = times(3, 50);
+    for (int i = 0; i < kills; ++i) {
+        ASSERT_TRUE(kill_page()) << "kill " << i;
+        ASSERT_TRUE(loads_by([&] {
+            if (i % 2)
+                view->reload();
+            else
+                view->set_url(server.url("/"));
+        })) << "kill "
+            << i;
+        ASSERT_TRUE(comes_back("one")) << "kill " << i;
+    }
+}
+
+// --- Pages that hang ---------------------------------------------------------------------------
+
+class HangingPage : public PageProcess {
+protected:
+    HangingPage()
+    {
+        server.serve("/loop",
+                     html("<body style='background: #0000ff'><script>function hang() {"
+                          " console.log('hangs'); while (true); }</script>"));
+    }
+
+    void hang()
+    {
+        ASSERT_TRUE(view.open(server.url("/loop")));
+        ASSERT_TRUE(view.wait_for_colour(100, 100, BLUE));
+        view.run("hang()");
+        ASSERT_TRUE(view.wait_for_console("hangs"));
+    }
+
+    /** How long `act` takes. */
+    template <typename Act>
+    static std::chrono::steady_clock::duration time_of(Act act)
+    {
+        const auto start = std::chrono::steady_clock::now();
+        act();
+        return std::chrono::steady_clock::now() - start;
+    }
+};
+
+TEST_F(HangingPage, does_not_hold_up_the_host)
+{
+    hang();
+    const auto all = time_of([&] {
+        view.run("console.log('never')");
+        view.click(100, 100);
+        view.type_text("never");
+        view->mouse_wheel_down(100, 100);
+        view->can_go_back();
+        view->set_zoom_factor(200);
+        view->reload();
+        for (int i = 0; i < 10; ++i)
+            view.draw_frame();
+    });
+    EXPECT_LT(all, 3s);
+    EXPECT_TRUE(view.draw_until([&] { return view.picture().pixel(100, 100) == BLUE; }))
+        << "the last picture stays";
+}
+
+TEST_F(HangingPage, does_not_hold_up_other_views)
+{
+    hang();
+    HostWebView other;
+    ASSERT_TRUE(other.open(server.url("/", "localhost")));
+    EXPECT_EQ(other.evaluate("document.title"), "\"one\"");
+}
+
+TEST_F(HangingPage, is_left_by_going_elsewhere)
+{
+    hang();
+    ASSERT_TRUE(loads_by([&] { view->set_url(server.url("/other", "localhost")); }));
+    EXPECT_TRUE(comes_back("other"));
+}
+
+TEST_F(HangingPage, ends_with_its_view)
+{
+    hang();
+    EXPECT_LT(time_of([&] { view->destroy(); }), 3s);
+    EXPECT_TRUE(wait_until([] { return page_processes().empty(); }, 20s))
+        << "nobody goes on looping";
+}
+
+// --- Processes that end with pages open --------------------------------------------------------
+
+void require(bool condition, const char* rule)
+{
+    if (condition)
+        return;
+    std::cerr << "broken rule: " << rule << std::endl;
+    std::_Exit(EXIT_FAILURE);
+}
+
+/** For what is never destroyed. */
+template <typename Object>
+Object& lasting()
+{
+    static auto* const object = new Object;
+    return *object;
+}
+
+/** A view that nobody destroys, on a server that never ends. */
+HostWebView& view_of(const std::string& path)
+{
+    leave_views_behind();
+    auto& server = lasting<HttpServer>();
+    server.serve("/",
+                 html("<script>let i = 0; (function count() { ++i;"
+                      " requestAnimationFrame(count); })();</script>"));
+    server.serve("/slow", {.hold = HttpReply::ALL});
+    server.serve("/endless", {.body = "<p>begins", .hold = HttpReply::END});
+    server.serve("/loop", html("<script>console.log('hangs'); while (true);</script>"));
+    auto& view = lasting<HostWebView>();
+    view->set_url(server.url(path));
+    require(view->load(), "the scene stands");
+    if (path != "/at-once")
+        require(view.draw_until([&] { return !server.requests(path).empty(); }),
+                "the page is asked for");
+    return view;
+}
+
+void page_being_asked_for()
+{
+    view_of("/slow");
+    M::destroy();
+}
+
+void page_half_there()
+{
+    HostWebView& view = view_of("/endless");
+    require(bool(view.wait_for_load(Load::STARTED)), "the page begins");
+    M::destroy();
+}
+
+void scene_just_made()
+{
+    view_of("/at-once");
+    M::destroy();
+}
+
+void page_at_work()
+{
+    HostWebView& view = view_of("/");
+    require(bool(view.wait_for_load(Load::SUCCEEDED)), "the page loads");
+    M::destroy();
+}
+
+void page_in_a_loop()
+{
+    HostWebView& view = view_of("/loop");
+    require(bool(view.wait_for_console("hangs")), "the page hangs");
+    M::destroy();
+}
+
+void page_without_a_process()
+{
+    HostWebView& view = view_of("/");
+    require(bool(view.wait_for_load(Load::SUCCEEDED)), "the page loads");
+    for (const Process& page : page_processes())
+        kill(page.id, SIGKILL);
+    M::destroy();
+}
+
+void views_destroyed_first()
+{
+    HttpServer server;
+    server.serve("/", html("page"));
+    {
+        HostWebView one, other;
+        require(bool(one.open(server.url("/"))) && bool(other.open(server.url("/"))),
+                "the pages load");
+    }
+    M::destroy();
+    release_host();
+}
+
+void calls_after_the_end()
+{
+    HostWebView& view = view_of("/");
+    require(bool(view.wait_for_load(Load::SUCCEEDED)), "the page loads");
+    M::destroy();
+    require(!view->load() && !view->can_go_back() && view->get_url().empty(), "there is no view");
+    view->set_url("res://x/");
+    view->load_html("<p>", "");
+    view->reload();
+    view->run_javascript("1");
+    view->set_user_agent("x");
+    view->set_otr(false);
+    view->set_storage_path("/tmp");
+    view->set_cookie("a", "/", "b", "c", false, "lax", 0);
+    view->set_func_loading_changed({});
+    view->destroy();
+}
+
+const std::map<std::string, void (*)()> LIVES = {
+    {"page_being_asked_for", page_being_asked_for},
+    {"page_half_there", page_half_there},
+    {"scene_just_made", scene_just_made},
+    {"page_at_work", page_at_work},
+    {"page_in_a_loop", page_in_a_loop},
+    {"page_without_a_process", page_without_a_process},
+    {"views_destroyed_first", views_destroyed_first},
+    {"calls_after_the_end", calls_after_the_end},
+};
+
+class WebLives : public testing::TestWithParam<std::string> {};
+
+TEST_P(WebLives, end_cleanly_and_leave_no_process_behind)
+{
+    const int lives = times(1, 50);
+    for (int i = 0; i < lives; ++i) {
+        const ProgramResult result = run_program({own_path(), "--life", GetParam()});
+        ASSERT_FALSE(result.timed_out) << "life " << i << ": " << result.error;
+        ASSERT_EQ(result.exit_code, 0) << "life " << i << ": " << result.error;
+        ASSERT_TRUE(result.left_behind.empty())
+            << "life " << i << ": " << result.left_behind.size() << " processes, the first is "
+            << result.left_behind[0].name;
+    }
+}
+
+std::vector<std::string> names_of_lives()
+{
+    std::vector<std::string> names;
+    for (const auto& [name, life] : LIVES)
+        names.push_back(name);
+    return names;
+}
+
+INSTANTIATE_TEST_SUITE_P(Process, WebLives, testing::ValuesIn(names_of_lives()),
+                         [](const auto& test) { return test.param; });
+
+}  // namespace
+
+}  // namespace marlune::test
+
+int main(int argc, char** argv)
+{
+    using namespace marlune::test;
+    if (argc != 3 || std::string(argv[1]) != "--life")
+        return run_tests(argc, argv);
+    LIVES.at(argv[2])();
+    return EXIT_SUCCESS;
+}
