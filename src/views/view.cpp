@@ -25,6 +25,7 @@ namespace {
 
 constexpr qreal minimum_side = 256;
 constexpr int maximum_rate = 120;
+constexpr auto unseen_after = std::chrono::milliseconds(250);
 
 }  // namespace
 
@@ -154,6 +155,9 @@ void View::take_changes()
     // Before the first frame there is no command buffer, by which items find their device.
     if (rendering_ || !texture_drawn_ || !render_target_
         || !QQuickWindowPrivate::get(window_.get())->redirect.commandBuffer)
+        return;
+    // Nobody looks: what feeds the items may wait, and so saves its work.
+    if (std::chrono::steady_clock::now() - last_frame_ > unseen_after)
         return;
     const QScopedValueRollback guard(rendering_, true);
     render_control_->polishItems();

@@ -103,9 +103,9 @@ protected:
     void withdraw() { live_.withdraw(); }
 
     /**
-     * From now on, changes of the loaded scene's items are taken into its scene graph when they come, and
-     * not only with the next frame. For items whose feeder waits until what it has given last has been
-     * taken.
+     * From now on, as long as the host draws frames, changes of the loaded scene's items are taken into
+     * its scene graph when they come, and not only with the next frame. For items whose feeder waits
+     * until what it has given last has been taken.
      */
     void take_changes_at_once();
 
