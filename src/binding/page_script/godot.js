@@ -129,8 +129,8 @@ var ___godot_channel = null;
     }
 
     /**
-     * Stands for the property. The channel does not pass changes on by itself, so the value is the one
-     * that the game has announced last, unless the page has written another one since.
+     * Stands for the property. The channel's own news of a change may come after the manager's, so the
+     * value is the one that the game has announced last, unless the page has written another one since.
      */
     function make_property(channel_property, property_name, inside) {
         return new Proxy({}, {
