@@ -87,6 +87,12 @@ QVariantMap DBAbstractContextObject::variables_map() const
     return map;
 }
 
+DBPropertyInfo* DBAbstractContextObject::find_property(const QString& name) const
+{
+    const auto found = std::ranges::find(properties_, name, &DBPropertyInfo::key);
+    return found == properties_.end() ? nullptr : *found;
+}
+
 void DBAbstractContextObject::publish()
 {
     if (!channel_)
@@ -225,12 +231,6 @@ DBMethodInfo* DBAbstractContextObject::find_method(const QString& name) const
         return nullptr;
     const auto found = std::ranges::find(methods_, name, &DBMethodInfo::name_text);
     return found == methods_.end() ? nullptr : *found;
-}
-
-DBPropertyInfo* DBAbstractContextObject::find_property(const QString& name) const
-{
-    const auto found = std::ranges::find(properties_, name, &DBPropertyInfo::key);
-    return found == properties_.end() ? nullptr : *found;
 }
 
 void DBAbstractContextObject::announce_change(const PropertyInfoStd* record)

@@ -49,6 +49,9 @@ public:
     /** The host's record. Null once this is withdrawn. */
     AbstractContextObjectStd* record() const { return record_; }
 
+    /** Null when there is none of that name. It goes with this object. */
+    DBPropertyInfo* find_property(const QString& name) const;
+
     void publish();
 
     /** Publishes it and its members anew: the channel that they were on is gone. */
@@ -82,7 +85,6 @@ private:
     void add_properties();
     void publish_member(const QString& member_name, QObject* member);
     DBMethodInfo* find_method(const QString& name) const;
-    DBPropertyInfo* find_property(const QString& name) const;
     void announce_change(const PropertyInfoStd* record);
     void announce_signal(const QString& signal_name, const std::vector<ContainerStd>& values,
                          const std::vector<VariantTypeStd>& codes);

@@ -10,6 +10,7 @@
 #include <QWebChannel>
 
 #include <mutex>
+#include <ranges>
 #include <utility>
 
 namespace marlune::db {
@@ -62,6 +63,26 @@ AbstractContextObjectStd* DataBindingContextManager::find(const std::string& nam
     const QReadLocker locker(&lock_);
     const auto found = objects_.find(name);
     return found == objects_.end() ? nullptr : found->second->record();
+}
+
+DBAbstractContextObject* DataBindingContextManager::object(const std::string& name) const
+{
+    const QReadLocker locker(&lock_);
+    const auto found = objects_.find(name);
+    return found == objects_.end() ? nullptr : found->second;
+}
+
+std::vector<std::string> DataBindingContextManager::names() const
+{
+    const QReadLocker locker(&lock_);
+    const auto keys = std::views::keys(objects_);
+    return {keys.begin(), keys.end()};
+}
+
+void DataBindingContextManager::deregister_all()
+{
+    for (const std::string& name : names())
+        deregisterObject(name);
 }
 
 void DataBindingContextManager::move_to(QWebChannel* channel, QObject* root)

@@ -9,6 +9,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 class QWebChannel;
 
@@ -39,6 +40,15 @@ public:
 
     /** The record published under the name, or null. For any thread. */
     AbstractContextObjectStd* find(const std::string& name) const;
+
+    /** The object published under the name, or null. On the Qt thread, like all of the object. */
+    DBAbstractContextObject* object(const std::string& name) const;
+
+    /** Those under which objects are published. */
+    std::vector<std::string> names() const;
+
+    /** Withdraws all objects and tells of each, as their view goes. */
+    void deregister_all();
 
     /** Publishes all objects on the channel of the view's next scene. The old one is gone. */
     void move_to(QWebChannel* channel, QObject* root);

@@ -2,6 +2,7 @@
 
 #include "web/popup_catcher.h"
 #include "web/profile.h"
+#include "web/published_objects.h"
 #include "web/scheme_handler.h"
 #include "web/url_interceptor.h"
 #include "web/web_view.h"
@@ -43,6 +44,7 @@ void set_up_profile()
     handler = new GodotSchemeHandler;
     set_up_shared_profile()->installUrlSchemeHandler("res", handler);
     qmlRegisterType<GodotURLInterceptor>("Web", 1, 0, "GodotURLInterceptor");
+    PublishedObjects::register_type();
     install_popup_catcher();
 }
 

@@ -6,6 +6,7 @@
 #include "runtime/trace.h"
 #include "views/component_files.h"
 #include "web/profile.h"
+#include "web/published_objects.h"
 
 #include <QDir>
 #include <QFile>
@@ -99,6 +100,11 @@ WebView::~WebView()
     withdraw();
     web_views.erase(this);
     reset();
+    if (!manager_)
+        return;
+    // Scenes of other views may have found the objects.
+    PublishedObjects::remove(*manager_);
+    manager_->deregister_all();
 }
 
 void WebView::prepare_context(QQmlContext* root_context)
@@ -136,8 +142,11 @@ void WebView::publish_on(QObject* root)
     if (manager_) {
         manager_->move_to(channel, root);
     } else {
-        const std::lock_guard lock(manager_mutex_);
-        manager_ = std::make_unique<db::DataBindingContextManager>(channel, root);
+        {
+            const std::lock_guard lock(manager_mutex_);
+            manager_ = std::make_unique<db::DataBindingContextManager>(channel, root);
+        }
+        PublishedObjects::add(idx_, *manager_);
     }
     channel->registerObject(QStringLiteral("___cm"), manager_.get());
 }
