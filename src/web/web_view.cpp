@@ -137,7 +137,7 @@ void WebView::post_setup(QQmlEngine*, QObject* root)
 void WebView::publish_on(QObject* root)
 {
     auto* const channel = root->property("webChannel").value<QWebChannel*>();
-    // Changes are announced by the manager; the channel has nothing to look for.
+    // No timer of the channel: what changes is told when it changes.
     channel->setPropertyUpdateInterval(-1);
     if (manager_) {
         manager_->move_to(channel, root);
