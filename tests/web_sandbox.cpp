@@ -1,0 +1,212 @@
+// Pages in the engine's sandbox, which wants an ordinary user, and what it takes from them. Each case
+// is a process of its own, since the engine reads its flags once.
+
+#include "support/host_web_view.h"
+#include "support/http_server.h"
+#include "support/library.h"
+#include "support/processes.h"
+
+#include <marlune/marlune.h>
+
+#include <gtest/gtest.h>
+
+#include <grp.h>
+#include <sched.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace marlune::test {
+
+namespace {
+
+constexpr uid_t SOMEBODY = 54321;
+
+/** Leaves the rights of root for good, if this process has them. */
+void become_ordinary()
+{
+    if (geteuid() != 0)
+        return;
+    if (setgroups(0, nullptr) != 0 || setgid(SOMEBODY) != 0 || setuid(SOMEBODY) != 0)
+        throw std::runtime_error("cannot become an ordinary user");
+}
+
+/** Whether the system lets ordinary users make what the sandbox is made of. */
+bool may_make_namespaces()
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        become_ordinary();
+        _exit(unshare(CLONE_NEWUSER) == 0 ? EXIT_SUCCESS : EXIT_FAILURE);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return status == 0;
+}
+
+// --- What happens in the processes -------------------------------------------------------------
+
+[[noreturn]] void end(bool holds, const std::string& rule)
+{
+    if (!holds)
+        std::cerr << "broken rule: " << rule << std::endl;
+    M::destroy();
+    release_host();
+    std::_Exit(holds ? EXIT_SUCCESS : EXIT_FAILURE);
+}
+
+/** What the kernel says of a process, as in "Seccomp: 2". */
+std::string status_of(const Process& process, const std::string& name)
+{
+    std::ifstream file("/proc/" + std::to_string(process.id) + "/status");
+    for (std::string line; std::getline(file, line);) {
+        if (line.starts_with(name + ":"))
+            return line.substr(line.find_first_not_of(" \t", name.size() + 1));
+    }
+    return "unknown";
+}
+
+std::string seccomp_of_the_pages()
+{
+    std::string result;
+    for (const Process& page : page_processes())
+        result += status_of(page, "Seccomp") + " ";
+    return result;
+}
+
+/** What a page learns of another origin's secret, and how the page's process is guarded. */
+struct Findings {
+    std::string secret;
+    std::string own;
+    std::string seccomp;
+};
+
+Findings explore()
+{
+    HttpServer server, other;
+    server.serve("/", html("page"));
+    server.serve("/own", html("own"));
+    other.serve("/secret", html("secret"));
+    HostWebView view;
+    Findings findings;
+    if (!view.open(server.url("/")))
+        end(false, "the page loads");
+    const auto text_of = [&](const std::string& url) {
+        return view.evaluate("fetch('" + url + "').then(reply => reply.text())");
+    };
+    findings.own = text_of(server.url("/own"));
+    findings.secret = text_of(other.url("/secret"));
+    findings.seccomp = seccomp_of_the_pages();
+    if (findings.secret.starts_with("threw")) {
+        // The server has been asked, as the origin's rules want it; the page only does not learn it.
+        const bool is_told = view.draw_until([&] {
+            return view.console()
+                .take_first([](const ConsoleRecord& record) {
+                    return record.message.find("blocked by CORS policy") != std::string::npos;
+                })
+                .has_value();
+        });
+        if (!is_told || other.requests("/secret").empty())
+            end(false, "the console says why the page learns nothing");
+    }
+    view->destroy();
+    return findings;
+}
+
+void sandboxed()
+{
+    become_ordinary();
+    opts::SANDBOXED = true;
+    const Findings findings = explore();
+    end(findings.own == "\"own\"" && findings.secret.starts_with("threw TypeError")
+            && !findings.seccomp.empty()
+            && findings.seccomp.find_first_not_of("2 ") == std::string::npos,
+        "the page is guarded: it learns " + findings.secret + ", its filter is "
+            + findings.seccomp);
+}
+
+void unsandboxed()
+{
+    const Findings findings = explore();
+    end(findings.own == "\"own\"" && findings.secret == "\"secret\"" && !findings.seccomp.empty()
+            && findings.seccomp.find_first_not_of("0 ") == std::string::npos,
+        "the page is not guarded: it learns " + findings.secret + ", its filter is "
+            + findings.seccomp);
+}
+
+const std::map<std::string, void (*)()> LIVES = {
+    {"sandboxed", sandboxed},
+    {"unsandboxed", unsandboxed},
+};
+
+// --- What is seen of them from outside ---------------------------------------------------------
+
+class Sandbox : public testing::Test {
+protected:
+    Sandbox()
+    {
+        // The temporary folder of the tests is closed to others.
+        std::string path = "/tmp/marlune-home-XXXXXX";
+        EXPECT_TRUE(mkdtemp(path.data()));
+        home = path;
+        EXPECT_TRUE(geteuid() != 0 || chown(path.c_str(), SOMEBODY, SOMEBODY) == 0);
+        for (const char* const name : {"HOME", "XDG_RUNTIME_DIR", "TMPDIR"}) {
+            former[name] = std::getenv(name) ? std::getenv(name) : "";
+            setenv(name, path.c_str(), 1);
+        }
+    }
+    ~Sandbox() override
+    {
+        for (const auto& [name, value] : former)
+            setenv(name.c_str(), value.c_str(), 1);
+        std::error_code ignored;
+        std::filesystem::remove_all(home, ignored);
+    }
+
+    static testing::AssertionResult lives(const std::string& name)
+    {
+        const ProgramResult result = run_program({own_path(), "--life", name});
+        if (result.exit_code == 0 && !result.timed_out && result.left_behind.empty())
+            return testing::AssertionSuccess();
+        return testing::AssertionFailure()
+            << name << " ends with " << result.exit_code << " and leaves "
+            << result.left_behind.size() << " processes:\n"
+            << result.error << result.out;
+    }
+
+    std::filesystem::path home;
+    std::map<std::string, std::string> former;
+};
+
+TEST_F(Sandbox, guards_pages_and_keeps_origins_apart)
+{
+    if (!may_make_namespaces())
+        GTEST_SKIP() << "this system lets ordinary users make no user namespaces";
+    EXPECT_TRUE(lives("sandboxed"));
+}
+
+TEST_F(Sandbox, is_not_there_by_default)
+{
+    EXPECT_TRUE(lives("unsandboxed"));
+}
+
+}  // namespace
+
+}  // namespace marlune::test
+
+int main(int argc, char** argv)
+{
+    using namespace marlune::test;
+    if (argc != 3 || std::string(argv[1]) != "--life")
+        return run_tests(argc, argv);
+    LIVES.at(argv[2])();
+    return EXIT_SUCCESS;
+}
