@@ -182,7 +182,10 @@ TEST_F(PageProcess, may_be_gone_when_the_view_goes)
         ASSERT_TRUE(other.open(server.url("/")));
         for (const Process& page : page_processes())
             kill(page.id, SIGKILL);
-        ASSERT_TRUE(other.open(server.url("/other")));
+        const size_t first = other.loads().size();
+        other->set_url(server.url("/other"));
+        ASSERT_TRUE(other->load());
+        ASSERT_TRUE(other.wait_for_load(Load::SUCCEEDED, first));
         EXPECT_EQ(other.evaluate("document.title"), "\"other\"");
     }
 }
