@@ -50,13 +50,13 @@ struct ReturnInfoStd {
     VariantTypeStd type = VariantTypeStd::NIL;
 };
 
-/** A method that pages call, or a signal that the host emits. */
+/** A method that pages call, or a signal that the host emits. Name in braces what it has, in this order. */
 struct MethodInfoStd {
     std::string name;
     /** In the order of the call. A page must give as many. */
-    std::vector<ArgumentInfoStd> args;
+    std::vector<ArgumentInfoStd> args{};
     /** Absent means NIL: callers get no value. */
-    std::optional<ReturnInfoStd> return_type;
+    std::optional<ReturnInfoStd> return_type{};
     bool is_signal = false;
 
     /**
@@ -68,7 +68,7 @@ struct MethodInfoStd {
      */
     std::function<ContainerStd(MethodInfoStd* method, std::vector<ContainerStd> values,
                                std::vector<VariantTypeStd> codes)>
-        func_call_method;
+        func_call_method{};
 
     /**
      * Filled in by the library for a signal: emits it with these values, each converted by the code at
@@ -76,31 +76,31 @@ struct MethodInfoStd {
      */
     std::function<void(const MethodInfoStd* signal, std::vector<ContainerStd> values,
                        std::vector<VariantTypeStd> codes)>
-        func_emit_signal;
+        func_emit_signal{};
 };
 
 struct PropertyInfoStd {
     std::string name;
     VariantTypeStd type = VariantTypeStd::UNKNOWN;
     /** The current value. See ValueLock. */
-    ContainerStd value;
+    ContainerStd value{};
 
     /** The host's: a page or QML has written a new value into the record. On the Qt thread. */
-    std::function<void(PropertyInfoStd* property)> func_valueChanged_updateGodot;
+    std::function<void(PropertyInfoStd* property)> func_valueChanged_updateGodot{};
 
     /**
      * Filled in by the library: tells pages and QML that the value has changed. They get the value that
      * the record holds when the Qt thread gets to it. For any thread; returns at once.
      */
-    std::function<void(const PropertyInfoStd* property)> func_valueChanged_updateQt;
+    std::function<void(const PropertyInfoStd* property)> func_valueChanged_updateQt{};
 };
 
 struct AbstractContextObjectStd {
     /** The name by which changes and signals name the object: the one that it is registered under. */
     std::string name;
     /** By name. */
-    std::map<std::string, MethodInfoStd*> methods;
-    std::map<std::string, PropertyInfoStd*> properties;
+    std::map<std::string, MethodInfoStd*> methods{};
+    std::map<std::string, PropertyInfoStd*> properties{};
 };
 
 /**
