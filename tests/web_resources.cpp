@@ -102,9 +102,9 @@ protected:
 TEST_F(Resources, make_a_page_with_all_that_belongs_to_it)
 {
     pack.put("/page/index.html", R"(<!doctype html>
-        <link rel=stylesheet href=style.css><p id=p>text
+        <link rel=stylesheet href=style.css><script src=script.js></script><p id=p>text
         <img id=drawing src=drawing.svg><iframe id=frame src="inner.html"></iframe>
-        <script src=script.js></script><script type=module src=module.js></script>)");
+        <script type=module src=module.js></script>)");
     pack.put("/page/style.css", "@import 'more.css'; #p { color: rgb(1, 2, 3); }");
     pack.put("/page/more.css", "#p { margin: 7px; }");
     pack.put("/page/drawing.svg",
