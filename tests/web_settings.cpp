@@ -347,6 +347,23 @@ TEST_F(WebSettings, show_an_error_page_or_stay_transparent)
     EXPECT_TRUE(view.draw_until(shows_anything)) << "the engine tells of the failure";
 }
 
+TEST_F(WebSettings, leave_nothing_of_the_last_page_when_the_next_one_fails)
+{
+    HttpServer server;
+    server.serve("/", html("<body style='background: rgb(0, 255, 0)'><input autofocus id=i>"));
+    ASSERT_TRUE(view.open(server.url("/")));
+    ASSERT_TRUE(view.wait_for_colour(300, 200, GREEN));
+    view->set_url(HttpServer().url("/"));
+    ASSERT_TRUE(view.wait_for_load(Load::FAILED));
+    ASSERT_TRUE(view.wait_for_colour(300, 200, TRANSPARENT));
+
+    ASSERT_TRUE(view.go_to(server.url("/")));
+    EXPECT_TRUE(view.wait_for_colour(300, 200, GREEN));
+    view.type_text("x");
+    EXPECT_TRUE(view.draw_until([&] { return view.evaluate("i.value") == "\"x\""; }))
+        << "the page does not get the keyboard back";
+}
+
 TEST_F(WebSettings, stay_harmless_with_any_policy_for_unknown_schemes)
 {
     for (const int policy : {-1, 4, 77, INT_MAX, INT_MIN}) {

@@ -243,7 +243,12 @@ Item {
         sourceComponent: WebEngineView {
             id: page
 
+            // Nothing has come of the last loading. The engine keeps the page that was there before; it
+            // is hidden until the first piece of the next one is there.
+            property bool gone
+
             focus: true
+            visible: !gone
             profile: root.profile
             webChannel: root.webChannel
             backgroundColor: root.background
@@ -262,10 +267,20 @@ Item {
             onLoadingChanged: info => {
                 const domain = root.errorDomains[info.errorDomain] ?? "internal";
                 const failed = info.status === WebEngineView.LoadFailedStatus;
+                if (failed)
+                    gone = domain !== "" && !settings.errorPageEnabled;
+                else if (info.status === WebEngineView.LoadSucceededStatus)
+                    gone = false;
                 root.view.onLoadingChanged(info.status, info.url.toString(),
                                            failed && domain === "" ? "internal" : domain,
                                            failed ? root.describeFailure(domain, info) : "",
                                            info.errorCode);
+            }
+
+            // A loading begins at 10 %.
+            onLoadProgressChanged: {
+                if (loading && loadProgress > 10)
+                    gone = false;
             }
 
             onJavaScriptConsoleMessage: (level, message, lineNumber, sourceID) =>
