@@ -359,8 +359,12 @@ TEST_F(WebSettings, leave_nothing_of_the_last_page_when_the_next_one_fails)
 
     ASSERT_TRUE(view.go_to(server.url("/")));
     EXPECT_TRUE(view.wait_for_colour(300, 200, GREEN));
-    view.type_text("x");
-    EXPECT_TRUE(view.draw_until([&] { return view.evaluate("i.value") == "\"x\""; }))
+    // The engine drops keys until the page has drawn something.
+    const auto takes_keys = [&] {
+        view.type_text("x");
+        return view.evaluate("i.value") != "\"\"";
+    };
+    EXPECT_TRUE(view.draw_until(takes_keys))
         << "the page does not get the keyboard back";
 }
 
