@@ -426,6 +426,16 @@ TEST_F(WebSettings, put_a_colour_behind_pages)
 
 // --- Zoom --------------------------------------------------------------------------------------
 
+TEST_F(WebSettings, show_no_background_of_the_page_before)
+{
+    for (int turn = 0; turn < 10; ++turn) {
+        ASSERT_TRUE(view.show_html("<body style='background: rgb(0, 255, 0)'>page"));
+        ASSERT_TRUE(view.wait_for_colour(50, 50, GREEN));
+        ASSERT_TRUE(view.show_html("<p>"));
+        ASSERT_TRUE(view.wait_for_colour(50, 50, TRANSPARENT)) << turn;
+    }
+}
+
 TEST_F(WebSettings, zoom_pages_to_twice_their_size_at_first)
 {
     MWebView fresh;

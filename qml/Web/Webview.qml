@@ -246,12 +246,20 @@ Item {
             // Nothing has come of the last loading. The engine keeps the page that was there before; it
             // is hidden until the first piece of the next one is there.
             property bool gone
+            // The engine goes on drawing the background of the page before, behind one that has none, until
+            // it is given another colour.
+            property bool refreshing
+
+            function refreshBackground(): void {
+                refreshing = true;
+                refreshing = false;
+            }
 
             focus: true
             visible: !gone
             profile: root.profile
             webChannel: root.webChannel
-            backgroundColor: root.background
+            backgroundColor: refreshing ? "#01000000" : root.background
             zoomFactor: root.view.zoom_factor
             audioMuted: root.view.audio_muted
 
@@ -271,6 +279,7 @@ Item {
                     gone = domain !== "" && !settings.errorPageEnabled;
                 else if (info.status === WebEngineView.LoadSucceededStatus)
                     gone = false;
+                refreshBackground();
                 root.view.onLoadingChanged(info.status, info.url.toString(),
                                            failed && domain === "" ? "internal" : domain,
                                            failed ? root.describeFailure(domain, info) : "",
