@@ -66,6 +66,8 @@ private:
             page_at(scene->contentItem(), scene->mapFromGlobal(popup->position()));
         content_ = popup->contentItem()->childItems().first();
         content_->setParentItem(page ? page : scene->contentItem());
+        // It goes with its window, and first: in time to hide a window that is deleted as it is shown.
+        connect(content_, &QObject::destroyed, this, [this] { window_->setVisible(false); });
         content_->setZ(1);
         place();
     }
