@@ -11,6 +11,14 @@ class Application : public QApplication {
 public:
     using QApplication::QApplication;
 
+    /**
+     * Sets who is told, on the Qt thread, of each child that an object there gets. An event filter of the
+     * application would not do: Qt asks those on the thread only that was the first to use Qt, which
+     * may be one of the host's.
+     */
+    using ChildWatcher = void (*)(QObject* parent, QObject* child);
+    static void set_child_watcher(ChildWatcher watcher);
+
     bool notify(QObject* receiver, QEvent* event) override;
 };
 

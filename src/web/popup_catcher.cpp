@@ -1,7 +1,7 @@
 #include "web/popup_catcher.h"
 
-#include <QChildEvent>
-#include <QCoreApplication>
+#include "runtime/application.h"
+
 #include <QPointer>
 #include <QQuickItem>
 #include <QQuickWindow>
@@ -66,8 +66,6 @@ private:
             page_at(scene->contentItem(), scene->mapFromGlobal(popup->position()));
         content_ = popup->contentItem()->childItems().first();
         content_->setParentItem(page ? page : scene->contentItem());
-        // It goes with its window, and first: in time to hide a window that is deleted as it is shown.
-        connect(content_, &QObject::destroyed, this, [this] { window_->setVisible(false); });
         content_->setZ(1);
         place();
     }
@@ -106,28 +104,19 @@ private:
     QPointer<QQuickItem> content_;
 };
 
-class PopupCatcher : public QObject {
-public:
-    using QObject::QObject;
-
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        if (event->type() == QEvent::ChildAdded && qobject_cast<QQuickWindow*>(watched)) {
-            // Its constructor is still running: it calls itself a QWindow, but is not marked as one.
-            QObject* const child = static_cast<QChildEvent*>(event)->child();
-            if (child->metaObject()->inherits(&QWindow::staticMetaObject))
-                new Popup(static_cast<QWindow*>(child));
-        }
-        return QObject::eventFilter(watched, event);
-    }
-};
+void catch_popup(QObject* parent, QObject* child)
+{
+    // Its constructor is still running: it calls itself a QWindow, but is not marked as one.
+    if (qobject_cast<QQuickWindow*>(parent)
+        && child->metaObject()->inherits(&QWindow::staticMetaObject))
+        new Popup(static_cast<QWindow*>(child));
+}
 
 }  // namespace
 
 void install_popup_catcher()
 {
-    QCoreApplication* const application = QCoreApplication::instance();
-    application->installEventFilter(new PopupCatcher(application));
+    Application::set_child_watcher(catch_popup);
 }
 
 }  // namespace marlune

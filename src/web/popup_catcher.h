@@ -7,8 +7,7 @@ namespace marlune {
  *
  * The engine shows each of them in a QQuickWindow of its own, a child of the window that the page is
  * in. From the installation on, its content is moved into that window's scene instead, above the page,
- * and no window of the window system ever comes to be. Once a process, when the application object
- * stands; the catcher goes with it.
+ * and no window of the window system ever comes to be. Once a process.
  */
 void install_popup_catcher();
 
