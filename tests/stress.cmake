@@ -29,8 +29,12 @@ foreach(name IN ITEMS
         stress_destroy
         stress_input
         stress_stale
-        stress_views)
+        stress_views
+        stress_web_calls
+        stress_web_pages)
     marlune_add_endurance_test(${name})
 endforeach()
+marlune_add_endurance_test(stress_fuzz WHITEBOX)
 marlune_add_endurance_test(stress_process OWN_MAIN)
+marlune_add_endurance_test(stress_web_starts OWN_MAIN)
 marlune_add_endurance_test(web_processes OWN_MAIN)

@@ -1,5 +1,7 @@
 #include "support/memory.h"
 
+#include "support/processes.h"
+
 #include <malloc.h>
 #include <unistd.h>
 
@@ -10,6 +12,7 @@
 #include <iterator>
 #include <numeric>
 #include <stdexcept>
+#include <string>
 
 namespace marlune::test {
 
@@ -20,6 +23,18 @@ double resident_kib()
     long total_pages = 0, resident_pages = 0;
     std::ifstream("/proc/self/statm") >> total_pages >> resident_pages;
     return static_cast<double>(resident_pages) * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1024;
+}
+
+/** The process's share of the memory that it uses; 0 when it has ended meanwhile. */
+double proportional_kib(pid_t process)
+{
+    std::ifstream file("/proc/" + std::to_string(process) + "/smaps_rollup");
+    for (std::string word; file >> word;) {
+        double kib = 0;
+        if (word == "Pss:" && file >> kib)
+            return kib;
+    }
+    return 0;
 }
 
 int entries_of(const char* folder)
@@ -35,6 +50,15 @@ Holdings holdings()
     // What is free already is no leak, wherever the allocator happens to keep it.
     malloc_trim(0);
     return {resident_kib(), entries_of("/proc/self/task"), entries_of("/proc/self/fd")};
+}
+
+Holdings holdings_with_descendants()
+{
+    Holdings all = holdings();
+    all.resident_kib = proportional_kib(getpid());
+    for (const Process& process : descendants())
+        all.resident_kib += proportional_kib(process.id);
+    return all;
 }
 
 double slope(const std::vector<double>& values)

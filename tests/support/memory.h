@@ -14,6 +14,9 @@ struct Holdings {
 
 Holdings holdings();
 
+/** The same with the memory of all processes below this one, each piece that they share counted once. */
+Holdings holdings_with_descendants();
+
 /** Slope of the straight line that fits the values best (least squares), per step from one to the next. */
 double slope(const std::vector<double>& values);
 
@@ -24,7 +27,7 @@ double slope(const std::vector<double>& values);
  */
 class HoldingsTrend {
 public:
-    void sample() { samples_.push_back(holdings()); }
+    void sample(const Holdings& held = holdings()) { samples_.push_back(held); }
 
     /** Growth of the resident memory in KiB from one sample to the next; takes 15 samples or more. */
     double growth_kib() const;
