@@ -240,7 +240,7 @@ TEST_F(PageDialogs, send_the_name_and_the_password_that_a_server_wants)
     HttpServer server;
     server.serve("/",
                  behind_password("ann", "s3cret", html("<body style='background:#00ff00'>in")));
-    ASSERT_TRUE(view.open("about:blank"));
+    ASSERT_TRUE(view.show_html("<p>before"));
     view->set_url(server.url("/"));
     ASSERT_TRUE(shows(view, ACCEPT));
     // Enter goes on from the name to the password.
@@ -253,7 +253,7 @@ TEST_F(PageDialogs, show_what_the_server_says_without_a_password)
 {
     HttpServer server;
     server.serve("/", behind_password("ann", "s3cret", html("in")));
-    ASSERT_TRUE(view.open("about:blank"));
+    ASSERT_TRUE(view.show_html("<p>before"));
     view->set_url(server.url("/"));
     ASSERT_TRUE(shows(view, ACCEPT));
     press_key(view, KEY_ESCAPE);
@@ -273,7 +273,7 @@ TEST_F(PageDialogs, wait_for_each_other)
         return "<iframe src='" + server.url("/x") + "'></iframe>";
     };
     page.serve("/", html(fetching(first) + fetching(second)));
-    ASSERT_TRUE(view.open("about:blank"));
+    ASSERT_TRUE(view.show_html("<p>before"));
     view->set_url(page.url("/"));
     ASSERT_TRUE(first.wait_for_request("/x") && second.wait_for_request("/x"));
 
