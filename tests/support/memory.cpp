@@ -25,16 +25,17 @@ double resident_kib()
     return static_cast<double>(resident_pages) * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1024;
 }
 
-/** The process's share of the memory that it uses; 0 when it has ended meanwhile. */
-double proportional_kib(pid_t process)
+/** The process's share of memory that is no file's; 0 when it has ended meanwhile. */
+double anonymous_kib(pid_t process)
 {
     std::ifstream file("/proc/" + std::to_string(process) + "/smaps_rollup");
+    double sum = 0;
     for (std::string word; file >> word;) {
         double kib = 0;
-        if (word == "Pss:" && file >> kib)
-            return kib;
+        if ((word == "Pss_Anon:" || word == "Pss_Shmem:") && file >> kib)
+            sum += kib;
     }
-    return 0;
+    return sum;
 }
 
 int entries_of(const char* folder)
@@ -55,9 +56,9 @@ Holdings holdings()
 Holdings holdings_with_descendants()
 {
     Holdings all = holdings();
-    all.resident_kib = proportional_kib(getpid());
+    all.resident_kib = anonymous_kib(getpid());
     for (const Process& process : descendants())
-        all.resident_kib += proportional_kib(process.id);
+        all.resident_kib += anonymous_kib(process.id);
     return all;
 }
 

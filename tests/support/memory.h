@@ -14,7 +14,10 @@ struct Holdings {
 
 Holdings holdings();
 
-/** The same with the memory of all processes below this one, each piece that they share counted once. */
+/**
+ * The same with the memory of this process and of all below it, but without files that are mapped, such
+ * as libraries: who else uses those is not up to a test. What several processes share counts once.
+ */
 Holdings holdings_with_descendants();
 
 /** Slope of the straight line that fits the values best (least squares), per step from one to the next. */
