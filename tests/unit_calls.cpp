@@ -218,6 +218,51 @@ TEST_F(Call, completes_for_each_of_many_threads)
     EXPECT_EQ(sum, 1600);
 }
 
+TEST_F(Call, that_is_posted_returns_before_it_has_run)
+{
+    bool ran = false;
+    post<Target>("test", target.get(), [&](Target&) { ran = true; });
+    EXPECT_FALSE(ran);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(ran);
+}
+
+TEST_F(Call, that_is_posted_keeps_its_place_among_those_that_wait)
+{
+    std::string order;
+    while_serving([&] {
+        post<Target>("test", target.get(), [&](Target&) { order += 'a'; });
+        call<Target>("test", target.get(), Delivery::Queued, [&](Target&) { order += 'b'; });
+    });
+    EXPECT_EQ(order, "ab");
+}
+
+TEST_F(Call, that_is_posted_does_not_run_where_its_target_has_gone)
+{
+    auto carried = std::make_shared<int>(1);
+    const std::weak_ptr<int> watched = carried;
+    bool ran = false;
+    post<Target>("test", target.get(),
+                 [&ran, carried = std::move(carried)](Target&) { ran = true; });
+    EXPECT_FALSE(watched.expired());
+    Target* const stale = target.get();
+    target.reset();
+    EXPECT_TRUE(watched.expired()) << "what was carried goes with the target";
+    post<Target>("test", stale, [&](Target&) { ran = true; });
+    post<Target>("test", nullptr, [&](Target&) { ran = true; });
+    OtherTarget other;
+    post<Target>("test", &other, [&](Target&) { ran = true; });
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(ran);
+}
+
+TEST_F(Call, that_is_posted_and_throws_leaves_the_exception_to_the_loop)
+{
+    post<Target>("test", target.get(), [](Target&) { throw std::runtime_error("broken"); });
+    QCoreApplication::processEvents();
+    EXPECT_EQ(application().exceptions, 1);
+}
+
 TEST_F(Call, lets_a_copied_callback_replace_itself)
 {
     std::function<void(int)> callback;

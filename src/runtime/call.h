@@ -160,4 +160,18 @@ void call(const char* name, QObject* target, Delivery delivery, Work work)
     detail::carry<Target>(target, delivery, outcome, std::move(work));
 }
 
+/**
+ * Carries a call whose caller goes on at once. It runs on its turn, after the calls that its thread has
+ * made before, and never where its target has gone. On the Qt thread too it waits for its turn.
+ */
+template <typename Target, typename Work>
+void post(const char* name, QObject* target, Work work)
+{
+    trace(name, "M");
+    LiveObjects::instance().post(target, [target, work = std::move(work)]() mutable {
+        if (auto* const live = qobject_cast<Target*>(target))
+            std::invoke(work, *live);
+    });
+}
+
 }  // namespace marlune
