@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QHash>
 #include <QSet>
 #include <QTimer>
@@ -77,6 +78,13 @@ bool publish_component(const QString& module, const QString& name)
     }
     register_type(path, module, name);
     return true;
+}
+
+void publish_module(const QString& module)
+{
+    const QDir stored(QStringLiteral(":/%1/qml/%1").arg(module));
+    for (const QFileInfo& file : stored.entryInfoList({QStringLiteral("*.qml.enc")}))
+        publish_component(module, file.baseName());
 }
 
 }  // namespace marlune

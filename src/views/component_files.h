@@ -13,4 +13,7 @@ namespace marlune {
  */
 bool publish_component(const QString& module, const QString& name);
 
+/** Publishes all components of a module, for one that is made of others which lie beside it. */
+void publish_module(const QString& module);
+
 }  // namespace marlune

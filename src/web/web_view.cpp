@@ -8,9 +8,7 @@
 #include "web/profile.h"
 #include "web/published_objects.h"
 
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QPointer>
 #include <QQmlContext>
 #include <QQuickItem>
@@ -48,14 +46,6 @@ QStringList setting_names()
     QStringLiteral(#property),
     return {MARLUNE_WEB_SETTINGS(MARLUNE_WEB_SETTING_NAME)};
 #undef MARLUNE_WEB_SETTING_NAME
-}
-
-/** The components that "Webview" is made of, which lie beside it. */
-void publish_parts()
-{
-    const QDir stored(QStringLiteral(":/Web/qml/Web"));
-    for (const QFileInfo& file : stored.entryInfoList({QStringLiteral("*.qml.enc")}))
-        publish_component(QStringLiteral("Web"), file.baseName());
 }
 
 /** True once that is known: as the flags want it, or as an earlier view has found out. */
@@ -116,7 +106,7 @@ void WebView::prepare_context(QQmlContext* root_context)
                                      engine_draws_in_memory() || device_shares_memory());
     root_context->setContextProperty(QStringLiteral("webMemoryExtension"),
                                      QString::fromLatin1(platform::memory_sharing.extension));
-    publish_parts();
+    publish_module(QStringLiteral("Web"));
 }
 
 void WebView::before_reset()
