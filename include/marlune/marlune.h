@@ -7,5 +7,6 @@
 #include <marlune/qml_modules.h>
 #include <marlune/quick_view.h>
 #include <marlune/values.h>
+#include <marlune/video_player_view.h>
 #include <marlune/view.h>
 #include <marlune/web_view.h>

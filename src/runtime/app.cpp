@@ -3,6 +3,7 @@
 #include "runtime/application.h"
 #include "runtime/context.h"
 #include "runtime/live_objects.h"
+#include "runtime/media_part.h"
 #include "runtime/qt_thread.h"
 #include "runtime/startup.h"
 #include "runtime/trace.h"
@@ -173,6 +174,7 @@ void M::_create_app()
     trace("static_cast<QApplication*>(MARLUNE_APP)->exec()", "T");
     QApplication::exec();
     close_calls();
+    media_part::close_players();
     stop_engine();
     report_end();
 }

@@ -1,0 +1,317 @@
+#include "media/video_view.h"
+
+#include "media/time_text.h"
+#include "runtime/trace.h"
+#include "views/component_files.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QMediaMetaData>
+#include <QQmlContext>
+#include <QTimer>
+#include <QtQml>
+
+#include <chrono>
+#include <unordered_set>
+
+namespace marlune {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto position_interval = 500ms;
+constexpr qint64 ms_a_second = 1000;
+constexpr int no_track = -1;
+
+// Numbers of VideoOutput's fill modes, but for the first, which hosts may set all the same.
+constexpr int lowest_fill_mode = -1;
+constexpr int highest_fill_mode = 2;
+
+// All that stand. On the Qt thread only.
+std::unordered_set<VideoView*> video_views;
+
+void register_type()
+{
+    // Once: each registration would only add to Qt's tables.
+    [[maybe_unused]] static const int id = qmlRegisterUncreatableType<VideoView>(
+        "Custom", 1, 0, "VideoView", QStringLiteral("Don't try to add to a qml definition"));
+}
+
+}  // namespace
+
+VideoView::VideoView() : QuickView("VideoView")
+{
+    trace("VideoView::VideoView()", "T");
+    make_player();
+    connect_callbacks();
+    connect_player();
+    video_views.insert(this);
+}
+
+VideoView::~VideoView()
+{
+    // While this is still a VideoView: the scene may call back into it until it has gone.
+    withdraw();
+    video_views.erase(this);
+    is_ending_ = true;
+    reset();
+    delete player_;
+    delete audio_output_;
+}
+
+void VideoView::close_players()
+{
+    // The scenes stay: the host may have taken its device down already.
+    for (const VideoView* const view : video_views) {
+        delete view->player_;
+        delete view->audio_output_;
+    }
+}
+
+void VideoView::make_player()
+{
+    player_ = new QMediaPlayer(this);
+    audio_output_ = new QAudioOutput(this);
+    player_->setAudioOutput(audio_output_);
+}
+
+/** Before anything else listens: the host hears of a change first, then the scene. */
+void VideoView::connect_callbacks()
+{
+#define MARLUNE_CONNECT_Player(signal, slot) \
+    connect(player_, &QMediaPlayer::signal, this, &VideoView::slot);
+#define MARLUNE_CONNECT_Output(signal, slot)
+#define MARLUNE_CONNECT_VIDEO_CALLBACK(source, name, parameters, signal, slot) \
+    MARLUNE_CONNECT_##source(signal, slot)
+    MARLUNE_VIDEO_CALLBACKS(MARLUNE_CONNECT_VIDEO_CALLBACK)
+#undef MARLUNE_CONNECT_VIDEO_CALLBACK
+#undef MARLUNE_CONNECT_Output
+#undef MARLUNE_CONNECT_Player
+}
+
+void VideoView::connect_player()
+{
+    connect(player_, &QMediaPlayer::sourceChanged, this, &VideoView::take_source);
+    if (!position_timer_) {
+        position_timer_ = new QTimer(this);
+        position_timer_->setInterval(position_interval);
+        connect(position_timer_, &QTimer::timeout, this, &VideoView::tick);
+    }
+    connect(player_, &QMediaPlayer::playingChanged, this,
+            [this](bool playing) { playing_ = playing; });
+    connect(player_, &QMediaPlayer::durationChanged, this, &VideoView::take_duration);
+    connect(player_, &QMediaPlayer::playbackStateChanged, this, &VideoView::follow_state);
+    connect(player_, &QMediaPlayer::activeTracksChanged, this, &VideoView::activeTracksChanged);
+    connect(player_, &QMediaPlayer::tracksChanged, this, &VideoView::count_tracks);
+    connect(audio_output_, &QAudioOutput::mutedChanged, this,
+            [this](bool muted) { callbacks_.muted_changed.call(this, muted); });
+    connect(audio_output_, &QAudioOutput::volumeChanged, this,
+            [this](float volume) { callbacks_.volume_changed.call(this, volume); });
+}
+
+void VideoView::prepare_context(QQmlContext* root_context)
+{
+    register_type();
+    root_context->setContextProperty(QStringLiteral("ctx"), this);
+    publish_module(QStringLiteral("Multimedia"));
+}
+
+void VideoView::post_setup(QQmlEngine*, QObject* root)
+{
+    if (audio_output_)
+        audio_output_->setParent(root);
+    if (!player_)
+        return;
+    player_->setParent(root);
+    player_->setSource(QUrl(path_or_url_));
+    if (auto_play_)
+        player_->play();
+}
+
+void VideoView::before_reset()
+{
+    if (player_)
+        player_->stop();
+    const bool goes_with_scene = !player_ || player_->parent() != this;
+    if (goes_with_scene && !is_ending_)
+        replace_player();
+}
+
+/** For the next scene: what is there now goes with the old one. */
+void VideoView::replace_player()
+{
+    const QPointer old_player = player_;
+    const QPointer old_output = audio_output_;
+    make_player();
+    if (old_player) {
+        old_player->disconnect(this);
+        player_->setPlaybackRate(old_player->playbackRate());
+        player_->setLoops(old_player->loops());
+    }
+    if (old_output) {
+        old_output->disconnect(this);
+        audio_output_->setVolume(old_output->volume());
+        audio_output_->setMuted(old_output->isMuted());
+    }
+    // From here on what changes is told.
+    connect_callbacks();
+    connect_player();
+    emit playerChanged();
+    emit audioOutputChanged();
+    take_duration(player_->duration());
+    count_tracks();
+}
+
+void VideoView::set_source(const QString& source)
+{
+    path_or_url_ = source;
+    if (player_)
+        player_->setSource(QUrl(source));
+}
+
+void VideoView::take_source(const QUrl& source)
+{
+    const QString path = source.path(QUrl::FullyDecoded);
+    const bool is_file = QFile::exists(path);
+    path_or_url_humanized_ = is_file ? QFileInfo(path).fileName() : source.toString();
+    // Not that of the property: scenes listen to this one.
+    emit m_ui_controls_source_humanizedChanged();
+    path_or_url_ = source.toString();
+    emit m_path_or_urlChanged();
+}
+
+void VideoView::take_duration(qint64 duration)
+{
+    duration_ = duration;
+    emit durationChanged();
+}
+
+void VideoView::follow_state(QMediaPlayer::PlaybackState state)
+{
+    if (state != QMediaPlayer::PlayingState)
+        return position_timer_->stop();
+    position_timer_->start();
+    count_tracks();
+}
+
+void VideoView::count_tracks()
+{
+    count_audio_tracks_ = player_ ? int(player_->audioTracks().size()) : 0;
+    count_video_tracks_ = player_ ? int(player_->videoTracks().size()) : 0;
+    count_subtitle_tracks_ = player_ ? int(player_->subtitleTracks().size()) : 0;
+    emit countSubtitleTracksChanged();
+    emit countAudioTracksChanged();
+    emit countVideoTracksChanged();
+}
+
+void VideoView::tick()
+{
+    if (player_)
+        show_position(player_->position());
+}
+
+void VideoView::show_position(qint64 position)
+{
+    const qint64 seconds = position / ms_a_second;
+    if (seconds == playing_position_)
+        return;
+    playing_position_pct_ = double(position) * 100.0 / double(duration_);
+    emit playing_position_pctChanged();
+    playing_position_ = seconds;
+    emit playing_positionChanged();
+    playing_position_str_ = time_text(seconds);
+    emit playing_position_strChanged();
+    playing_minus_position_str_ = u'-' + time_text((duration_ - position) / ms_a_second);
+    emit playing_minus_position_strChanged();
+}
+
+void VideoView::set_controls_enabled(bool enabled)
+{
+    controls_enabled_ = enabled;
+    emit controls_enabledChanged();
+}
+
+void VideoView::set_controls_auto_hide(bool enabled)
+{
+    controls_auto_hide_ = enabled;
+    emit controls_auto_hideChanged();
+}
+
+void VideoView::play()
+{
+    if (player_)
+        player_->play();
+}
+
+void VideoView::pause()
+{
+    if (player_)
+        player_->pause();
+}
+
+void VideoView::stop()
+{
+    if (player_)
+        player_->stop();
+}
+
+void VideoView::mute()
+{
+    if (audio_output_)
+        audio_output_->setMuted(true);
+}
+
+void VideoView::unmute()
+{
+    if (audio_output_)
+        audio_output_->setMuted(false);
+}
+
+void VideoView::set_active_subtitle_track(int track)
+{
+    if (!player_)
+        return;
+    const auto count = player_->subtitleTracks().size();
+    const bool there = qint64(track) + 1 <= count;
+    player_->setActiveSubtitleTrack(there ? track : no_track);
+    emit activeTracksChanged();
+}
+
+QString VideoView::get_current_subtitle_name()
+{
+    const int active = player_ ? player_->activeSubtitleTrack() : no_track;
+    if (active == no_track)
+        return QString();
+    return player_->subtitleTracks().value(active).stringValue(QMediaMetaData::Language);
+}
+
+void VideoView::set_position(qint64 position)
+{
+    if (player_ && player_->isSeekable())
+        player_->setPosition(position);
+    else
+        qWarning("set_position failed");
+}
+
+void VideoView::setVideoSink(QVideoSink* sink)
+{
+    if (!player_)
+        return;
+    player_->setVideoSink(sink);
+    emit playerChanged();
+}
+
+QString VideoView::playing_position_to_str(qint64 seconds)
+{
+    return time_text(seconds);
+}
+
+void VideoView::set_fill_mode(uint fill_mode)
+{
+    const int mode = static_cast<int>(fill_mode);
+    fill_mode_ = mode >= lowest_fill_mode && mode <= highest_fill_mode ? fill_mode : 0;
+    emit fill_modeChanged();
+}
+
+}  // namespace marlune
