@@ -26,6 +26,11 @@ const std::array KNOWN_MESSAGES = {
     std::regex("Failed to find vk\\w*Surface\\w*"),
     // A process of the engine that is left by a very short life while it still starts.
     std::regex("zygote_linux\\.cc.*Broken pipe"),
+    // A machine without a sound server: a player keeps its pace without one.
+    std::regex("^PulseAudioService: pa_context_connect\\(\\) failed$"),
+    std::regex("^No audio device detected$"),
+    // Matroska has one duration for all of its streams, which Qt takes then.
+    std::regex("^AVStream duration -\\d+ is invalid. Taking it from the metadata$"),
     // A view without a step of its own at the end of its set-up says so at each load.
     std::regex("^post_setup is virtual$"),
 };

@@ -1,0 +1,40 @@
+# What plays sound and video, with clips that are made first.
+
+set(media_clips "${PROJECT_BINARY_DIR}/clips")
+add_test(NAME media_clips
+    COMMAND bash "${CMAKE_CURRENT_SOURCE_DIR}/clips/make_clips.sh" "${media_clips}")
+set_tests_properties(media_clips PROPERTIES LABELS media TIMEOUT 300 FIXTURES_SETUP media_clips)
+
+add_library(marlune_media_support STATIC support/host_video_view.cpp)
+marlune_configure_target(marlune_media_support)
+set_target_properties(marlune_media_support PROPERTIES AUTOMOC OFF)
+target_link_libraries(marlune_media_support PUBLIC marlune_test_support)
+
+function(marlune_give_clips)
+    foreach(name IN LISTS ARGN)
+        set_property(TEST ${name} APPEND PROPERTY ENVIRONMENT "MARLUNE_CLIPS=${media_clips}")
+        set_tests_properties(${name} PROPERTIES FIXTURES_REQUIRED media_clips)
+    endforeach()
+endfunction()
+
+# marlune_add_media_test(<name> [<argument of marlune_add_test>...])
+function(marlune_add_media_test name)
+    marlune_add_test(${name} LABELS media SOURCES ${name}.cpp LIBRARIES marlune_media_support ${ARGN})
+    marlune_give_clips(${name})
+endfunction()
+
+# The view behind the facade, without a scene.
+marlune_add_test(unit_video_view LABELS unit SOURCES unit_video_view.cpp WHITEBOX LIBRARIES Qt6::Test)
+
+# The player through its facade, playing real clips.
+foreach(name IN ITEMS
+        media_controls
+        media_lifetime
+        media_player
+        media_sources
+        media_tracks)
+    marlune_add_media_test(${name})
+endforeach()
+
+# What a process leaves behind that ends while a player plays.
+marlune_add_media_test(media_process OWN_MAIN)

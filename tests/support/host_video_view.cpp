@@ -1,0 +1,241 @@
+#include "support/host_video_view.h"
+
+#include <QString>
+#include <QUrl>
+
+#include <algorithm>
+#include <cstdlib>
+#include <ostream>
+#include <sstream>
+#include <stdexcept>
+#include <utility>
+
+namespace marlune::test {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// Opening a file takes milliseconds, but not on a machine that is busy with other tests.
+constexpr auto LOADING_TIME = 20s;
+
+void append(std::ostream& out, bool value)
+{
+    out << (value ? "true" : "false");
+}
+
+template <typename Value>
+void append(std::ostream& out, const Value& value)
+{
+    out << value;
+}
+
+template <typename... Values>
+std::string to_text(const Values&... values)
+{
+    std::ostringstream text;
+    [[maybe_unused]] const char* separator = "";
+    ((text << std::exchange(separator, " "), append(text, values)), ...);
+    return text.str();
+}
+
+bool is_loaded(int status)
+{
+    return status == LOADED_MEDIA || status == BUFFERING_MEDIA || status == BUFFERED_MEDIA
+        || status == END_OF_MEDIA;
+}
+
+std::string clips_folder()
+{
+    const char* const folder = std::getenv("MARLUNE_CLIPS");
+    if (!folder)
+        throw std::runtime_error("MARLUNE_CLIPS is not set");
+    return folder;
+}
+
+}  // namespace
+
+std::ostream& operator<<(std::ostream& out, const PlayerEvent& event)
+{
+    return out << event.name << (event.value.empty() ? "" : " ") << event.value;
+}
+
+void PlayerLog::add(PlayerEvent event)
+{
+    const std::lock_guard lock(mutex_);
+    events_.push_back(std::move(event));
+}
+
+std::vector<PlayerEvent> PlayerLog::all() const
+{
+    const std::lock_guard lock(mutex_);
+    return events_;
+}
+
+void write_to(std::shared_ptr<PlayerLog> log, const MVideoPlayerView& view)
+{
+#define MARLUNE_FOLLOW(source, name, parameters, signal, slot)             \
+    view.set_func_on_##name([log](const auto&... values) {                 \
+        log->add({#name, to_text(values...), std::this_thread::get_id()}); \
+    });
+    MARLUNE_VIDEO_CALLBACKS(MARLUNE_FOLLOW)
+#undef MARLUNE_FOLLOW
+}
+
+std::string clip_path(const std::string& name)
+{
+    return clips_folder() + "/" + name;
+}
+
+std::string clip_url(const std::string& name)
+{
+    return QUrl::fromLocalFile(QString::fromStdString(clip_path(name)))
+        .toString(QUrl::FullyEncoded)
+        .toStdString();
+}
+
+HostVideoView::HostVideoView(Size resolution, VulkanHost& host) : HostViewOf(resolution, host)
+{
+    write_to(log_, facade());
+}
+
+bool HostVideoView::load()
+{
+    const bool loaded = facade().load("Multimedia", "VideoPlayer");
+    note_frame();
+    return loaded;
+}
+
+testing::AssertionResult HostVideoView::open(const std::string& clip)
+{
+    const size_t first = events().size();
+    facade().set_source(clip_url(clip));
+    if (!load())
+        return testing::AssertionFailure() << "the scene for " << clip << " cannot be made";
+    return wait_until_loaded(first);
+}
+
+testing::AssertionResult HostVideoView::change_to(const std::string& clip)
+{
+    const size_t first = events().size();
+    facade().set_source(clip_url(clip));
+    return wait_until_loaded(first);
+}
+
+testing::AssertionResult HostVideoView::wait_until_loaded(size_t first)
+{
+    if (draw_until([&] { return is_loaded(facade().get_media_status()); }, LOADING_TIME))
+        return testing::AssertionSuccess();
+    return testing::AssertionFailure() << "it is not loaded, told was " << describe_events(first);
+}
+
+std::vector<std::string> HostVideoView::told(size_t first) const
+{
+    const std::vector<PlayerEvent> all = events();
+    std::vector<std::string> texts;
+    for (size_t i = first; i < all.size(); ++i)
+        texts.push_back(all[i].value.empty() ? all[i].name : all[i].name + " " + all[i].value);
+    return texts;
+}
+
+std::string HostVideoView::describe_events(size_t first) const
+{
+    std::string text;
+    for (const std::string& event : told(first))
+        text += (text.empty() ? "" : ", ") + event;
+    return "[" + text + "]";
+}
+
+testing::AssertionResult HostVideoView::wait_for_event(const std::string& name,
+                                                       const std::string& value, size_t first)
+{
+    const auto has_come = [&] {
+        const std::vector<PlayerEvent> all = events();
+        return std::any_of(
+            all.begin() + std::min(first, all.size()), all.end(),
+            [&](const PlayerEvent& event) { return event.name == name && event.value == value; });
+    };
+    if (draw_until(has_come, LOADING_TIME))
+        return testing::AssertionSuccess();
+    return testing::AssertionFailure()
+        << name << " " << value << " was not told, but " << describe_events(first);
+}
+
+testing::AssertionResult HostVideoView::wait_for_event(const std::string& name, size_t first)
+{
+    const auto has_come = [&] {
+        const std::vector<PlayerEvent> all = events();
+        return std::any_of(all.begin() + std::min(first, all.size()), all.end(),
+                           [&](const PlayerEvent& event) { return event.name == name; });
+    };
+    if (draw_until(has_come, LOADING_TIME))
+        return testing::AssertionSuccess();
+    return testing::AssertionFailure() << name << " was not told, but " << describe_events(first);
+}
+
+testing::AssertionResult HostVideoView::wait_for_colour(uint32_t x, uint32_t y, Colour colour,
+                                                        int tolerance)
+{
+    if (draw_until([&] { return is_close(picture().pixel(x, y), colour, tolerance); }))
+        return testing::AssertionSuccess();
+    const Image last = picture();
+    return testing::AssertionFailure() << "pixel (" << x << ", " << y << ") is " << last.pixel(x, y)
+                                       << ", not " << colour << "; see " << keep_picture(last);
+}
+
+std::optional<int> HostVideoView::frame_number()
+{
+    constexpr uint32_t CELLS = 16;
+    const Image image = picture();
+    const uint32_t cell = image.width() / CELLS;
+    int number = 0;
+    for (uint32_t k = 0; k < CELLS; ++k) {
+        const Colour colour = image.pixel(k * cell + cell / 2, image.height() / 3);
+        const bool white = is_close(colour, WHITE, 40);
+        if (!white && !is_close(colour, BLACK, 40))
+            return std::nullopt;
+        if (k < 2 && white != (k == 0))
+            return std::nullopt;
+        if (k >= 2)
+            number = 2 * number + white;
+    }
+    return number;
+}
+
+testing::AssertionResult HostVideoView::wait_for_frame_number(int number)
+{
+    std::optional<int> last;
+    const auto is_shown = [&] {
+        last = frame_number();
+        return last == number;
+    };
+    if (draw_until(is_shown))
+        return testing::AssertionSuccess();
+    return testing::AssertionFailure() << "frame " << number << " is not shown, but "
+                                       << (last ? std::to_string(*last) : "no frame's number")
+                                       << "; see " << keep_picture(picture());
+}
+
+void HostVideoView::move(uint32_t x, uint32_t y)
+{
+    facade().mouse_move(x, y);
+}
+
+void HostVideoView::press(uint32_t x, uint32_t y)
+{
+    facade().mouse_click(LEFT_BUTTON, 0, x, y);
+}
+
+void HostVideoView::release(uint32_t x, uint32_t y)
+{
+    facade().mouse_click(LEFT_BUTTON, 1, x, y);
+}
+
+void HostVideoView::click(uint32_t x, uint32_t y)
+{
+    move(x, y);
+    press(x, y);
+    release(x, y);
+}
+
+}  // namespace marlune::test
