@@ -5,7 +5,9 @@ add_test(NAME media_clips
     COMMAND bash "${CMAKE_CURRENT_SOURCE_DIR}/clips/make_clips.sh" "${media_clips}")
 set_tests_properties(media_clips PROPERTIES LABELS media TIMEOUT 300 FIXTURES_SETUP media_clips)
 
-add_library(marlune_media_support STATIC support/host_video_view.cpp)
+add_library(marlune_media_support STATIC
+    support/host_video_view.cpp
+    support/sound_server.cpp)
 marlune_configure_target(marlune_media_support)
 set_target_properties(marlune_media_support PROPERTIES AUTOMOC OFF)
 target_link_libraries(marlune_media_support PUBLIC marlune_test_support)
@@ -31,6 +33,7 @@ foreach(name IN ITEMS
         media_controls
         media_lifetime
         media_player
+        media_sound
         media_sources
         media_tracks)
     marlune_add_media_test(${name})
