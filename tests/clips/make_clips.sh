@@ -9,27 +9,16 @@ stamp=$folder/.made
 mkdir -p "$folder"
 cd "$folder"
 
-run() { ffmpeg -nostdin -hide_banner -loglevel error -y "$@"; }
-
-h264=(-c:v libx264 -preset veryfast -pix_fmt yuv420p -color_range tv -colorspace bt709
-      -color_primaries bt709 -color_trc bt709)
-aac=(-c:a aac -b:a 96k)
+# shellcheck source=recipes.sh
+source "${script%/*}/recipes.sh"
 
 # Full-range RGB to BT.709, as the clips say of themselves.
 bt709='scale=out_color_matrix=bt709:out_range=tv:flags=neighbor'
-
-# SIZE RATE SECONDS: each frame shows its number as 16 cells side by side: a white one, a black one,
-# and 14 bits, the highest first.
-numbered() {
-    echo "nullsrc=s=16x2:r=$2:d=$3,format=gray,geq=lum='if(eq(X,0),255,if(eq(X,1),0,255*mod(floor(N/pow(2,15-X)),2)))',scale=$1:flags=neighbor:in_range=pc:out_range=tv,setsar=1,format=yuv420p"
-}
 
 # SIDE RATE SECONDS: red, green in the upper half; blue, white in the lower.
 quadrants() {
     echo "color=red:s=$1x$1:r=$2:d=$3[a];color=lime:s=$1x$1:r=$2:d=$3[b];color=blue:s=$1x$1:r=$2:d=$3[c];color=white:s=$1x$1:r=$2:d=$3[d];[a][b]hstack[top];[c][d]hstack[low];[top][low]vstack,format=gbrp,$bt709"
 }
-
-tone() { echo "sine=frequency=$1:sample_rate=48000:duration=$2"; }
 
 run -f lavfi -i "$(numbered 640x360 60 10)" -f lavfi -i "$(tone 440 10)" \
     "${h264[@]}" -g 60 -bf 2 "${aac[@]}" -movflags +faststart numbered.mp4
