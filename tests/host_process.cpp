@@ -3,6 +3,7 @@
 
 #include "support/host_view.h"
 #include "support/library.h"
+#include "support/lives.h"
 #include "support/message_log.h"
 #include "support/processes.h"
 #include "support/sanitizers.h"
@@ -14,7 +15,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
-#include <map>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -216,7 +216,7 @@ void exit_instead_of_return()
     std::exit(EXIT_SUCCESS);
 }
 
-const std::map<std::string, void (*)()> LIVES = {
+const Lives LIVES = {
     {"ordinary_life", ordinary_life},
     {"second_start", second_start},
     {"start_after_stop", start_after_stop},
@@ -242,7 +242,7 @@ using Lines = std::vector<std::string>;
 /** Runs a life to its end and returns the lines that it wrote, but for those that always come. */
 Lines live(const std::string& name)
 {
-    const ProgramResult result = run_program({own_path(), "--life", name});
+    const ProgramResult result = run_life(name);
     EXPECT_FALSE(result.timed_out) << result.error;
     EXPECT_EQ(result.exit_code, 0) << result.error;
     for (const Process& process : result.left_behind)
@@ -292,9 +292,5 @@ TEST(Start, after_the_end_is_refused_on_the_error_stream)
 
 int main(int argc, char** argv)
 {
-    using namespace marlune::test;
-    if (argc != 3 || std::string(argv[1]) != "--life")
-        return run_tests(argc, argv);
-    LIVES.at(argv[2])();
-    return EXIT_SUCCESS;
+    return marlune::test::run_life_or_tests(argc, argv, marlune::test::LIVES);
 }

@@ -3,6 +3,7 @@
 
 #include "support/host_video_view.h"
 #include "support/library.h"
+#include "support/lives.h"
 #include "support/processes.h"
 #include "support/sanitizers.h"
 
@@ -14,7 +15,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -110,7 +110,7 @@ void exit_while_it_plays()
     std::exit(EXIT_SUCCESS);
 }
 
-const std::map<std::string, void (*)()> LIVES = {
+const Lives LIVES = {
     {"orderly_end", orderly_end},
     {"stop_while_it_plays", stop_while_it_plays},
     {"stop_while_it_loads", stop_while_it_loads},
@@ -120,24 +120,16 @@ const std::map<std::string, void (*)()> LIVES = {
 
 class PlayersLives : public testing::TestWithParam<std::string> {};
 
-std::vector<std::string> names_of_lives()
-{
-    std::vector<std::string> names;
-    for (const auto& [name, life] : LIVES)
-        names.push_back(name);
-    return names;
-}
-
 TEST_P(PlayersLives, end_cleanly_and_leave_no_process_behind)
 {
-    const ProgramResult result = run_program({own_path(), "--life", GetParam()});
+    const ProgramResult result = run_life(GetParam());
     EXPECT_FALSE(result.timed_out) << result.error;
     EXPECT_EQ(result.exit_code, 0) << result.error;
     for (const Process& process : result.left_behind)
         ADD_FAILURE() << "left behind: " << process.name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Process, PlayersLives, testing::ValuesIn(names_of_lives()),
+INSTANTIATE_TEST_SUITE_P(Process, PlayersLives, testing::ValuesIn(names_of(LIVES)),
                          [](const auto& test) { return test.param; });
 
 }  // namespace
@@ -146,9 +138,5 @@ INSTANTIATE_TEST_SUITE_P(Process, PlayersLives, testing::ValuesIn(names_of_lives
 
 int main(int argc, char** argv)
 {
-    using namespace marlune::test;
-    if (argc != 3 || std::string(argv[1]) != "--life")
-        return run_tests(argc, argv);
-    LIVES.at(argv[2])();
-    return EXIT_SUCCESS;
+    return marlune::test::run_life_or_tests(argc, argv, marlune::test::LIVES);
 }

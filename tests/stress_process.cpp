@@ -5,6 +5,7 @@
 #include "support/endurance.h"
 #include "support/host_view.h"
 #include "support/library.h"
+#include "support/lives.h"
 #include "support/processes.h"
 #include "support/sanitizers.h"
 
@@ -18,7 +19,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <iostream>
-#include <map>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -229,7 +229,7 @@ void waiting_for_the_start()
     M::destroy();
 }
 
-const std::map<std::string, void (*)()> LIVES = {
+const Lives LIVES = {
     {"nothing_loaded", nothing_loaded},
     {"stopped_at_once", stopped_at_once},
     {"scene_destroyed", scene_destroyed},
@@ -273,7 +273,7 @@ std::string unexpected_lines(const std::string& text)
 /** Lets a process live and returns what it said that no process should have to say. */
 std::string live(const std::string& name)
 {
-    const ProgramResult result = run_program({own_path(), "--life", name});
+    const ProgramResult result = run_life(name);
     EXPECT_FALSE(result.timed_out) << result.error;
     EXPECT_EQ(result.exit_code, 0) << result.error;
     for (const Process& process : result.left_behind)
@@ -315,9 +315,5 @@ TEST(Stop, gives_up_on_a_callback_that_never_returns)
 
 int main(int argc, char** argv)
 {
-    using namespace marlune::test;
-    if (argc != 3 || std::string(argv[1]) != "--life")
-        return run_tests(argc, argv);
-    LIVES.at(argv[2])();
-    return EXIT_SUCCESS;
+    return marlune::test::run_life_or_tests(argc, argv, marlune::test::LIVES);
 }

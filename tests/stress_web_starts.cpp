@@ -4,8 +4,8 @@
 #include "support/endurance.h"
 #include "support/host_web_view.h"
 #include "support/library.h"
+#include "support/lives.h"
 #include "support/message_log.h"
-#include "support/processes.h"
 #include "support/resource_pack.h"
 #include "support/vulkan_host.h"
 
@@ -17,7 +17,6 @@
 #include <array>
 #include <cstdlib>
 #include <iostream>
-#include <map>
 #include <memory>
 #include <regex>
 #include <sstream>
@@ -106,7 +105,7 @@ void second_view_made_while_the_first_renders()
     release_host();
 }
 
-const std::map<std::string, void (*)()> LIVES = {
+const Lives LIVES = {
     {"page_shown", page_shown},
     {"second_view_made_while_the_first_renders", second_view_made_while_the_first_renders},
 };
@@ -141,7 +140,7 @@ class WebStarts : public testing::TestWithParam<std::string> {};
 TEST_P(WebStarts, succeed_every_time)
 {
     for (int i = 0; i < times(3, 200) && !HasFailure(); ++i) {
-        const ProgramResult result = run_program({own_path(), "--life", GetParam()});
+        const ProgramResult result = run_life(GetParam());
         EXPECT_FALSE(result.timed_out) << "start " << i << '\n' << result.error;
         EXPECT_EQ(result.exit_code, 0) << "start " << i << '\n' << result.error;
         EXPECT_EQ(unexpected_lines(result.error), "") << "start " << i;
@@ -150,15 +149,7 @@ TEST_P(WebStarts, succeed_every_time)
     }
 }
 
-std::vector<std::string> names_of_lives()
-{
-    std::vector<std::string> names;
-    for (const auto& [name, life] : LIVES)
-        names.push_back(name);
-    return names;
-}
-
-INSTANTIATE_TEST_SUITE_P(Process, WebStarts, testing::ValuesIn(names_of_lives()),
+INSTANTIATE_TEST_SUITE_P(Process, WebStarts, testing::ValuesIn(names_of(LIVES)),
                          [](const auto& test) { return test.param; });
 
 }  // namespace
@@ -167,9 +158,5 @@ INSTANTIATE_TEST_SUITE_P(Process, WebStarts, testing::ValuesIn(names_of_lives())
 
 int main(int argc, char** argv)
 {
-    using namespace marlune::test;
-    if (argc != 3 || std::string(argv[1]) != "--life")
-        return run_tests(argc, argv);
-    LIVES.at(argv[2])();
-    return EXIT_SUCCESS;
+    return marlune::test::run_life_or_tests(argc, argv, marlune::test::LIVES);
 }

@@ -3,8 +3,8 @@
 
 #include "support/host_web_view.h"
 #include "support/library.h"
+#include "support/lives.h"
 #include "support/message_log.h"
-#include "support/processes.h"
 
 #include <marlune/marlune.h>
 
@@ -39,6 +39,7 @@ void draw_on_hardware()
 {
     setenv("QTWEBENGINE_CHROMIUM_FLAGS", "--no-sandbox --ignore-gpu-blocklist", 1);
     opts::SANDBOXED = true;
+    install_message_log();
     HostWebView view;
     expect_message(refusal);
     MWebView& facade = view.facade();
@@ -64,9 +65,14 @@ void draw_without_hardware()
     end(shown, "GPU_DISABLED shows the page on any device");
 }
 
+const Lives LIVES = {
+    {"hardware", draw_on_hardware},
+    {"no-hardware", draw_without_hardware},
+};
+
 testing::AssertionResult goes_well(const std::string& life)
 {
-    const ProgramResult result = run_program({own_path(), "--life", life});
+    const ProgramResult result = run_life(life);
     if (result.exit_code == 0 && !result.timed_out && result.left_behind.empty())
         return testing::AssertionSuccess();
     return testing::AssertionFailure() << "exit code " << result.exit_code << '\n' << result.error;
@@ -88,10 +94,5 @@ TEST(WebHardware, can_be_left_alone)
 
 int main(int argc, char** argv)
 {
-    using namespace marlune::test;
-    if (argc == 3 && std::string(argv[1]) == "--life") {
-        install_message_log();
-        argv[2] == std::string("hardware") ? draw_on_hardware() : draw_without_hardware();
-    }
-    return run_tests(argc, argv);
+    return marlune::test::run_life_or_tests(argc, argv, marlune::test::LIVES);
 }

@@ -4,6 +4,7 @@
 #include "support/host_web_view.h"
 #include "support/http_server.h"
 #include "support/library.h"
+#include "support/lives.h"
 #include "support/processes.h"
 #include "support/sanitizers.h"
 
@@ -17,7 +18,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <iostream>
-#include <map>
 #include <optional>
 #include <string>
 #include <thread>
@@ -239,20 +239,24 @@ protected:
 TEST_F(HangingPage, does_not_hold_up_the_host)
 {
     hang();
-    const auto all = time_of([&] {
+    const auto input = time_of([&] {
         view.run("console.log('never')");
         view.click(100, 100);
         view.type_text("never");
         view->mouse_wheel_down(100, 100);
         view->can_go_back();
-        view->set_zoom_factor(200);
-        view->reload();
         for (int i = 0; i < 10; ++i)
             view.draw_frame();
     });
-    EXPECT_LT(all, 3s);
-    EXPECT_TRUE(view.draw_until([&] { return view.picture().pixel(100, 100) == BLUE; }))
-        << "the last picture stays";
+    EXPECT_LT(input, 3s);
+    EXPECT_EQ(view.picture().pixel(100, 100), BLUE) << "the last picture stays";
+    // From here on the engine may give the picture up, for one that the page owes it.
+    const auto changes = time_of([&] {
+        view->set_zoom_factor(200);
+        view->reload();
+        view.draw_frame();
+    });
+    EXPECT_LT(changes, 3s);
 }
 
 TEST_F(HangingPage, does_not_hold_up_other_views)
@@ -389,7 +393,7 @@ void calls_after_the_end()
     view->destroy();
 }
 
-const std::map<std::string, void (*)()> LIVES = {
+const Lives LIVES = {
     {"page_being_asked_for", page_being_asked_for},
     {"page_half_there", page_half_there},
     {"scene_just_made", scene_just_made},
@@ -406,7 +410,7 @@ TEST_P(WebLives, end_cleanly_and_leave_no_process_behind)
 {
     const int lives = times(1, 50);
     for (int i = 0; i < lives; ++i) {
-        const ProgramResult result = run_program({own_path(), "--life", GetParam()});
+        const ProgramResult result = run_life(GetParam());
         ASSERT_FALSE(result.timed_out) << "life " << i << ": " << result.error;
         ASSERT_EQ(result.exit_code, 0) << "life " << i << ": " << result.error;
         ASSERT_TRUE(result.left_behind.empty())
@@ -415,15 +419,7 @@ TEST_P(WebLives, end_cleanly_and_leave_no_process_behind)
     }
 }
 
-std::vector<std::string> names_of_lives()
-{
-    std::vector<std::string> names;
-    for (const auto& [name, life] : LIVES)
-        names.push_back(name);
-    return names;
-}
-
-INSTANTIATE_TEST_SUITE_P(Process, WebLives, testing::ValuesIn(names_of_lives()),
+INSTANTIATE_TEST_SUITE_P(Process, WebLives, testing::ValuesIn(names_of(LIVES)),
                          [](const auto& test) { return test.param; });
 
 }  // namespace
@@ -432,9 +428,5 @@ INSTANTIATE_TEST_SUITE_P(Process, WebLives, testing::ValuesIn(names_of_lives()),
 
 int main(int argc, char** argv)
 {
-    using namespace marlune::test;
-    if (argc != 3 || std::string(argv[1]) != "--life")
-        return run_tests(argc, argv);
-    LIVES.at(argv[2])();
-    return EXIT_SUCCESS;
+    return marlune::test::run_life_or_tests(argc, argv, marlune::test::LIVES);
 }

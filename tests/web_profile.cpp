@@ -3,7 +3,7 @@
 #include "support/host_web_view.h"
 #include "support/http_server.h"
 #include "support/library.h"
-#include "support/processes.h"
+#include "support/lives.h"
 
 #include <marlune/marlune.h>
 
@@ -14,7 +14,6 @@
 #include <ctime>
 #include <filesystem>
 #include <iostream>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -342,7 +341,7 @@ void switch_with_a_page_open()
     end(holds, "the view goes on");
 }
 
-const std::map<std::string, void (*)()> LIVES = {
+const Lives LIVES = {
     {"keep_a_cookie", keep_a_cookie},
     {"find_the_cookie", find_the_cookie},
     {"keep_nothing", keep_nothing},
@@ -367,7 +366,7 @@ protected:
 
     static testing::AssertionResult lives(const std::string& name)
     {
-        const ProgramResult result = run_program({own_path(), "--life", name});
+        const ProgramResult result = run_life(name);
         if (result.exit_code == 0 && !result.timed_out && result.left_behind.empty())
             return testing::AssertionSuccess();
         return testing::AssertionFailure()
@@ -406,9 +405,5 @@ TEST_F(ProfileOfAProcess, goes_on_and_off_the_record_with_a_page_open)
 
 int main(int argc, char** argv)
 {
-    using namespace marlune::test;
-    if (argc != 3 || std::string(argv[1]) != "--life")
-        return run_tests(argc, argv);
-    LIVES.at(argv[2])();
-    return EXIT_SUCCESS;
+    return marlune::test::run_life_or_tests(argc, argv, marlune::test::LIVES);
 }

@@ -4,6 +4,7 @@
 #include "support/host_web_view.h"
 #include "support/http_server.h"
 #include "support/library.h"
+#include "support/lives.h"
 #include "support/processes.h"
 
 #include <marlune/marlune.h>
@@ -142,7 +143,7 @@ void unsandboxed()
             + findings.seccomp);
 }
 
-const std::map<std::string, void (*)()> LIVES = {
+const Lives LIVES = {
     {"sandboxed", sandboxed},
     {"unsandboxed", unsandboxed},
 };
@@ -173,7 +174,7 @@ protected:
 
     static testing::AssertionResult lives(const std::string& name)
     {
-        const ProgramResult result = run_program({own_path(), "--life", name});
+        const ProgramResult result = run_life(name);
         if (result.exit_code == 0 && !result.timed_out && result.left_behind.empty())
             return testing::AssertionSuccess();
         return testing::AssertionFailure()
@@ -204,9 +205,5 @@ TEST_F(Sandbox, is_not_there_by_default)
 
 int main(int argc, char** argv)
 {
-    using namespace marlune::test;
-    if (argc != 3 || std::string(argv[1]) != "--life")
-        return run_tests(argc, argv);
-    LIVES.at(argv[2])();
-    return EXIT_SUCCESS;
+    return marlune::test::run_life_or_tests(argc, argv, marlune::test::LIVES);
 }

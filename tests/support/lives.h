@@ -1,0 +1,25 @@
+#pragma once
+
+#include "support/processes.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace marlune::test {
+
+/**
+ * Whole lives of the library by their names, from its start to the end of its process. The library
+ * starts once in a process, so a test runs each in one of its own.
+ */
+using Lives = std::map<std::string, void (*)()>;
+
+std::vector<std::string> names_of(const Lives& lives);
+
+/** Runs one of this program's lives to its end, in a process of its own. */
+ProgramResult run_life(const std::string& name);
+
+/** For main(), of a program that has lives: runs the one that run_life() asks for, else the tests. */
+int run_life_or_tests(int argc, char** argv, const Lives& lives);
+
+}  // namespace marlune::test
