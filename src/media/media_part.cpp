@@ -1,5 +1,6 @@
 #include "runtime/media_part.h"
 
+#include "media/camera_view.h"
 #include "media/video_view.h"
 
 namespace marlune::media_part {
@@ -7,6 +8,7 @@ namespace marlune::media_part {
 void close_players()
 {
     VideoView::close_players();
+    CameraView::close_cameras();
 }
 
 }  // namespace marlune::media_part

@@ -1,6 +1,7 @@
 #include "marlune/video_player_view.h"
 
 #include "media/metadata.h"
+#include "media/set_callback.h"
 #include "media/video_view.h"
 #include "runtime/call.h"
 #include "runtime/host_callback.h"
@@ -42,20 +43,6 @@ auto on_player(Work work)
         if (QMediaPlayer* const player = view.player())
             work(*player);
     };
-}
-
-/** Straight from the caller's thread. */
-template <typename Slot>
-void set_callback(const char* name, View* view, Slot VideoCallbacks::*slot,
-                  typename Slot::Function callback)
-{
-    trace(name, "M");
-    auto stored = Slot::store(std::move(callback));
-    LiveObjects::instance().visit(view, [&](QObject& object) {
-        if (auto* const video_view = qobject_cast<VideoView*>(&object))
-            stored = (video_view->callbacks().*slot).exchange(std::move(stored));
-    });
-    // What was there goes here, where nothing is locked: it may be code of the host.
 }
 
 }  // namespace
@@ -336,8 +323,8 @@ std::vector<MVideoPlayerView::Metadata> MVideoPlayerView::get_subtitle_tracks() 
 #define MARLUNE_DEFINE_VIDEO_CALLBACK(source, name, parameters, signal, slot)                \
     void MVideoPlayerView::set_func_on_##name(std::function<void parameters> callback) const \
     {                                                                                        \
-        set_callback("marlune::MVideoPlayerView::set_func_on_" #name, view_,                 \
-                     &VideoCallbacks::name, std::move(callback));                            \
+        set_callback<VideoView>("marlune::MVideoPlayerView::set_func_on_" #name, view_,      \
+                                &VideoCallbacks::name, std::move(callback));                 \
     }
 MARLUNE_VIDEO_CALLBACKS(MARLUNE_DEFINE_VIDEO_CALLBACK)
 #undef MARLUNE_DEFINE_VIDEO_CALLBACK

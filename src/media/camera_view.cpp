@@ -1,0 +1,162 @@
+#include "media/camera_view.h"
+
+#include "media/camera_hint.h"
+#include "runtime/trace.h"
+#include "views/component_files.h"
+
+#include <QMediaDevices>
+#include <QQmlContext>
+#include <QtQml>
+
+#include <unordered_set>
+#include <utility>
+
+namespace marlune {
+
+namespace {
+
+// Numbers of VideoOutput's fill modes, but for the first, which hosts may set all the same.
+constexpr int lowest_fill_mode = -1;
+constexpr int highest_fill_mode = 2;
+
+// All that stand. On the Qt thread only.
+std::unordered_set<CameraView*> camera_views;
+
+void register_type()
+{
+    // Once: each registration would only add to Qt's tables.
+    [[maybe_unused]] static const int id = qmlRegisterUncreatableType<CameraView>(
+        "Custom", 1, 0, "CameraView", QStringLiteral("Don't try to add to a qml definition"));
+}
+
+QStringList descriptions_of(const QList<QCameraDevice>& devices)
+{
+    QStringList descriptions;
+    for (const QCameraDevice& device : devices)
+        descriptions += device.description();
+    return descriptions;
+}
+
+}  // namespace
+
+CameraView::CameraView() : QuickView("CameraView")
+{
+    trace("CameraView::CameraView()", "T");
+    // Queued also on the Qt thread: a callback of the camera must not lose it while it runs.
+    connect(this, &CameraView::camera_hintChanged, this, &CameraView::onCameraHintChanged,
+            Qt::QueuedConnection);
+    camera_views.insert(this);
+}
+
+CameraView::~CameraView()
+{
+    // While this is still a CameraView: the scene may call back into it until it has gone.
+    withdraw();
+    camera_views.erase(this);
+    reset();
+    delete camera_;
+}
+
+void CameraView::close_cameras()
+{
+    // The scenes stay: the host may have taken its device down already.
+    for (const CameraView* const view : camera_views)
+        delete view->camera_;
+}
+
+void CameraView::prepare_context(QQmlContext* root_context)
+{
+    register_type();
+    root_context->setContextProperty(QStringLiteral("ctx"), this);
+    publish_module(QStringLiteral("Multimedia"));
+}
+
+void CameraView::post_setup(QQmlEngine*, QObject* root)
+{
+    if (camera_)
+        camera_->setParent(root);
+}
+
+void CameraView::before_reset()
+{
+    if (!camera_)
+        return;
+    camera_->setActive(false);
+    // What the host has chosen and set is there again for the next scene.
+    camera_->setParent(this);
+}
+
+void CameraView::set_camera_hint(const QString& hint)
+{
+    {
+        const std::lock_guard lock(hint_mutex_);
+        camera_hint_ = hint;
+    }
+    emit camera_hintChanged();
+}
+
+QString CameraView::camera_hint() const
+{
+    const std::lock_guard lock(hint_mutex_);
+    return camera_hint_;
+}
+
+void CameraView::onCameraHintChanged()
+{
+    const QList<QCameraDevice> devices = QMediaDevices::videoInputs();
+    if (devices.isEmpty())
+        return onErroroccurred(QCamera::CameraError, QStringLiteral("no cameras found"));
+    const CameraChoice choice = choose_camera(camera_hint(), descriptions_of(devices));
+    if (!choice.warning.isEmpty())
+        qWarning("%s", qUtf8Printable(choice.warning));
+    install(devices[choice.index]);
+}
+
+void CameraView::install(const QCameraDevice& device)
+{
+    if (camera_)
+        give_up_camera();
+    camera_ = new QCamera(device, this);
+    connect_callbacks();
+    emit cameraChanged();
+}
+
+/** It stays where it is until that goes: scenes may still hold it. */
+void CameraView::give_up_camera()
+{
+    camera_->setActive(false);
+    camera_->disconnect(this);
+    camera_.clear();
+    emit cameraChanged();
+}
+
+/** Before anything else listens: the host hears of a change first, then the scene. */
+void CameraView::connect_callbacks()
+{
+#define MARLUNE_CONNECT_CAMERA_CALLBACK(kind, name, parameters, signal, slot) \
+    connect(camera_, &QCamera::signal, this, &CameraView::slot);
+    MARLUNE_CAMERA_CALLBACKS(MARLUNE_CONNECT_CAMERA_CALLBACK)
+#undef MARLUNE_CONNECT_CAMERA_CALLBACK
+}
+
+void CameraView::set_active(bool active)
+{
+    if (camera_)
+        camera_->setActive(active);
+}
+
+void CameraView::set_auto_play(bool enabled)
+{
+    auto_play_ = enabled;
+    if (enabled)
+        set_active(true);
+}
+
+void CameraView::set_fill_mode(uint fill_mode)
+{
+    const int mode = static_cast<int>(fill_mode);
+    fill_mode_ = mode >= lowest_fill_mode && mode <= highest_fill_mode ? fill_mode : 0;
+    emit fill_modeChanged();
+}
+
+}  // namespace marlune

@@ -1,0 +1,106 @@
+#pragma once
+
+#include "marlune/camera_callbacks.h"
+#include "runtime/callback_slot.h"
+#include "views/quick_view.h"
+
+#include <QCamera>
+#include <QCameraDevice>
+#include <QPointer>
+#include <QString>
+
+#include <mutex>
+#include <string>
+
+namespace marlune {
+
+/** The functions of the host that a camera calls. */
+struct CameraCallbacks {
+#define MARLUNE_CAMERA_CALLBACK_SLOT(kind, name, parameters, signal, slot) \
+    CallbackSlot<void parameters> name;
+    MARLUNE_CAMERA_CALLBACKS(MARLUNE_CAMERA_CALLBACK_SLOT)
+#undef MARLUNE_CAMERA_CALLBACK_SLOT
+};
+
+/** The view that shows a camera: what its scene, the component "Camera", binds to. */
+class CameraView : public QuickView {
+    Q_OBJECT
+    Q_PROPERTY(QCamera* camera MEMBER camera_ NOTIFY cameraChanged)
+    Q_PROPERTY(uint fill_mode MEMBER fill_mode_ NOTIFY fill_modeChanged)
+
+public:
+    CameraView();
+    ~CameraView() override;
+
+    void prepare_context(QQmlContext* root_context) override;
+    void post_setup(QQmlEngine* engine, QObject* root) override;
+    void before_reset() override;
+
+    /** Ends the cameras of all views, and leaves their scenes. For the library's stop. */
+    static void close_cameras();
+
+    /** Null until one has been chosen. */
+    QCamera* camera() const { return camera_; }
+    /** Its slots may be filled by any thread. */
+    CameraCallbacks& callbacks() { return callbacks_; }
+
+    /** On any thread. The choice follows in the event loop. */
+    void set_camera_hint(const QString& hint);
+    QString camera_hint() const;
+
+    /** In the place of the camera that there is. */
+    void install(const QCameraDevice& device);
+
+    void set_active(bool active);
+    void set_auto_play(bool enabled);
+    bool auto_play() const { return auto_play_; }
+    uint fill_mode() const { return fill_mode_; }
+
+    Q_INVOKABLE void set_fill_mode(uint fill_mode);
+
+public slots:
+    void onActivechanged();
+    void onCameradevicechanged();
+    void onCameraformatchanged();
+    void onColortemperaturechanged();
+    void onCustomfocuspointchanged();
+    void onErrorchanged();
+    void onErroroccurred(QCamera::Error error, QString errorString);
+    void onExposurecompensationchanged(float value);
+    void onExposuremodechanged();
+    void onExposuretimechanged(float speed);
+    void onFlashmodechanged();
+    void onFlashready(bool ready);
+    void onFocusdistancechanged();
+    void onFocusmodechanged();
+    void onFocuspointchanged();
+    void onIsosensitivitychanged(int value);
+    void onManualexposuretimechanged(float speed);
+    void onManualisosensitivitychanged();
+    void onMaximumzoomfactorchanged();
+    void onMinimumzoomfactorchanged();
+    void onSupportedfeatureschanged();
+    void onTorchmodechanged();
+    void onWhitebalancemodechanged();
+    void onZoomfactorchanged();
+    void onCameraHintChanged();
+
+signals:
+    void fill_modeChanged();
+    void cameraChanged();
+    void camera_hintChanged();
+
+private:
+    void give_up_camera();
+    void connect_callbacks();
+
+    // A child of the view, and with a scene one of the scene.
+    QPointer<QCamera> camera_;
+    CameraCallbacks callbacks_;
+    bool auto_play_ = true;
+    mutable std::mutex hint_mutex_;
+    QString camera_hint_ = QStringLiteral("-1");
+    uint fill_mode_ = 1;
+};
+
+}  // namespace marlune
