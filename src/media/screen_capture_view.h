@@ -1,0 +1,45 @@
+#pragma once
+
+#include "views/quick_view.h"
+
+#include <QString>
+
+#include <mutex>
+
+namespace marlune {
+
+/** The view that shows a screen: what its scene, the component "ScreenCapture", binds to. */
+class ScreenCaptureView : public QuickView {
+    Q_OBJECT
+    Q_PROPERTY(uint active MEMBER active_ NOTIFY activeChanged)
+    Q_PROPERTY(QString physical_screen_hint READ physical_screen_hint WRITE
+                   write_physical_screen_hint NOTIFY physical_screen_hintChanged)
+
+public:
+    ScreenCaptureView();
+    ~ScreenCaptureView() override;
+
+    void prepare_context(QQmlContext* root_context) override;
+    void post_setup(QQmlEngine*, QObject*) override {}
+    void before_reset() override {}
+
+    bool active() const { return active_; }
+    void set_active(bool active);
+
+    /** For any thread, and so is its setter, on whose thread the signal is emitted. */
+    QString physical_screen_hint() const;
+    void set_physical_screen_hint(const QString& hint);
+
+signals:
+    void activeChanged();
+    void physical_screen_hintChanged();
+
+private:
+    void write_physical_screen_hint(const QString& hint);
+
+    bool active_ = true;
+    mutable std::mutex hint_mutex_;
+    QString physical_screen_hint_ = QStringLiteral("-1");
+};
+
+}  // namespace marlune

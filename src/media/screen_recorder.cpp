@@ -1,0 +1,77 @@
+#include "media/screen_recorder.h"
+
+#include "media/screen_choice.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+
+#include <unordered_set>
+
+namespace marlune {
+
+namespace {
+
+// All that stand. On the Qt thread only.
+std::unordered_set<ScreenRecorder*> recorders;
+
+/** Null where there is no screen at all. */
+QScreen* screen_for(const QString& hint)
+{
+    const QList<QScreen*> screens = QGuiApplication::screens();
+    QList<ScreenNames> names;
+    for (const QScreen* const screen : screens)
+        names.append({screen->serialNumber(), screen->model(), screen->name()});
+    const ScreenChoice choice = choose_screen(hint, names);
+    if (!choice.warning.isEmpty())
+        qWarning("%s", qUtf8Printable(choice.warning));
+    return choice.index ? screens.at(*choice.index) : QGuiApplication::primaryScreen();
+}
+
+}  // namespace
+
+ScreenRecorder::ScreenRecorder(QObject* parent)
+    : QObject(parent), screen_capture_(new QScreenCapture(this))
+{
+    connect(this, &ScreenRecorder::activeChanged, this, &ScreenRecorder::on_set_active);
+    connect(screen_capture_, &QScreenCapture::errorChanged, this, &ScreenRecorder::take_error);
+    recorders.insert(this);
+}
+
+ScreenRecorder::~ScreenRecorder()
+{
+    recorders.erase(this);
+    // Before the session, whose sink its thread still feeds.
+    delete screen_capture_;
+}
+
+void ScreenRecorder::close_all()
+{
+    for (const ScreenRecorder* const recorder : recorders)
+        delete recorder->screen_capture_;
+}
+
+void ScreenRecorder::set_video_sink(QVideoSink* sink)
+{
+    if (sink == video_sink_)
+        return;
+    video_sink_ = sink;
+    session_.setVideoSink(sink);
+    emit videoSinkChanged();
+    if (!screen_capture_)
+        return;
+    screen_capture_->setScreen(screen_for(physical_screen_hint_));
+    session_.setScreenCapture(screen_capture_);
+}
+
+void ScreenRecorder::on_set_active()
+{
+    if (screen_capture_)
+        screen_capture_->setActive(active_);
+}
+
+void ScreenRecorder::take_error()
+{
+    error_string_ = screen_capture_->errorString();
+}
+
+}  // namespace marlune
