@@ -17,10 +17,11 @@ set_tests_properties(install PROPERTIES FIXTURES_SETUP installed_marlune)
 
 marlune_add_script_test(installed_files deploy deploy/installed_files.cmake
     CONFIG=$<CONFIG> "PREFIX=${deploy_prefix}" "INCLUDE_DIR=${PROJECT_SOURCE_DIR}/include"
-    "INSTALL_INCLUDEDIR=${CMAKE_INSTALL_INCLUDEDIR}" "INSTALL_LIBDIR=${CMAKE_INSTALL_LIBDIR}")
+    "INSTALL_INCLUDEDIR=${CMAKE_INSTALL_INCLUDEDIR}" "INSTALL_LIBDIR=${CMAKE_INSTALL_LIBDIR}"
+    "LIBRARY_DIR=${marlune_library_dir}")
 
 marlune_add_script_test(exports deploy deploy/exports.cmake
-    "NM=${CMAKE_NM}" "LIBRARY=${deploy_prefix}/${CMAKE_INSTALL_LIBDIR}/libmarlune.so")
+    "NM=${CMAKE_NM}" "LIBRARY=${deploy_prefix}/${marlune_library_dir}/libmarlune.so")
 
 set(consumer_flags "${CMAKE_CXX_FLAGS}")
 if(MARLUNE_SANITIZE)

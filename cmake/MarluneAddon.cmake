@@ -1,0 +1,75 @@
+# The add-on directory as a game ships it: the library, and what it needs of Qt and of others, so that
+# it runs where no Qt is installed. It is the install component "addon"; ./dev addon installs it alone.
+
+# Elsewhere the directory is made by the system's own means; on Windows by windeployqt.
+set(can_install_qt OFF)
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND PROJECT_IS_TOP_LEVEL)
+    set(can_install_qt ON)
+endif()
+option(MARLUNE_INSTALL_QT
+    "Install a whole add-on directory, with Qt in it, instead of the library alone" ${can_install_qt})
+
+set(marlune_library_dir "${CMAKE_INSTALL_LIBDIR}")
+if(MARLUNE_INSTALL_QT)
+    set(marlune_library_dir addons/webview)
+    # A run path of the older kind goes before LD_LIBRARY_PATH: the libraries in the directory belong
+    # together, and none of another Qt may come between them.
+    set_target_properties(marlune PROPERTIES INSTALL_RPATH "\$ORIGIN/lib")
+    target_link_options(marlune PRIVATE LINKER:--disable-new-dtags)
+endif()
+
+# Plugins that nobody names when linking, by what needs them.
+set(marlune_addon_plugins
+    platforms/libqxcb.so  # every view: Qt's connection to the display
+    xcbglintegrations/libqxcb-egl-integration.so  # the web engine asks for OpenGL by one of the two
+    xcbglintegrations/libqxcb-glx-integration.so
+    multimedia/libffmpegmediaplugin.so  # videos, cameras, recordings
+    imageformats/libqjpeg.so  # frames of cameras that give JPEG; pictures in scenes
+    imageformats/libqsvg.so  # the icons of the players' controls
+    tls/libqopensslbackend.so)  # requests of scenes by HTTPS
+
+# Libraries that others open by name, which no list of dependencies shows.
+set(marlune_addon_opened_libraries
+    libsoftokn3.so libfreebl3.so libfreeblpriv3.so libnssckbi.so)  # the web engine's cryptography
+
+# The web engine's data. Left out: the pages of its developer tools, which the library does not offer.
+set(marlune_addon_resources
+    icudtl.dat
+    v8_context_snapshot.bin
+    qtwebengine_resources.pak
+    qtwebengine_resources_100p.pak
+    qtwebengine_resources_200p.pak)
+
+# marlune_install_addon()
+function(marlune_install_addon)
+    foreach(program IN ITEMS patchelf strip readelf objdump)
+        string(TOUPPER "${program}_PROGRAM" variable)
+        find_program(${variable} ${program} REQUIRED)
+    endforeach()
+    find_program(DPKG_QUERY_PROGRAM dpkg-query)  # tells versions and licences, where there is one
+
+    set(settings "")
+    foreach(query IN ITEMS QML PLUGINS LIBEXECS DATA TRANSLATIONS LIBS)
+        get_target_property(qmake Qt6::qmake IMPORTED_LOCATION)
+        execute_process(COMMAND "${qmake}" -query QT_INSTALL_${query}
+            OUTPUT_VARIABLE path OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+        string(APPEND settings "set(QT_${query} [==[${path}]==])\n")
+    endforeach()
+    execute_process(COMMAND "${qmake}" -query QT_HOST_LIBEXECS
+        OUTPUT_VARIABLE tools OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    foreach(variable IN ITEMS PATCHELF STRIP READELF OBJDUMP DPKG_QUERY)
+        string(APPEND settings "set(${variable} [==[${${variable}_PROGRAM}]==])\n")
+    endforeach()
+    foreach(variable IN ITEMS PLUGINS OPENED_LIBRARIES RESOURCES)
+        string(TOLOWER "${variable}" name)
+        string(APPEND settings "set(${variable} [==[${marlune_addon_${name}}]==])\n")
+    endforeach()
+    string(APPEND settings
+        "set(IMPORT_SCANNER [==[${tools}/qmlimportscanner]==])\n"
+        "set(QT_VERSION [==[${Qt6_VERSION}]==])\n"
+        "set(SYSTEM [==[${CMAKE_SYSTEM_NAME} ${CMAKE_SYSTEM_PROCESSOR}]==])\n"
+        "set(SOURCE_DIR [==[${PROJECT_SOURCE_DIR}]==])\n"
+        "set(LIBRARY_NAME [==[$<TARGET_FILE_NAME:marlune>]==])\n")
+    install(CODE "${settings}" COMPONENT addon)
+    install(SCRIPT "${PROJECT_SOURCE_DIR}/cmake/addon/lay_out.cmake" COMPONENT addon)
+endfunction()

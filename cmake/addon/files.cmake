@@ -1,0 +1,55 @@
+# What Qt finds by its place: the engine's process and its data, plugins, QML modules.
+
+# addon_take(<file> <path in the directory> <component>)
+# Copies what the file is, never the link that leads to it: not every way to a player keeps links.
+# Remembers where it came from, and the component under which its size is counted.
+function(addon_take file path component)
+    if(NOT EXISTS "${file}")
+        message(FATAL_ERROR "This Qt has no ${file}, which the add-on directory needs as ${path}")
+    endif()
+    file(REAL_PATH "${file}" origin)
+    cmake_path(GET path PARENT_PATH folder)
+    file(MAKE_DIRECTORY "${ADDON}/${folder}")
+    file(COPY_FILE "${origin}" "${ADDON}/${path}")
+    set_property(GLOBAL APPEND PROPERTY addon_paths "${path}")
+    set_property(GLOBAL PROPERTY "addon_origin_${path}" "${origin}")
+    set_property(GLOBAL PROPERTY "addon_component_${path}" "${component}")
+endfunction()
+
+function(addon_take_programs_and_data)
+    addon_take("${QT_LIBEXECS}/QtWebEngineProcess" QtWebEngineProcess.exe "web engine")
+    foreach(name IN LISTS RESOURCES)
+        addon_take("${QT_DATA}/resources/${name}" "resources/${name}" "web engine")
+    endforeach()
+    file(GLOB locales RELATIVE "${QT_TRANSLATIONS}" "${QT_TRANSLATIONS}/qtwebengine_locales/*.pak")
+    foreach(name IN LISTS locales)
+        addon_take("${QT_TRANSLATIONS}/${name}" "translations/${name}" "web engine's languages")
+    endforeach()
+    foreach(name IN LISTS PLUGINS)
+        addon_take("${QT_PLUGINS}/${name}" "plugins/${name}" "Qt")
+    endforeach()
+endfunction()
+
+# A module's files, without descriptions for tools and without modules that lie within it.
+function(addon_take_qml_module folder)
+    cmake_path(RELATIVE_PATH folder BASE_DIRECTORY "${QT_QML}" OUTPUT_VARIABLE module)
+    file(GLOB files LIST_DIRECTORIES FALSE RELATIVE "${folder}" "${folder}/*")
+    list(FILTER files EXCLUDE REGEX "[.]qmltypes$")
+    foreach(file IN LISTS files)
+        addon_take("${folder}/${file}" "qml/${module}/${file}" "Qt")
+    endforeach()
+endfunction()
+
+# The modules that the library's own components import, and those that these import in turn.
+function(addon_take_qml_modules)
+    execute_process(COMMAND "${IMPORT_SCANNER}" -rootPath "${SOURCE_DIR}/qml" -importPath "${QT_QML}"
+        OUTPUT_VARIABLE imports COMMAND_ERROR_IS_FATAL ANY)
+    string(REGEX MATCHALL "\"path\": \"[^\"]+\"" folders "${imports}")
+    list(TRANSFORM folders REPLACE "\"path\": \"(.*)\"" "\\1")
+    list(REMOVE_DUPLICATES folders)
+    foreach(folder IN LISTS folders)
+        if(folder MATCHES "^${QT_QML}/")
+            addon_take_qml_module("${folder}")
+        endif()
+    endforeach()
+endfunction()

@@ -1,0 +1,23 @@
+# Lays out the add-on directory around the library that has just been installed. Run by cmake --install,
+# with the settings that MarluneAddon.cmake gives.
+cmake_minimum_required(VERSION 3.25)
+include("${SOURCE_DIR}/cmake/addon/files.cmake")
+include("${SOURCE_DIR}/cmake/addon/libraries.cmake")
+include("${SOURCE_DIR}/cmake/addon/licenses.cmake")
+include("${SOURCE_DIR}/cmake/addon/manifest.cmake")
+
+set(ADDON "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/addons/webview")
+cmake_path(ABSOLUTE_PATH ADDON NORMALIZE)
+message(STATUS "Laying out ${ADDON}")
+
+# What a layout before this one left would be shipped as well.
+foreach(folder IN ITEMS lib licenses plugins qml resources translations)
+    file(REMOVE_RECURSE "${ADDON}/${folder}")
+endforeach()
+
+addon_take_programs_and_data()
+addon_take_qml_modules()
+addon_take_libraries()
+addon_set_run_paths()
+addon_write_licenses()
+addon_write_manifest()
