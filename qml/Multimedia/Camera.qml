@@ -1,0 +1,93 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+// By a name of its own: this component is called as Qt's camera is.
+import QtMultimedia as Media
+import Multimedia // qmllint disable unused-imports
+
+/*!
+    The scene of a camera: its picture, or in words why there is none. It does not switch the camera on,
+    which is the host's to do. What the picture leaves free is transparent.
+*/
+Item {
+    id: root
+
+    signal javaScriptConsoleMessage(int level, string message, int lineNumber, string sourceID)
+
+    // The view that shows this scene. A previewer has none.
+    readonly property var host: typeof ctx === "undefined" ? null : ctx // qmllint disable unqualified
+    readonly property Media.Camera camera: root.host?.camera ?? null
+    readonly property bool active: root.camera?.active ?? false
+    readonly property bool plugged: {
+        if (!root.camera)
+            return false;
+        const id = String(root.camera.cameraDevice.id);
+        return devices.videoInputs.some(device => String(device.id) === id);
+    }
+
+    // It was taken away while it was on; there again, it still has to be switched off and on.
+    property bool lost
+    // The picture is of what the camera sees now, and not of what it saw before it was switched off.
+    property bool current
+
+    readonly property real em: Math.max(10, Math.min(width / 58, height / 32))
+
+    function begin(): void {
+        root.lost = false;
+        root.current = false;
+    }
+
+    onCameraChanged: root.begin()
+    onActiveChanged: root.begin()
+    onPluggedChanged: {
+        if (!root.plugged)
+            root.lost = root.active;
+    }
+
+    Media.MediaDevices {
+        id: devices
+    }
+
+    Media.CaptureSession {
+        camera: root.camera
+        videoOutput: picture
+    }
+
+    Connections {
+        target: root.camera
+
+        function onErrorOccurred(): void { root.current = false; }
+    }
+
+    Connections {
+        target: picture.videoSink
+        enabled: root.active && !root.current
+
+        function onVideoFrameChanged(): void { root.current = true; }
+    }
+
+    Media.VideoOutput {
+        id: picture
+
+        anchors.fill: parent
+        visible: root.active && root.current && !notice.unplugged
+        fillMode: {
+            switch (root.host?.fill_mode ?? 1) {
+            case 0: return Media.VideoOutput.Stretch;
+            case 2: return Media.VideoOutput.PreserveAspectCrop;
+            default: return Media.VideoOutput.PreserveAspectFit;
+            }
+        }
+    }
+
+    CameraNotice {
+        id: notice
+
+        anchors.fill: parent
+        em: root.em
+        camera: root.camera
+        anyCamera: devices.videoInputs.length > 0
+        unplugged: root.camera !== null && (!root.plugged || root.lost)
+        seen: root.current
+    }
+}
