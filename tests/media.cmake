@@ -25,8 +25,10 @@ function(marlune_add_media_test name)
     marlune_give_clips(${name})
 endfunction()
 
-# The view behind the facade, without a scene.
-marlune_add_test(unit_video_view LABELS unit SOURCES unit_video_view.cpp WHITEBOX LIBRARIES Qt6::Test)
+# The views behind the facades, without a scene.
+foreach(name IN ITEMS unit_camera_view unit_screen_capture_view unit_video_view)
+    marlune_add_test(${name} LABELS unit SOURCES ${name}.cpp WHITEBOX LIBRARIES Qt6::Test)
+endforeach()
 
 # The player through its facade, playing real clips.
 foreach(name IN ITEMS

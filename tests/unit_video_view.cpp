@@ -5,7 +5,9 @@
 #include "media/time_text.h"
 #include "media/video_view.h"
 #include "support/message_log.h"
+#include "support/meta_methods.h"
 #include "support/qt_loop.h"
+#include "support/told.h"
 
 #include <QFile>
 #include <QMediaMetaData>
@@ -43,17 +45,6 @@ protected:
 
     std::unique_ptr<VideoView> view;
 };
-
-QStringList own_methods(QMetaMethod::MethodType type)
-{
-    const QMetaObject& meta = VideoView::staticMetaObject;
-    QStringList signatures;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
-        if (meta.method(i).methodType() == type)
-            signatures += QString::fromLatin1(meta.method(i).methodSignature());
-    }
-    return signatures;
-}
 
 struct Property {
     const char* name;
@@ -146,7 +137,7 @@ TEST_F(VideoViews, have_their_signals_in_order)
         "controls_enabledChanged()",
         "controls_auto_hideChanged()",
     };
-    EXPECT_EQ(own_methods(QMetaMethod::Signal), expected);
+    EXPECT_EQ(own_methods(VideoView::staticMetaObject, QMetaMethod::Signal), expected);
 }
 
 TEST_F(VideoViews, have_their_slots_in_order)
@@ -173,7 +164,7 @@ TEST_F(VideoViews, have_their_slots_in_order)
         "onTracksChanged()",
         "onVideoOutputChanged()",
     };
-    EXPECT_EQ(own_methods(QMetaMethod::Slot), expected);
+    EXPECT_EQ(own_methods(VideoView::staticMetaObject, QMetaMethod::Slot), expected);
 }
 
 TEST_F(VideoViews, have_their_invokable_methods_in_order)
@@ -191,7 +182,7 @@ TEST_F(VideoViews, have_their_invokable_methods_in_order)
         "playing_position_to_str(qlonglong)",
         "set_fill_mode(uint)",
     };
-    EXPECT_EQ(own_methods(QMetaMethod::Method), expected);
+    EXPECT_EQ(own_methods(VideoView::staticMetaObject, QMetaMethod::Method), expected);
 }
 
 TEST_F(VideoViews, begin_with_their_defaults)
@@ -561,35 +552,19 @@ TEST_F(VideoViews, end_all_players_when_the_library_stops)
 
 namespace {
 
-/** What the host is told, as text. */
-class Told {
-public:
-    explicit Told(VideoCallbacks& callbacks)
-    {
-#define MARLUNE_FOLLOW(source, name, parameters, signal, slot)                             \
-    callbacks.name.exchange(decltype(callbacks.name)::store([this](const auto&... value) { \
-        QDebug stream(&text_);                                                             \
-        stream.noquote() << #name;                                                         \
-        ((stream << value), ...);                                                          \
-    }));
-        MARLUNE_VIDEO_CALLBACKS(MARLUNE_FOLLOW)
+void follow_all(Told& told, VideoCallbacks& callbacks)
+{
+#define MARLUNE_FOLLOW(source, name, parameters, signal, slot) told.follow(callbacks.name, #name);
+    MARLUNE_VIDEO_CALLBACKS(MARLUNE_FOLLOW)
 #undef MARLUNE_FOLLOW
-    }
-
-    QString take()
-    {
-        return std::exchange(text_, QString()).trimmed();
-    }
-
-private:
-    QString text_;
-};
+}
 
 }  // namespace
 
 TEST_F(VideoViews, tell_the_host_of_each_signal)
 {
-    Told told(view->callbacks());
+    Told told;
+    follow_all(told, view->callbacks());
     QMediaPlayer& player = *view->player();
     QAudioOutput& output = *view->audio_output();
     emit player.activeTracksChanged();
@@ -652,7 +627,8 @@ TEST_F(VideoViews, tell_of_the_next_player_what_they_told_of_the_first)
 {
     auto root = std::make_unique<QObject>();
     view->post_setup(nullptr, root.get());
-    Told told(view->callbacks());
+    Told told;
+    follow_all(told, view->callbacks());
     view->before_reset();
     EXPECT_EQ(told.take(), u"") << "what is taken over is no change";
     root.reset();
