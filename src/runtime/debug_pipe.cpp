@@ -7,6 +7,16 @@
 
 namespace marlune {
 
+namespace {
+
+void report_failure(const char* what)
+{
+    const long code = platform::last_error();  // before anything is printed, which sets it anew
+    std::cerr << what << " Error: " << code << std::endl;
+}
+
+}  // namespace
+
 void DebugPipeWriter::enqueue(std::string message)
 {
     const std::lock_guard lock(mutex_);
@@ -24,7 +34,7 @@ void DebugPipeWriter::write_pending()
         if (pipe_ == platform::no_pipe)
             std::cerr << "Pipe not connected.\n";
         else if (!platform::write_debug_pipe(pipe_, message))
-            std::cerr << "Write failed. Error: " << platform::last_error() << std::endl;
+            report_failure("Write failed.");
     }
 }
 
@@ -41,8 +51,7 @@ void start_debug_pipe()
 {
     const auto pipe = platform::open_debug_pipe();
     if (pipe == platform::no_pipe) {
-        std::cerr << "Failed to connect to named pipe. Error: " << platform::last_error()
-                  << std::endl;
+        report_failure("Failed to connect to named pipe.");
         return;
     }
     // Never destroyed: its thread runs until the process ends.
