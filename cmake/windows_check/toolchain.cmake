@@ -15,6 +15,7 @@ set(CMAKE_FIND_PACKAGE_PREFER_CONFIG ON)
 foreach(package IN ITEMS GTest Qt6 Vulkan)
     set(${package}_DIR "${CMAKE_CURRENT_LIST_DIR}")
 endforeach()
+set(STB_INCLUDE_DIR /usr/include/stb CACHE PATH "Headers that know no system")
 
 # What is made runs without the compiler's own libraries.
 set(CMAKE_EXE_LINKER_FLAGS_INIT -static)

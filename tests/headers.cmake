@@ -1,0 +1,15 @@
+# Each public header compiles by itself, and without Qt: with nothing but its own folder and Vulkan's.
+file(GLOB public_headers CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}/include"
+    "${PROJECT_SOURCE_DIR}/include/marlune/*.h")
+set(header_sources "")
+foreach(header IN LISTS public_headers)
+    cmake_path(GET header STEM name)
+    set(source "${CMAKE_CURRENT_BINARY_DIR}/headers/${name}.cpp")
+    file(CONFIGURE OUTPUT "${source}" CONTENT "#include <@header@>\n" @ONLY)
+    list(APPEND header_sources "${source}")
+endforeach()
+add_library(marlune_header_check OBJECT ${header_sources})
+marlune_configure_target(marlune_header_check)
+set_target_properties(marlune_header_check PROPERTIES AUTOMOC OFF)
+target_include_directories(marlune_header_check PRIVATE "${PROJECT_SOURCE_DIR}/include")
+target_link_libraries(marlune_header_check PRIVATE Vulkan::Headers)
