@@ -2,6 +2,7 @@
 
 #include "marlune/app.h"
 #include "marlune/options.h"
+#include "runtime/addon_check.h"
 #include "runtime/application.h"
 #include "runtime/debug_pipe.h"
 #include "runtime/platform.h"
@@ -117,6 +118,7 @@ void before_application()
     set_multimedia();
     set_chromium_flags();
     set_scene_defaults();
+    warn_of_missing_files(addon_dir());  // before Qt misses them, which may end the program
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Vulkan);
     web_part::register_scheme();
     web_part::initialize_engine();

@@ -1,0 +1,56 @@
+#include "runtime/addon_check.h"
+
+#include <QDebug>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QStringList>
+
+namespace marlune {
+
+namespace {
+
+// A game may keep the licences elsewhere, and bring fewer languages.
+bool is_optional(const QString& path)
+{
+    return path.startsWith(u"licenses/") || path.startsWith(u"translations/");
+}
+
+QStringList missing_files(const QString& addon_dir)
+{
+    QStringList missing;
+    QFile manifest(addon_dir + QStringLiteral("manifest.json"));
+    if (!manifest.open(QIODevice::ReadOnly))
+        return missing;
+    const QJsonDocument document = QJsonDocument::fromJson(manifest.readAll());
+    for (const QJsonValue& file : document[u"files"].toArray()) {
+        const QString path = file[u"path"].toString();
+        if (!is_optional(path) && !QFileInfo::exists(addon_dir + path))
+            missing += path;
+    }
+    return missing;
+}
+
+}  // namespace
+
+void warn_of_missing_files(const std::string& addon_dir)
+{
+    const QString directory = QString::fromLocal8Bit(addon_dir);
+    if (!QFileInfo(directory).isDir()) {
+        qWarning("there is no add-on directory \"%s\": is PATH_PROJECT_ROOT right?",
+                 qUtf8Printable(directory));
+        return;
+    }
+    const QStringList missing = missing_files(directory);
+    if (missing.isEmpty())
+        return;
+    const QString others = missing.size() > 1
+        ? QStringLiteral(" and %1 more files").arg(missing.size() - 1)
+        : QString();
+    qWarning("the add-on directory \"%s\" lacks %s%s: copy it again, as a whole",
+             qUtf8Printable(directory), qUtf8Printable(missing.front()), qUtf8Printable(others));
+}
+
+}  // namespace marlune
