@@ -2,8 +2,8 @@
 //
 //     marlune-bench [--only GROUP] [--quick] [--verbose]
 //
-// The groups are start, memory, calls, frames, views, web-calls, web-scheme and web-frames; "web" stands
-// for the last three.
+// The groups are start, memory, calls, frames, views, web-calls, web-scheme, web-frames, video,
+// video-calls and screen; "web" stands for the three that begin with it, and "video" for both of its own.
 //
 // The project root, in which the library finds Qt's files, is read from MARLUNE_PROJECT_ROOT.
 
@@ -11,6 +11,7 @@
 #include "fresh_process.h"
 #include "measures.h"
 #include "raw_scheme.h"
+#include "screen_painter.h"
 
 #include <marlune/app.h>
 
@@ -99,6 +100,12 @@ void measure_here(Table& table, const Arguments& arguments)
         measure_web_scheme(table, arguments.much, gpu);
     if (arguments.want("web-frames"))
         measure_web_frames(table, arguments.much, gpu);
+    if (arguments.want("video"))
+        measure_video(table, arguments.much, gpu);
+    if (arguments.want("video-calls"))
+        measure_video_calls(table, arguments.much, gpu);
+    if (arguments.want("screen"))
+        measure_screen(table, arguments.much, gpu);
 }
 
 }  // namespace
@@ -124,6 +131,8 @@ int run(const Arguments& arguments)
 int main(int argc, char** argv)
 {
     try {
+        if (argc == 2 && std::string_view(argv[1]) == "--paint-screen")
+            return marlune::bench::paint_screen(argc, argv);
         return marlune::bench::run(marlune::bench::parse(argc, argv));
     } catch (const std::exception& error) {
         std::fprintf(stderr, "marlune-bench: %s\n", error.what());

@@ -22,6 +22,9 @@ void measure_views(Table& table, Thoroughness much, Gpu& gpu);
 void measure_web_calls(Table& table, Thoroughness much, Gpu& gpu);
 void measure_web_scheme(Table& table, Thoroughness much, Gpu& gpu);
 void measure_web_frames(Table& table, Thoroughness much, Gpu& gpu);
+void measure_video(Table& table, Thoroughness much, Gpu& gpu);
+void measure_video_calls(Table& table, Thoroughness much, Gpu& gpu);
+void measure_screen(Table& table, Thoroughness much, Gpu& gpu);
 
 // In a fresh process for each sample.
 void measure_start(Table& table, Thoroughness much);

@@ -3,6 +3,7 @@
 #include "vulkan_result.h"
 
 #include <stdexcept>
+#include <vector>
 
 namespace marlune::bench {
 
@@ -58,7 +59,7 @@ PixelReader::~PixelReader()
 void PixelReader::create_buffer(VkPhysicalDevice physical_device)
 {
     const VkBufferCreateInfo info{.sType = VK_STRUCTURE_TYPE_BUFFER_CREATE_INFO,
-                                  .size = sizeof(Colour),
+                                  .size = most_pixels * sizeof(Colour),
                                   .usage = VK_BUFFER_USAGE_TRANSFER_DST_BIT};
     check(vkCreateBuffer(device_, &info, nullptr, &buffer_), "vkCreateBuffer");
     VkMemoryRequirements needs;
@@ -71,7 +72,7 @@ void PixelReader::create_buffer(VkPhysicalDevice physical_device)
     check(vkBindBufferMemory(device_, buffer_, memory_, 0), "vkBindBufferMemory");
     void* mapped = nullptr;
     check(vkMapMemory(device_, memory_, 0, VK_WHOLE_SIZE, 0, &mapped), "vkMapMemory");
-    pixel_ = static_cast<const Colour*>(mapped);
+    pixels_ = static_cast<const Colour*>(mapped);
 }
 
 void PixelReader::create_commands()
@@ -87,33 +88,46 @@ void PixelReader::create_commands()
     check(vkAllocateCommandBuffers(device_, &commands, &commands_), "vkAllocateCommandBuffers");
 }
 
-void PixelReader::record_copy(VkImage image, VkOffset3D place)
+void PixelReader::record_copy(VkImage image, std::span<const VkOffset3D> places)
 {
     constexpr VkImageLayout resting = VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL;
     constexpr VkImageLayout copying = VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL;
+    std::vector<VkBufferImageCopy> regions;
+    for (const VkOffset3D place : places)
+        regions.push_back({.bufferOffset = regions.size() * sizeof(Colour),
+                           .imageSubresource = {VK_IMAGE_ASPECT_COLOR_BIT, 0, 0, 1},
+                           .imageOffset = place,
+                           .imageExtent = {1, 1, 1}});
+
     const VkCommandBufferBeginInfo begin{.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_BEGIN_INFO,
                                          .flags = VK_COMMAND_BUFFER_USAGE_ONE_TIME_SUBMIT_BIT};
     check(vkBeginCommandBuffer(commands_, &begin), "vkBeginCommandBuffer");
     move_layout(commands_, image, resting, copying);
-    const VkBufferImageCopy region{.imageSubresource = {VK_IMAGE_ASPECT_COLOR_BIT, 0, 0, 1},
-                                   .imageOffset = place,
-                                   .imageExtent = {1, 1, 1}};
-    vkCmdCopyImageToBuffer(commands_, image, copying, buffer_, 1, &region);
+    vkCmdCopyImageToBuffer(commands_, image, copying, buffer_,
+                           static_cast<uint32_t>(regions.size()), regions.data());
     move_layout(commands_, image, copying, resting);
     check(vkEndCommandBuffer(commands_), "vkEndCommandBuffer");
 }
 
-Colour PixelReader::read(uint64_t texture, int32_t x, int32_t y)
+std::span<const Colour> PixelReader::read(uint64_t texture, std::span<const VkOffset3D> places)
 {
     if (texture == 0)
-        throw std::runtime_error("there is no texture to read a pixel of");
-    record_copy(reinterpret_cast<VkImage>(texture), {x, y, 0});
+        throw std::runtime_error("there is no texture to read pixels of");
+    if (places.size() > most_pixels)
+        throw std::runtime_error("too many pixels to read at once");
+    record_copy(reinterpret_cast<VkImage>(texture), places);
     const VkSubmitInfo submit{.sType = VK_STRUCTURE_TYPE_SUBMIT_INFO,
                               .commandBufferCount = 1,
                               .pCommandBuffers = &commands_};
     check(vkQueueSubmit(queue_, 1, &submit, VK_NULL_HANDLE), "vkQueueSubmit");
     check(vkQueueWaitIdle(queue_), "vkQueueWaitIdle");
-    return *pixel_;
+    return {pixels_, places.size()};
+}
+
+Colour PixelReader::read(uint64_t texture, int32_t x, int32_t y)
+{
+    const VkOffset3D place{x, y, 0};
+    return read(texture, {&place, 1}).front();
 }
 
 }  // namespace marlune::bench

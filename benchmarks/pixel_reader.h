@@ -2,7 +2,9 @@
 
 #include "gpu.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace marlune::bench {
 
@@ -24,11 +26,15 @@ public:
 
     /** The pixel at (x, y) of a texture that rests in the layout of a colour attachment. */
     Colour read(uint64_t texture, int32_t x, int32_t y);
+    /** The pixels at up to 16 places of it. They hold until the next call. */
+    std::span<const Colour> read(uint64_t texture, std::span<const VkOffset3D> places);
 
 private:
+    static constexpr std::size_t most_pixels = 16;
+
     void create_buffer(VkPhysicalDevice physical_device);
     void create_commands();
-    void record_copy(VkImage image, VkOffset3D place);
+    void record_copy(VkImage image, std::span<const VkOffset3D> places);
 
     VkDevice device_;
     VkQueue queue_ = VK_NULL_HANDLE;
@@ -36,7 +42,7 @@ private:
     VkCommandBuffer commands_ = VK_NULL_HANDLE;
     VkBuffer buffer_ = VK_NULL_HANDLE;
     VkDeviceMemory memory_ = VK_NULL_HANDLE;
-    const Colour* pixel_ = nullptr;
+    const Colour* pixels_ = nullptr;
 };
 
 }  // namespace marlune::bench

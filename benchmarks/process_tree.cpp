@@ -1,5 +1,6 @@
 #include "process_tree.h"
 
+#include <time.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -107,6 +108,14 @@ double memory_of_tree()
     if (memory <= 0)
         throw std::runtime_error("cannot read the memory of this process");
     return memory / 1024;
+}
+
+double processor_time_of_process()
+{
+    timespec time{};
+    if (clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time) != 0)
+        throw std::runtime_error("cannot read the processor time of this process");
+    return 1000.0 * static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e6;
 }
 
 }  // namespace marlune::bench

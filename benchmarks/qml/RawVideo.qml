@@ -1,0 +1,17 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtMultimedia
+
+/*!
+    A picture as somebody would show it who wanted that and nothing else, fed through its sink.
+*/
+Item {
+    readonly property VideoSink videoSink: picture.videoSink
+
+    VideoOutput {
+        id: picture
+
+        anchors.fill: parent
+    }
+}
