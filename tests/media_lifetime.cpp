@@ -48,7 +48,7 @@ void call_every_setter(const MVideoPlayerView& view)
     view.set_active_audio_track(0);
     view.set_active_video_track(0);
     view.set_active_subtitle_track(0);
-    write_to(std::make_shared<PlayerLog>(), view);
+    write_to(std::make_shared<EventLog>(), view);
     view.reset();
 }
 

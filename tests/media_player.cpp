@@ -85,7 +85,7 @@ TEST_F(Player, tells_on_the_qt_thread)
     ASSERT_FALSE(view.events().empty());
     const std::thread::id qt_thread = view.events().front().thread;
     EXPECT_NE(qt_thread, std::this_thread::get_id());
-    for (const PlayerEvent& event : view.events())
+    for (const ViewEvent& event : view.events())
         EXPECT_EQ(event.thread, qt_thread) << event;
 }
 

@@ -3,41 +3,13 @@
 #include <QString>
 #include <QUrl>
 
-#include <algorithm>
 #include <cstdlib>
-#include <ostream>
-#include <sstream>
 #include <stdexcept>
 #include <utility>
 
 namespace marlune::test {
 
 namespace {
-
-using namespace std::chrono_literals;
-
-// Opening a file takes milliseconds, but not on a machine that is busy with other tests.
-constexpr auto LOADING_TIME = 20s;
-
-void append(std::ostream& out, bool value)
-{
-    out << (value ? "true" : "false");
-}
-
-template <typename Value>
-void append(std::ostream& out, const Value& value)
-{
-    out << value;
-}
-
-template <typename... Values>
-std::string to_text(const Values&... values)
-{
-    std::ostringstream text;
-    [[maybe_unused]] const char* separator = "";
-    ((text << std::exchange(separator, " "), append(text, values)), ...);
-    return text.str();
-}
 
 bool is_loaded(int status)
 {
@@ -55,29 +27,10 @@ std::string clips_folder()
 
 }  // namespace
 
-std::ostream& operator<<(std::ostream& out, const PlayerEvent& event)
+void write_to(std::shared_ptr<EventLog> log, const MVideoPlayerView& view)
 {
-    return out << event.name << (event.value.empty() ? "" : " ") << event.value;
-}
-
-void PlayerLog::add(PlayerEvent event)
-{
-    const std::lock_guard lock(mutex_);
-    events_.push_back(std::move(event));
-}
-
-std::vector<PlayerEvent> PlayerLog::all() const
-{
-    const std::lock_guard lock(mutex_);
-    return events_;
-}
-
-void write_to(std::shared_ptr<PlayerLog> log, const MVideoPlayerView& view)
-{
-#define MARLUNE_FOLLOW(source, name, parameters, signal, slot)             \
-    view.set_func_on_##name([log](const auto&... values) {                 \
-        log->add({#name, to_text(values...), std::this_thread::get_id()}); \
-    });
+#define MARLUNE_FOLLOW(source, name, parameters, signal, slot) \
+    view.set_func_on_##name([log](const auto&... values) { log->add(#name, values...); });
     MARLUNE_VIDEO_CALLBACKS(MARLUNE_FOLLOW)
 #undef MARLUNE_FOLLOW
 }
@@ -94,9 +47,9 @@ std::string clip_url(const std::string& name)
         .toStdString();
 }
 
-HostVideoView::HostVideoView(Size resolution, VulkanHost& host) : HostViewOf(resolution, host)
+HostVideoView::HostVideoView(Size resolution, VulkanHost& host) : FollowedView(resolution, host)
 {
-    write_to(log_, facade());
+    write_to(log(), facade());
 }
 
 bool HostVideoView::load()
@@ -124,63 +77,9 @@ testing::AssertionResult HostVideoView::change_to(const std::string& clip)
 
 testing::AssertionResult HostVideoView::wait_until_loaded(size_t first)
 {
-    if (draw_until([&] { return is_loaded(facade().get_media_status()); }, LOADING_TIME))
+    if (draw_until([&] { return is_loaded(facade().get_media_status()); }, PATIENCE))
         return testing::AssertionSuccess();
-    return testing::AssertionFailure() << "it is not loaded, told was " << describe_events(first);
-}
-
-std::vector<std::string> HostVideoView::told(size_t first) const
-{
-    const std::vector<PlayerEvent> all = events();
-    std::vector<std::string> texts;
-    for (size_t i = first; i < all.size(); ++i)
-        texts.push_back(all[i].value.empty() ? all[i].name : all[i].name + " " + all[i].value);
-    return texts;
-}
-
-std::string HostVideoView::describe_events(size_t first) const
-{
-    std::string text;
-    for (const std::string& event : told(first))
-        text += (text.empty() ? "" : ", ") + event;
-    return "[" + text + "]";
-}
-
-testing::AssertionResult HostVideoView::wait_for_event(const std::string& name,
-                                                       const std::string& value, size_t first)
-{
-    const auto has_come = [&] {
-        const std::vector<PlayerEvent> all = events();
-        return std::any_of(
-            all.begin() + std::min(first, all.size()), all.end(),
-            [&](const PlayerEvent& event) { return event.name == name && event.value == value; });
-    };
-    if (draw_until(has_come, LOADING_TIME))
-        return testing::AssertionSuccess();
-    return testing::AssertionFailure()
-        << name << " " << value << " was not told, but " << describe_events(first);
-}
-
-testing::AssertionResult HostVideoView::wait_for_event(const std::string& name, size_t first)
-{
-    const auto has_come = [&] {
-        const std::vector<PlayerEvent> all = events();
-        return std::any_of(all.begin() + std::min(first, all.size()), all.end(),
-                           [&](const PlayerEvent& event) { return event.name == name; });
-    };
-    if (draw_until(has_come, LOADING_TIME))
-        return testing::AssertionSuccess();
-    return testing::AssertionFailure() << name << " was not told, but " << describe_events(first);
-}
-
-testing::AssertionResult HostVideoView::wait_for_colour(uint32_t x, uint32_t y, Colour colour,
-                                                        int tolerance)
-{
-    if (draw_until([&] { return is_close(picture().pixel(x, y), colour, tolerance); }))
-        return testing::AssertionSuccess();
-    const Image last = picture();
-    return testing::AssertionFailure() << "pixel (" << x << ", " << y << ") is " << last.pixel(x, y)
-                                       << ", not " << colour << "; see " << keep_picture(last);
+    return testing::AssertionFailure() << "it is not loaded, told was " << log()->describe(first);
 }
 
 std::optional<int> HostVideoView::frame_number()
