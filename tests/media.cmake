@@ -6,6 +6,7 @@ add_test(NAME media_clips
 set_tests_properties(media_clips PROPERTIES LABELS media TIMEOUT 300 FIXTURES_SETUP media_clips)
 
 add_library(marlune_media_support STATIC
+    support/followed_view.cpp
     support/host_video_view.cpp
     support/sound_server.cpp)
 marlune_configure_target(marlune_media_support)
@@ -43,3 +44,21 @@ endforeach()
 
 # What a process leaves behind that ends while a player plays.
 marlune_add_media_test(media_process OWN_MAIN)
+
+# Cameras that are not there. A program that has them in front of the system's functions sees no others.
+add_library(marlune_fake_camera SHARED support/fake_camera.cpp support/fake_camera_calls.cpp)
+marlune_configure_target(marlune_fake_camera)
+set_target_properties(marlune_fake_camera PROPERTIES AUTOMOC OFF CXX_VISIBILITY_PRESET default)
+target_include_directories(marlune_fake_camera PRIVATE .)
+target_link_libraries(marlune_fake_camera PRIVATE GTest::gtest ${CMAKE_DL_LIBS})
+add_library(marlune_camera_support STATIC support/host_camera_view.cpp)
+marlune_configure_target(marlune_camera_support)
+set_target_properties(marlune_camera_support PROPERTIES AUTOMOC OFF)
+target_link_libraries(marlune_camera_support PUBLIC marlune_media_support marlune_fake_camera)
+
+# Cameras through their facade.
+foreach(name IN ITEMS
+        media_camera
+        media_camera_hints)
+    marlune_add_test(${name} LABELS media SOURCES ${name}.cpp LIBRARIES marlune_camera_support)
+endforeach()
