@@ -4,6 +4,7 @@
 #include <QQuickGraphicsDevice>
 #include <QQuickItem>
 #include <QQuickRenderTarget>
+#include <QVideoSink>
 #include <QVulkanInstance>
 #include <rhi/qrhi.h>
 
@@ -94,6 +95,11 @@ void RawScene::render()
         control_.commandBuffer()->resourceUpdate(updates);
     }
     control_.endFrame();
+}
+
+QVideoSink* RawScene::video_sink() const
+{
+    return qobject_cast<QVideoSink*>(root_->property("videoSink").value<QObject*>());
 }
 
 uint64_t RawScene::texture() const

@@ -19,6 +19,7 @@ class QRhiRenderBuffer;
 class QRhiRenderPassDescriptor;
 class QRhiTexture;
 class QRhiTextureRenderTarget;
+class QVideoSink;
 
 namespace marlune::bench {
 
@@ -34,6 +35,8 @@ public:
 
     void render();
     QQuickItem* root() const { return root_.get(); }
+    /** That of RawVideo.qml; null in other scenes. */
+    QVideoSink* video_sink() const;
     /** As the library gives it to the host. */
     uint64_t texture() const;
 

@@ -5,7 +5,6 @@
 #include <QGuiApplication>
 #include <QMediaCaptureSession>
 #include <QMetaObject>
-#include <QQuickItem>
 #include <QScreenCapture>
 #include <QVideoSink>
 
@@ -33,7 +32,7 @@ RawScreen::RawScreen(QObject* qt_thread, const Gpu& gpu, Picture picture)
     const auto set_up = [&] {
         scene_ = new RawScene(gpu, picture, component);
         texture_ = scene_->texture();
-        session_ = make_session(scene_->root()->property("videoSink").value<QVideoSink*>());
+        session_ = make_session(scene_->video_sink());
     };
     QMetaObject::invokeMethod(qt_thread, set_up, blocking);
 }

@@ -6,7 +6,6 @@
 #include <QMediaMetaData>
 #include <QMediaPlayer>
 #include <QMetaObject>
-#include <QQuickItem>
 #include <QUrl>
 #include <QVideoFrame>
 #include <QVideoSink>
@@ -91,7 +90,7 @@ RawVideo::RawVideo(QObject* qt_thread, const Gpu& gpu, Picture picture, const st
     const auto set_up = [&] {
         scene_ = new RawScene(gpu, picture, component);
         texture_ = scene_->texture();
-        sink = scene_->root()->property("videoSink").value<QVideoSink*>();
+        sink = scene_->video_sink();
     };
     QMetaObject::invokeMethod(qt_thread, set_up, blocking);
     player_.set_sink(sink);

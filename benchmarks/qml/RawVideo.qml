@@ -7,7 +7,7 @@ import QtMultimedia
     A picture as somebody would show it who wanted that and nothing else, fed through its sink.
 */
 Item {
-    readonly property VideoSink videoSink: picture.videoSink
+    readonly property QtObject videoSink: picture.videoSink
 
     VideoOutput {
         id: picture
