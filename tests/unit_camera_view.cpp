@@ -1,8 +1,10 @@
 // The view behind the facade of cameras, without a scene and without a device: what its component finds,
 // which camera a hint means, and what the host is told of.
 
+#include "marlune/app.h"
 #include "media/camera_hint.h"
 #include "media/camera_view.h"
+#include "runtime/host_callback.h"
 #include "support/message_log.h"
 #include "support/meta_methods.h"
 #include "support/qt_loop.h"
@@ -14,6 +16,7 @@
 #include <QQmlComponent>
 #include <QQmlContext>
 #include <QQmlEngine>
+#include <QScopedValueRollback>
 #include <QSignalSpy>
 
 #include <gtest/gtest.h>
@@ -245,6 +248,23 @@ TEST_F(CameraViews, look_for_a_camera_on_the_qt_thread)
     EXPECT_EQ(told_on, std::this_thread::get_id());
 }
 
+TEST_F(CameraViews, do_not_look_for_a_camera_under_a_callback)
+{
+    if (!QMediaDevices::videoInputs().isEmpty())
+        GTEST_SKIP() << "this machine has a camera";
+    follow_all();
+    QObject stand_in;
+    const QScopedValueRollback<void*> context(MARLUNE_CTX, &stand_in);
+    {
+        const HostCallbackScope scope;
+        view->set_camera_hint(QStringLiteral("0"));
+        serve_events();
+        EXPECT_EQ(told.take(), u"") << "it may be one of the camera that there is";
+    }
+    serve_events();
+    EXPECT_EQ(told.take(), u"error_occurred 1 no cameras found");
+}
+
 TEST_F(CameraViews, keep_the_camera_they_have_when_there_is_none_to_choose)
 {
     if (!QMediaDevices::videoInputs().isEmpty())
@@ -289,29 +309,34 @@ TEST_F(CameraViews, own_the_camera_they_install_and_leave_it_off)
     EXPECT_EQ(camera_changed.count(), 1);
 }
 
-TEST_F(CameraViews, keep_a_camera_that_another_one_has_replaced_until_its_parent_goes)
+TEST_F(CameraViews, end_the_camera_that_another_one_replaces_once_the_scene_has_let_it_go)
 {
-    auto root = std::make_unique<QObject>();
+    QObject root;
     view->install(QCameraDevice());
-    view->post_setup(nullptr, root.get());
+    view->post_setup(nullptr, &root);
     const QPointer old = view->camera();
-    std::vector<QCamera*> cameras;
+    std::vector<std::pair<QCamera*, bool>> changes;
     QObject::connect(view.get(), &CameraView::cameraChanged,
-                     [&] { cameras.push_back(view->camera()); });
+                     [&] { changes.emplace_back(view->camera(), !old.isNull()); });
 
     view->install(QCameraDevice());
-    EXPECT_NE(view->camera(), old);
-    EXPECT_EQ(cameras, (std::vector<QCamera*>{nullptr, view->camera()}))
-        << "the scene lets go of the old one first";
-    ASSERT_TRUE(old);
-    EXPECT_EQ(old->parent(), root.get());
+    ASSERT_EQ(changes.size(), 2u);
+    EXPECT_EQ(changes[0], std::make_pair(static_cast<QCamera*>(nullptr), true));
+    EXPECT_EQ(changes[1], std::make_pair(view->camera(), false))
+        << "its device is free for the new one";
     EXPECT_EQ(view->camera()->parent(), view.get());
+}
+
+TEST_F(CameraViews, tell_of_a_camera_that_cannot_be_opened)
+{
+    if (!QMediaDevices::videoInputs().isEmpty())
+        GTEST_SKIP() << "this machine has a camera";
     follow_all();
-    emit old->activeChanged(false);
-    EXPECT_EQ(told.take(), u"") << "nobody asks for it any more";
-    root.reset();
-    EXPECT_FALSE(old);
-    EXPECT_TRUE(view->camera());
+    view->install(QCameraDevice());
+    ASSERT_NE(view->camera()->errorString(), u"");
+    EXPECT_EQ(
+        told.take(),
+        QStringLiteral("error_occurred 1 %1 error_changed").arg(view->camera()->errorString()));
 }
 
 TEST_F(CameraViews, do_without_a_camera)
@@ -389,14 +414,12 @@ TEST_F(CameraViews, survive_a_scene_that_takes_their_camera_along)
     EXPECT_TRUE(view->camera());
 }
 
-TEST_F(CameraViews, end_their_cameras_with_themselves)
+TEST_F(CameraViews, end_their_camera_with_themselves)
 {
     view->install(QCameraDevice());
-    const QPointer first = view->camera();
-    view->install(QCameraDevice());
-    const QPointer second = view->camera();
+    const QPointer camera = view->camera();
     view.reset();
-    EXPECT_TRUE(!first && !second);
+    EXPECT_FALSE(camera);
 }
 
 TEST_F(CameraViews, end_all_cameras_when_the_library_stops)

@@ -42,26 +42,29 @@ public:
     MCameraView();
 
     /**
-     * Chooses the camera, in turn, before any later call of this thread is served. Does not block.
+     * Chooses the camera. Does not block; a call that the same thread makes afterwards already finds the new
+     * one, but not one that is made in a callback.
      *
      * "", "-1", "0" and any other negative number: the first one. Another number: the one of that place
      * in the system's list, from 0. Any other text: the first one whose name contains it, in letters of
      * either case. Where there is no such camera the first one is taken, and Qt's log says so; where
      * there is none at all, set_func_error_occurred() tells, and what was chosen before stays.
      *
-     * The camera that was chosen before is switched off; the new one waits for start().
+     * The camera that was chosen before is switched off and set free, with all that was set on it; the new
+     * one waits for start(). So it is for the same camera too, which is how one is had back that has failed
+     * or has been unplugged.
      */
     void set_camera_hint(std::string hint) const;
 
     /** Switches the camera on. Blocks, but not for the first picture. */
     void start() const;
-    /** Switches it off. Blocks. */
+    /** Switches it off; some systems keep it from other programs and views all the same. Blocks. */
     void stop() const;
     /** Switches it on or off. Does not block. */
     void set_active(bool active) const;
-    /** Whether it is on. Blocks. */
+    /** Whether it is on: also when it fails, or has been unplugged. Blocks. */
     bool get_is_active() const;
-    /** Whether it can be used. Blocks. */
+    /** Whether there is one to switch on. Blocks. */
     bool is_available() const;
 
     /** True switches the camera on; false leaves it as it is. Blocks. */
@@ -72,7 +75,7 @@ public:
     /** Any other number is taken for 0, but for 4294967295, which shows the picture as 1 does. Blocks. */
     void set_fill_mode(unsigned int mode) const;
 
-    /** 0 none, 1 the camera failed. Blocks. */
+    /** 0 none, 1 the camera failed, as when another program uses it. Blocks. */
     int get_error() const;
     /** For people; empty without an error. Blocks. */
     std::string get_error_string() const;

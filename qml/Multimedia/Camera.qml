@@ -25,23 +25,23 @@ Item {
         return devices.videoInputs.some(device => String(device.id) === id);
     }
 
-    // It was taken away while it was on; there again, it still has to be switched off and on.
+    // It was taken away while it was on; there again, it gives no picture by itself.
     property bool lost
     // The picture is of what the camera sees now, and not of what it saw before it was switched off.
     property bool current
 
     readonly property real em: Math.max(10, Math.min(width / 58, height / 32))
 
-    function begin(): void {
+    onActiveChanged: root.current = false
+    onCameraChanged: {
         root.lost = false;
         root.current = false;
     }
-
-    onCameraChanged: root.begin()
-    onActiveChanged: root.begin()
     onPluggedChanged: {
-        if (!root.plugged)
-            root.lost = root.active;
+        if (root.plugged)
+            return;
+        root.lost = root.active;
+        root.current = false;
     }
 
     Media.MediaDevices {
@@ -61,16 +61,22 @@ Item {
 
     Connections {
         target: picture.videoSink
-        enabled: root.active && !root.current
+        enabled: root.active && root.plugged && !root.current
 
-        function onVideoFrameChanged(): void { root.current = true; }
+        function onVideoFrameChanged(): void {
+            // Switching on and off sends an empty frame ahead.
+            if (picture.videoSink.videoSize.width <= 0)
+                return;
+            root.lost = false;
+            root.current = true;
+        }
     }
 
     Media.VideoOutput {
         id: picture
 
         anchors.fill: parent
-        visible: root.active && root.current && !notice.unplugged
+        visible: root.active && root.current
         fillMode: {
             switch (root.host?.fill_mode ?? 1) {
             case 0: return Media.VideoOutput.Stretch;

@@ -1,6 +1,7 @@
 #include "media/camera_view.h"
 
 #include "media/camera_hint.h"
+#include "runtime/host_callback.h"
 #include "runtime/trace.h"
 #include "views/component_files.h"
 
@@ -8,8 +9,8 @@
 #include <QQmlContext>
 #include <QtQml>
 
+#include <memory>
 #include <unordered_set>
-#include <utility>
 
 namespace marlune {
 
@@ -42,7 +43,7 @@ QStringList descriptions_of(const QList<QCameraDevice>& devices)
 CameraView::CameraView() : QuickView("CameraView")
 {
     trace("CameraView::CameraView()", "T");
-    // Queued also on the Qt thread: a callback of the camera must not lose it while it runs.
+    // Queued on the Qt thread too: a callback of the camera must not lose it while it runs.
     connect(this, &CameraView::camera_hintChanged, this, &CameraView::onCameraHintChanged,
             Qt::QueuedConnection);
     camera_views.insert(this);
@@ -103,6 +104,12 @@ QString CameraView::camera_hint() const
 
 void CameraView::onCameraHintChanged()
 {
+    // A callback that lets events be served may stand on a signal of the camera that is to go.
+    run_outside_callbacks(*this, [](CameraView& view) { view.choose_by_hint(); });
+}
+
+void CameraView::choose_by_hint()
+{
     const QList<QCameraDevice> devices = QMediaDevices::videoInputs();
     if (devices.isEmpty())
         return onErroroccurred(QCamera::CameraError, QStringLiteral("no cameras found"));
@@ -119,13 +126,18 @@ void CameraView::install(const QCameraDevice& device)
     camera_ = new QCamera(device, this);
     connect_callbacks();
     emit cameraChanged();
+    // That it cannot be opened shows while it is made, when nobody listens yet.
+    if (camera_ && camera_->error() != QCamera::NoError) {
+        onErroroccurred(camera_->error(), camera_->errorString());
+        onErrorchanged();
+    }
 }
 
-/** It stays where it is until that goes: scenes may still hold it. */
+/** Not only out of the scene: even a camera that is off keeps others from using its device. */
 void CameraView::give_up_camera()
 {
     camera_->setActive(false);
-    camera_->disconnect(this);
+    const std::unique_ptr<QCamera> old(camera_);
     camera_.clear();
     emit cameraChanged();
 }

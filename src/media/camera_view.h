@@ -91,6 +91,7 @@ signals:
     void camera_hintChanged();
 
 private:
+    void choose_by_hint();
     void give_up_camera();
     void connect_callbacks();
 
