@@ -64,7 +64,7 @@ public:
     void set_active(bool active) const;
     /** Whether it is on: also when it fails, or has been unplugged. Blocks. */
     bool get_is_active() const;
-    /** Whether there is one to switch on. Blocks. */
+    /** Whether there is one to switch on: also after it has been unplugged. Blocks. */
     bool is_available() const;
 
     /** True switches the camera on; false leaves it as it is. Blocks. */
@@ -99,7 +99,7 @@ public:
 
     /** What the camera exposes with, in seconds; -1 when it does not tell. Blocks. */
     float get_exposure_time() const;
-    /** What was set, in seconds; -1 while it is automatic. Blocks. */
+    /** What was set, in seconds; -1 when nothing was. Blocks. */
     float get_manual_exposure_time() const;
     /** Does not block. */
     void set_manual_exposure_time(float seconds) const;
@@ -111,7 +111,7 @@ public:
 
     /** What the camera is at, in ISO; -1 when it does not tell. Blocks. */
     int get_iso_sensitivity() const;
-    /** What was set, in ISO; -1 while it is automatic. Blocks. */
+    /** What was set, in ISO; -1 when nothing was. Blocks. */
     int get_manual_iso_sensitivity() const;
     /** Does not block. */
     void set_manual_iso_sensitivity(int sensitivity) const;
@@ -161,7 +161,7 @@ public:
     void set_white_balance_mode(int mode) const;
     bool is_white_balance_mode_supported(int mode) const;
 
-    /** In kelvin; 0 while it is automatic. Blocks. */
+    /** What was set, in kelvin; 0 when nothing was. Blocks. */
     int get_color_temperature() const;
     /** Sets the white balance to manual too; 0 leaves it to the camera. Does not block. */
     void set_color_temperature(int kelvin) const;
