@@ -39,4 +39,27 @@ void choose_german(const marlune::MVideoPlayerView& view)
     }
 }
 
+marlune::MCameraView first_camera(VkInstance instance, VkPhysicalDevice physical_device,
+                                  VkDevice device)
+{
+    marlune::MCameraView view;
+    view.set_view_monitor(instance);
+    view.set_statistics_monitor(physical_device, device);
+    view.set_resolution({640, 480});
+    view.set_func_error_occurred([](int error, std::string text) {
+        std::fprintf(stderr, "camera error %d: %s\n", error, text.c_str());
+    });
+    view.set_camera_hint("usb");
+    if (!view.load("Multimedia", "Camera"))
+        std::fprintf(stderr, "the view cannot be loaded, see the messages above\n");
+    view.start();
+    return view;
+}
+
+void have_camera_back(const marlune::MCameraView& view, const std::string& hint)
+{
+    view.set_camera_hint(hint);
+    view.start();
+}
+
 }  // namespace guide
