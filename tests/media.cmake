@@ -59,6 +59,11 @@ target_link_libraries(marlune_camera_support PUBLIC marlune_media_support marlun
 # Cameras through their facade.
 foreach(name IN ITEMS
         media_camera
+        media_camera_controls
         media_camera_hints)
     marlune_add_test(${name} LABELS media SOURCES ${name}.cpp LIBRARIES marlune_camera_support)
 endforeach()
+
+# What a process leaves behind that ends while a camera runs.
+marlune_add_test(media_camera_process LABELS media
+    SOURCES media_camera_process.cpp LIBRARIES marlune_camera_support OWN_MAIN)

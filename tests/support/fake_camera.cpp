@@ -133,6 +133,7 @@ System& system_()
 }
 
 std::array<std::atomic<bool>, FILES_AT_MOST> camera_files;
+std::atomic<int> pictures = 0;
 
 void set_timer(int file, std::chrono::nanoseconds first, std::chrono::nanoseconds period)
 {
@@ -284,6 +285,7 @@ int take_buffer(int file, CameraFile& state, v4l2_buffer& buffer)
     draw_frame(reinterpret_cast<uint8_t*>(buffer.m.userptr), state.device->camera.border,
                state.frames);
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    ++pictures;
     buffer.bytesused = BYTES_A_FRAME;
     buffer.sequence = state.frames;
     buffer.flags = V4L2_BUF_FLAG_DONE | V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC;
@@ -511,6 +513,11 @@ std::vector<std::string> running_cameras()
 std::vector<std::string> open_cameras()
 {
     return cameras_of_files([](const CameraFile&) { return true; });
+}
+
+int camera_pictures()
+{
+    return pictures;
 }
 
 std::optional<int> camera_control(const std::string& name, uint32_t control)

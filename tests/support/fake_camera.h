@@ -51,6 +51,9 @@ void unplug_camera(const std::string& name);
 std::vector<std::string> running_cameras();
 std::vector<std::string> open_cameras();
 
+/** How many pictures have been given since the process began. */
+int camera_pictures();
+
 /** A control's value, by its number in linux/v4l2-controls.h; nothing where there is no such control. */
 std::optional<int> camera_control(const std::string& name, uint32_t control);
 
