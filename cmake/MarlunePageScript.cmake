@@ -2,7 +2,8 @@
 
 # A tool that only reads and writes syntax: without bundling and without renaming, the script's globals
 # keep their names and everything keeps its meaning.
-find_program(ESBUILD_PROGRAM esbuild)
+# On Windows npm sets up a command file, and beside it a shell script without a suffix.
+find_program(ESBUILD_PROGRAM NAMES esbuild.exe esbuild.cmd esbuild)
 if(NOT ESBUILD_PROGRAM)
     message(FATAL_ERROR "esbuild is needed to minify the page script. It is one program: install the "
         "package esbuild, or set ESBUILD_PROGRAM to where it is.")

@@ -5,7 +5,9 @@ function(marlune_configure_target target)
         VISIBILITY_INLINES_HIDDEN ON
         POSITION_INDEPENDENT_CODE ON)
     if(MSVC)
-        target_compile_options(${target} PRIVATE /W4 /utf-8 /Zc:__cplusplus /permissive-)
+        target_compile_options(${target} PRIVATE /W4 /utf-8 /Zc:__cplusplus /permissive-
+            /wd4251 /wd4275  # the host is built with the same compiler and runtime as the library
+            /wd4456 /wd4457)  # a lambda's parameter is often called as what is handed to it
         target_compile_definitions(${target} PRIVATE NOMINMAX _CRT_SECURE_NO_WARNINGS)
     else()
         target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic)
