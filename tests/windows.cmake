@@ -3,8 +3,15 @@
 if(NOT MARLUNE_TEST_WINDOWS)
     return()
 endif()
-find_program(WINE_PROGRAM NAMES wine64 wine HINTS /usr/lib/wine REQUIRED)
-find_program(WINESERVER_PROGRAM wineserver HINTS /usr/lib/wine REQUIRED)
+find_program(MINGW_COMPILER x86_64-w64-mingw32-g++-posix)
+find_program(WINE_PROGRAM NAMES wine64 wine HINTS /usr/lib/wine)
+find_program(WINESERVER_PROGRAM wineserver HINTS /usr/lib/wine)
+if(NOT MINGW_COMPILER OR NOT WINE_PROGRAM OR NOT WINESERVER_PROGRAM)
+    add_test(NAME windows
+        COMMAND "${CMAKE_COMMAND}" -E echo "skipped: mingw-w64 and Wine are not both installed")
+    set_tests_properties(windows PROPERTIES LABELS windows SKIP_REGULAR_EXPRESSION "^skipped")
+    return()
+endif()
 
 set(windows_build "${PROJECT_SOURCE_DIR}/build/windows")
 add_test(NAME windows_build COMMAND "${PROJECT_SOURCE_DIR}/dev" windows)
