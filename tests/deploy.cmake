@@ -33,3 +33,7 @@ marlune_add_script_test(consumer deploy deploy/consumer.cmake
     "CXX_COMPILER=${CMAKE_CXX_COMPILER}" "CXX_FLAGS=${consumer_flags}" CONFIG=$<CONFIG>)
 
 set_tests_properties(installed_files exports consumer PROPERTIES FIXTURES_REQUIRED installed_marlune)
+
+if(MARLUNE_INSTALL_QT)
+    include(addon.cmake)
+endif()

@@ -7,9 +7,10 @@ function(addon_list_packages result)
         set(${result} "" PARENT_SCOPE)
         return()
     endif()
-    execute_process(COMMAND "${DPKG_QUERY}" --show
-            --showformat "    {\"name\": \"\${Package}\", \"version\": \"\${Version}\", \"source\": \"\${source:Package}\", \"source_version\": \"\${source:Version}\", \"license\": \"licenses/\${Package}.txt\"},\\n"
-            ${packages}
+    string(CONCAT format "    {\"name\": \"\${Package}\", \"version\": \"\${Version}\", "
+        "\"source\": \"\${source:Package}\", \"source_version\": \"\${source:Version}\", "
+        "\"license\": \"licenses/\${Package}.txt\"},\\n")
+    execute_process(COMMAND "${DPKG_QUERY}" --show --showformat "${format}" ${packages}
         OUTPUT_VARIABLE list OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
     string(REGEX REPLACE ",$" "" list "${list}")
     set(${result} "${list}" PARENT_SCOPE)

@@ -1,0 +1,52 @@
+#!/bin/bash
+# usage: bare_missing.sh ROOT
+#
+# Takes one file after the other out of the add-on directory and looks for the message that names it.
+set -euo pipefail
+root=$1
+here=$(dirname "$0")
+addon=$root/game/addons/webview
+[[ -d $addon ]] || { echo "there is no bare root"; exit 77; }
+failed=0
+
+# Prints what a host says that shows one view, or dies of it.
+show() {
+    { "$here/run_bare.sh" "$root" MARLUNE_PROJECT_ROOT="${2:-/game}" \
+        timeout 30 /game/host /game/pictures /game/clip.mp4 "$1"; } 2>&1 || true
+}
+
+fail() {
+    failed=1
+    echo "$1; it was said:"
+    sed 's/^/    /' <<<"$2"
+}
+
+# without FILE MESSAGE [VIEW]
+without() {
+    local said
+    mv "$addon/$1" "$root/game/away"
+    said=$(show "${3:-scene}")
+    mv "$root/game/away" "$addon/$1"
+    [[ $said == *"$2"* ]] || fail "without $1 there is no \"$2\"" "$said"
+}
+
+said=$(show scene)
+[[ $said == *right* && $said != *lacks* ]] || fail "a whole directory does not pass" "$said"
+said=$(show scene /nowhere)
+[[ $said == *'there is no add-on directory "/nowhere/addons/webview/": is PATH_PROJECT_ROOT right?'* ]] \
+    || fail "a wrong project root is not named" "$said"
+
+lacks='the add-on directory "/game/addons/webview/" lacks'
+without QtWebEngineProcess.exe "$lacks QtWebEngineProcess.exe"
+without resources/qtwebengine_resources.pak "$lacks resources/qtwebengine_resources.pak"
+without resources/icudtl.dat "$lacks resources/icudtl.dat"
+without resources/v8_context_snapshot.bin "$lacks resources/v8_context_snapshot.bin"
+without plugins/platforms/libqxcb.so "$lacks plugins/platforms/libqxcb.so"
+without plugins/multimedia/libffmpegmediaplugin.so "$lacks plugins/multimedia/libffmpegmediaplugin.so"
+without lib/libavcodec.so.61 "$lacks lib/libavcodec.so.61"
+without qml/QtMultimedia "$lacks qml/QtMultimedia/"
+without qml/QtQuick/Layouts 'module "QtQuick.Layouts" is not installed'
+without translations "could not find the translation file" page
+without lib/libQt6Quick.so.6 "error while loading shared libraries: libQt6Quick.so.6"
+without libmarlune.so "error while loading shared libraries: libmarlune.so"
+exit "$failed"
