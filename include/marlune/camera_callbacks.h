@@ -58,7 +58,6 @@
     /** set_torch_mode(). */                                                                       \
     X(Nothing, torch_mode_changed, (), torchModeChanged, onTorchmodechanged)                       \
     /** set_white_balance_mode(). */                                                               \
-    X(Nothing, white_balance_mode_changed, (), whiteBalanceModeChanged,                            \
-      onWhitebalancemodechanged)                                                                   \
+    X(Nothing, white_balance_mode_changed, (), whiteBalanceModeChanged, onWhitebalancemodechanged) \
     /** set_zoom_factor(), and zoom_to() as it goes. */                                            \
     X(Nothing, zoom_factor_changed, (), zoomFactorChanged, onZoomfactorchanged)
