@@ -99,7 +99,8 @@ Item {
         id: lifted
 
         anchors.horizontalCenter: parent.horizontalCenter
-        y: Math.min(lower.y, controls.subtitleArea.top) - height - controls.em * 0.8
+        // Between them and the bar, the time under the pointer has its place.
+        y: Math.min(lower.y, controls.subtitleArea.top) - height - controls.em * 2.4
         width: parent.width - 2 * controls.margin
         text: controls.subtitle
         textFormat: Text.PlainText
