@@ -253,6 +253,38 @@ TEST_F(Camera, tells_that_another_one_uses_it)
     EXPECT_TRUE(first.goes_on()) << "which is no harm to the other one";
 }
 
+TEST_F(Camera, is_had_again_once_the_other_one_has_gone)
+{
+    expect_message("Cannot request V4L2_MEMORY_USERPTR buffers");
+    HostCameraView view;
+    {
+        HostCameraView other;
+        ASSERT_TRUE(other.show("usb"));
+        other->stop();
+        view->set_camera_hint("usb");
+        view->start();
+        EXPECT_EQ(view->get_error(), CAMERA_ERROR) << "off, the other one still has it";
+    }
+    ASSERT_TRUE(view.show("usb"));
+    EXPECT_EQ(view->get_error(), NO_CAMERA_ERROR);
+    EXPECT_TRUE(view.wait_for_border(CYAN));
+}
+
+TEST_F(Camera, tells_that_it_may_not_be_used)
+{
+    expect_message_matching("Unable to open the camera \"/dev/video0\".*Permission denied");
+    plug_cameras({{.name = "Locked", .is_locked = true}});
+    HostCameraView view;
+    view->set_camera_hint("0");
+    ASSERT_TRUE(view.load());
+    view->start();
+    EXPECT_EQ(view->get_error(), CAMERA_ERROR);
+    EXPECT_EQ(view->get_error_string(), "Cannot open camera");
+    EXPECT_TRUE(view.wait_for_event("error_occurred", "1 Cannot open camera"));
+    EXPECT_TRUE(view.wait_for_event("error_changed"));
+    EXPECT_TRUE(view.draw_until([&] { return shows_something(view.picture(), "words"); }));
+}
+
 TEST_F(Camera, that_is_unplugged_says_so_and_harms_nothing)
 {
     expect_message("Cannot take buffer");
@@ -266,6 +298,21 @@ TEST_F(Camera, that_is_unplugged_says_so_and_harms_nothing)
     EXPECT_TRUE(other.goes_on());
     view->stop();
     EXPECT_FALSE(view->get_is_active());
+}
+
+TEST_F(Camera, that_was_unplugged_is_had_again_once_it_is_back)
+{
+    expect_message("Cannot take buffer");
+    HostCameraView view;
+    ASSERT_TRUE(view.show("usb"));
+    unplug_camera("USB Camera Pro");
+    EXPECT_TRUE(view.draw_until([] { return running_cameras().empty(); }));
+    EXPECT_TRUE(view->get_is_active()) << "it is not told of";
+    plug_cameras({{.name = "USB Camera Pro", .border = CYAN}});
+    view->set_camera_hint("usb");
+    view->start();
+    EXPECT_TRUE(view.goes_on());
+    EXPECT_TRUE(view.wait_for_border(CYAN));
 }
 
 TEST_F(Camera, follows_another_that_was_plugged_since)

@@ -160,6 +160,33 @@ TEST(Hint, switches_the_camera_off_that_was_chosen_before)
     EXPECT_EQ(running_cameras(), Names{"USB Camera Pro"});
 }
 
+TEST(Hint, chooses_anew_even_when_it_is_the_same)
+{
+    plug_cameras(THREE);
+    HostCameraView view;
+    view->set_camera_hint("usb");
+    view->start();
+    view->set_camera_hint("usb");
+    EXPECT_FALSE(view->get_is_active());
+    view->start();
+    EXPECT_EQ(running_cameras(), Names{"USB Camera Pro"});
+}
+
+TEST(Hint, gives_back_the_camera_that_another_one_replaces)
+{
+    plug_cameras(THREE);
+    HostCameraView view, other;
+    for (int i = 0; i < 30; ++i) {
+        view->set_camera_hint(std::to_string(i % 3));
+        view->start();
+        ASSERT_TRUE(view->get_is_active());
+        ASSERT_EQ(open_cameras(), Names{THREE[i % 3].name}) << i;
+    }
+    other->set_camera_hint("0");
+    other->start();
+    EXPECT_EQ(running_cameras(), (Names{THREE[2].name, THREE[0].name}));
+}
+
 TEST(Hint, that_comes_last_wins)
 {
     plug_cameras(THREE);

@@ -2,6 +2,7 @@
 
 #include "support/fake_camera_devices.h"
 
+#include <fcntl.h>
 #include <linux/videodev2.h>
 #include <sys/stat.h>
 #include <sys/timerfd.h>
@@ -445,12 +446,14 @@ void note_nodes_are_watched()
     system_().is_watched = true;
 }
 
-int open_camera(const std::string& node)
+int open_camera(const std::string& node, int flags)
 {
     const std::lock_guard lock(system_().mutex);
     const auto found = system_().devices.find(std::filesystem::path(node).filename());
     if (found == system_().devices.end())
         return -ENOENT;
+    if (found->second->camera.is_locked && (flags & O_ACCMODE) != O_RDONLY)
+        return -EACCES;
     const int file = timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC);
     if (file < 0 || file >= FILES_AT_MOST)
         return -EMFILE;

@@ -30,6 +30,7 @@ struct FakeCamera {
     std::string name;
     Colour border = YELLOW;
     bool has_controls = true;  // of exposure, focus, light and zoom
+    bool is_locked = false;    // it is seen, but may not be used
 };
 
 inline constexpr uint32_t CAMERA_WIDTH = 320;

@@ -59,7 +59,7 @@ int fake_open(const char* path, int flags, ...)
 {
     static const auto real = next<int(const char*, int, ...)>("open");
     if (is_camera_node(path))
-        return return_or_set_errno(open_camera(path));
+        return return_or_set_errno(open_camera(path, flags));
     // Passed on even where the caller gave none, as the C library itself does.
     va_list rest;
     va_start(rest, flags);
@@ -72,7 +72,7 @@ int fake_open64(const char* path, int flags, ...)
 {
     static const auto real = next<int(const char*, int, ...)>("open64");
     if (is_camera_node(path))
-        return return_or_set_errno(open_camera(path));
+        return return_or_set_errno(open_camera(path, flags));
     va_list rest;
     va_start(rest, flags);
     const auto mode = va_arg(rest, mode_t);

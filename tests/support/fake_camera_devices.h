@@ -14,7 +14,7 @@ void note_nodes_are_listed();
 void note_nodes_are_watched();
 
 /** Returns a file, or minus the number of an error. */
-int open_camera(const std::string& node);
+int open_camera(const std::string& node, int flags);
 
 /** True for files that open_camera() has returned. Takes no lock. */
 bool is_camera_file(int file);
