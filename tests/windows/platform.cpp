@@ -26,8 +26,8 @@ class Reader {
 public:
     Reader()
         : pipe_(CreateNamedPipeA(R"(\\.\pipe\webview.debug.sock)", PIPE_ACCESS_INBOUND,
-                                 PIPE_TYPE_BYTE | PIPE_WAIT, 1, pipe_size, pipe_size,
-                                 reader_limit_ms, nullptr))
+                                 PIPE_TYPE_BYTE | PIPE_WAIT, PIPE_UNLIMITED_INSTANCES, pipe_size,
+                                 pipe_size, reader_limit_ms, nullptr))
     {
         EXPECT_NE(pipe_, INVALID_HANDLE_VALUE) << GetLastError();
     }
