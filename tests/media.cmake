@@ -27,9 +27,11 @@ function(marlune_add_media_test name)
 endfunction()
 
 # The views behind the facades, without a scene.
-foreach(name IN ITEMS unit_camera_view unit_screen_capture_view unit_video_view)
+foreach(name IN ITEMS unit_screen_capture_view unit_video_view)
     marlune_add_test(${name} LABELS unit SOURCES ${name}.cpp WHITEBOX LIBRARIES Qt6::Test)
 endforeach()
+marlune_add_test(unit_camera_view LABELS unit SOURCES unit_camera_view.cpp WHITEBOX
+    LIBRARIES Qt6::Test marlune_fake_camera)
 
 # The player through its facade, playing real clips.
 foreach(name IN ITEMS

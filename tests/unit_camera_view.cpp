@@ -1,10 +1,11 @@
-// The view behind the facade of cameras, without a scene and without a device: what its component finds,
-// which camera a hint means, and what the host is told of.
+// The view behind the facade of cameras, without a scene: what its component finds, which camera a hint
+// means, and what the host is told of. There is no camera but those that a test plugs.
 
 #include "marlune/app.h"
 #include "media/camera_hint.h"
 #include "media/camera_view.h"
 #include "runtime/host_callback.h"
+#include "support/fake_camera.h"
 #include "support/message_log.h"
 #include "support/meta_methods.h"
 #include "support/qt_loop.h"
@@ -221,8 +222,6 @@ TEST_F(CameraViews, begin_without_a_camera)
 
 TEST_F(CameraViews, look_for_a_camera_when_their_turn_comes)
 {
-    if (!QMediaDevices::videoInputs().isEmpty())
-        GTEST_SKIP() << "this machine has a camera";
     follow_all();
     QSignalSpy hint_changed(view.get(), &CameraView::camera_hintChanged);
     view->set_camera_hint(QStringLiteral("usb"));
@@ -236,8 +235,6 @@ TEST_F(CameraViews, look_for_a_camera_when_their_turn_comes)
 
 TEST_F(CameraViews, look_for_a_camera_on_the_qt_thread)
 {
-    if (!QMediaDevices::videoInputs().isEmpty())
-        GTEST_SKIP() << "this machine has a camera";
     std::thread::id told_on;
     view->callbacks().error_occurred.exchange(CallbackSlot<void(int, std::string)>::store(
         [&](int, const std::string&) { told_on = std::this_thread::get_id(); }));
@@ -250,8 +247,6 @@ TEST_F(CameraViews, look_for_a_camera_on_the_qt_thread)
 
 TEST_F(CameraViews, do_not_look_for_a_camera_under_a_callback)
 {
-    if (!QMediaDevices::videoInputs().isEmpty())
-        GTEST_SKIP() << "this machine has a camera";
     follow_all();
     QObject stand_in;
     const QScopedValueRollback<void*> context(MARLUNE_CTX, &stand_in);
@@ -267,8 +262,6 @@ TEST_F(CameraViews, do_not_look_for_a_camera_under_a_callback)
 
 TEST_F(CameraViews, keep_the_camera_they_have_when_there_is_none_to_choose)
 {
-    if (!QMediaDevices::videoInputs().isEmpty())
-        GTEST_SKIP() << "this machine has a camera";
     view->install(QCameraDevice());
     QCamera* const camera = view->camera();
     QSignalSpy camera_changed(view.get(), &CameraView::cameraChanged);
@@ -309,28 +302,73 @@ TEST_F(CameraViews, own_the_camera_they_install_and_leave_it_off)
     EXPECT_EQ(camera_changed.count(), 1);
 }
 
-TEST_F(CameraViews, end_the_camera_that_another_one_replaces_once_the_scene_has_let_it_go)
-{
-    QObject root;
-    view->install(QCameraDevice());
-    view->post_setup(nullptr, &root);
-    const QPointer old = view->camera();
-    std::vector<std::pair<QCamera*, bool>> changes;
-    QObject::connect(view.get(), &CameraView::cameraChanged,
-                     [&] { changes.emplace_back(view->camera(), !old.isNull()); });
+/** Left and Right, until the next test. */
+class TwoCameras : public CameraViews {
+protected:
+    void SetUp() override
+    {
+        CameraViews::SetUp();
+        QMediaDevices::videoInputs();  // from here on Qt follows what is plugged
+        serve_while([] { plug_cameras({{.name = "Left"}, {.name = "Right"}}); });
+        devices = QMediaDevices::videoInputs();
+        ASSERT_EQ(devices.size(), 2);
+    }
+    void TearDown() override
+    {
+        view.reset();
+        serve_while([] { plug_cameras({}); });
+        CameraViews::TearDown();
+    }
 
-    view->install(QCameraDevice());
-    ASSERT_EQ(changes.size(), 2u);
-    EXPECT_EQ(changes[0], std::make_pair(static_cast<QCamera*>(nullptr), true));
-    EXPECT_EQ(changes[1], std::make_pair(view->camera(), false))
-        << "its device is free for the new one";
+    QList<QCameraDevice> devices;
+};
+
+TEST_F(TwoCameras, leave_one_that_another_one_replaces_with_its_parent)
+{
+    auto root = std::make_unique<QObject>();
+    view->install(devices[0]);
+    view->post_setup(nullptr, root.get());
+    const QPointer old = view->camera();
+    old->setActive(true);
+    std::vector<QCamera*> changes;
+    QObject::connect(view.get(), &CameraView::cameraChanged,
+                     [&] { changes.push_back(view->camera()); });
+
+    view->install(devices[1]);
+    EXPECT_EQ(changes, (std::vector<QCamera*>{nullptr, view->camera()}));
+    EXPECT_EQ(view->camera()->cameraDevice(), devices[1]);
     EXPECT_EQ(view->camera()->parent(), view.get());
+    ASSERT_TRUE(old);
+    EXPECT_FALSE(old->isActive());
+    EXPECT_EQ(old->parent(), root.get());
+    root.reset();
+    EXPECT_FALSE(old);
+}
+
+TEST_F(TwoCameras, set_a_former_one_free_when_it_is_chosen_again)
+{
+    CameraView other;
+    for (const QCameraDevice& device : devices) {
+        view->install(device);
+        view->set_active(true);
+        ASSERT_EQ(view->camera()->error(), QCamera::NoError);
+    }
+    const QPointer left = view->findChild<QCamera*>();
+    ASSERT_EQ(left->cameraDevice(), devices[0]);
+    other.install(devices[0]);
+    EXPECT_FALSE(left);
+    other.set_active(true);
+    EXPECT_EQ(other.camera()->error(), QCamera::NoError) << "in another view";
+
+    const QPointer right = view->camera();
+    view->install(devices[1]);
+    EXPECT_FALSE(right);
+    view->set_active(true);
+    EXPECT_EQ(view->camera()->error(), QCamera::NoError) << "in the same view";
 }
 
 TEST_F(CameraViews, tell_of_a_camera_that_cannot_be_opened)
 {
-    if (!QMediaDevices::videoInputs().isEmpty())
-        GTEST_SKIP() << "this machine has a camera";
     follow_all();
     view->install(QCameraDevice());
     ASSERT_NE(view->camera()->errorString(), u"");

@@ -50,9 +50,9 @@ public:
      * either case. Where there is no such camera the first one is taken, and Qt's log says so; where
      * there is none at all, set_func_error_occurred() tells, and what was chosen before stays.
      *
-     * The camera that was chosen before is switched off and set free, with all that was set on it; the new
-     * one waits for start(). So it is for the same camera too, which is how one is had back that has failed
-     * or has been unplugged.
+     * The camera that was chosen before is switched off, and what was set on it is gone; the new one waits
+     * for start(). So it is for the same camera too, which is how one is had back that has failed or has
+     * been unplugged. Some systems keep the former one from other programs until the next reset().
      */
     void set_camera_hint(std::string hint) const;
 

@@ -9,8 +9,8 @@
 #include <QQmlContext>
 #include <QtQml>
 
-#include <memory>
 #include <unordered_set>
+#include <vector>
 
 namespace marlune {
 
@@ -22,6 +22,19 @@ constexpr int highest_fill_mode = 2;
 
 // All that stand. On the Qt thread only.
 std::unordered_set<CameraView*> camera_views;
+
+// Those that views have replaced, which stay with what they are children of. On the Qt thread only.
+std::vector<QPointer<QCamera>> former_cameras;
+
+/** Even one that is off keeps its device, so that nobody else could open it. */
+void set_free(const QCameraDevice& device)
+{
+    std::erase_if(former_cameras, [&](const QPointer<QCamera>& former) {
+        if (former && former->cameraDevice().id() == device.id())
+            delete former;
+        return !former;
+    });
+}
 
 void register_type()
 {
@@ -123,6 +136,7 @@ void CameraView::install(const QCameraDevice& device)
 {
     if (camera_)
         give_up_camera();
+    set_free(device);
     camera_ = new QCamera(device, this);
     connect_callbacks();
     emit cameraChanged();
@@ -133,13 +147,14 @@ void CameraView::install(const QCameraDevice& device)
     }
 }
 
-/** Not only out of the scene: even a camera that is off keeps others from using its device. */
 void CameraView::give_up_camera()
 {
-    camera_->setActive(false);
-    const std::unique_ptr<QCamera> old(camera_);
+    QCamera* const former = camera_;
+    former->setActive(false);
+    former->disconnect(this);
     camera_.clear();
     emit cameraChanged();
+    former_cameras.emplace_back(former);
 }
 
 /** Before anything else listens: the host hears of a change first, then the scene. */
