@@ -6,10 +6,12 @@ add_executable(marlune-bare-host deploy/bare_host.cpp)
 marlune_configure_target(marlune-bare-host)
 set_target_properties(marlune-bare-host PROPERTIES
     AUTOMOC OFF
-    BUILD_RPATH "\$ORIGIN/addons/webview")  # of a game that it is copied into
+    BUILD_RPATH "\$ORIGIN;\$ORIGIN/addons/webview")  # of a game that it is copied into
 target_compile_options(marlune-bare-host PRIVATE -Wno-missing-field-initializers)
+target_include_directories(marlune-bare-host PRIVATE .)
 target_include_directories(marlune-bare-host SYSTEM PRIVATE "${STB_INCLUDE_DIR}")
-target_link_libraries(marlune-bare-host PRIVATE marlune::marlune Vulkan::Vulkan "${XCB_LIBRARY}")
+target_link_libraries(marlune-bare-host PRIVATE
+    marlune_fake_camera marlune::marlune Vulkan::Vulkan "${XCB_LIBRARY}")
 
 set(addon_scripts "${CMAKE_CURRENT_SOURCE_DIR}/deploy")
 set(addon_project "${PROJECT_BINARY_DIR}/project")
@@ -36,7 +38,7 @@ marlune_add_script_test(addon_archive deploy deploy/addon_archive.cmake
 marlune_add_addon_test(bare_root TIMEOUT 600 COMMAND make_bare_root.sh "${bare_root}")
 marlune_add_addon_test(bare_game TIMEOUT 120
     COMMAND bare_game.sh "${bare_root}" "${deploy_prefix}" $<TARGET_FILE:marlune-bare-host>
-        "${media_clips}/quadrants.mp4")
+        $<TARGET_FILE:marlune_fake_camera> "${media_clips}/quadrants.mp4")
 marlune_add_addon_test(bare_views TIMEOUT 300
     COMMAND with_display.sh "${addon_scripts}/bare_views.sh" "${bare_root}"
         $<TARGET_FILE:marlune-bare-host> "${addon_project}" "${media_clips}/quadrants.mp4"

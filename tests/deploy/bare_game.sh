@@ -1,9 +1,10 @@
 #!/bin/bash
-# usage: bare_game.sh ROOT PREFIX HOST CLIP
+# usage: bare_game.sh ROOT PREFIX HOST CAMERA CLIP
 #
-# Puts a game into the bare root, made of the installed add-on directory, a host and a clip.
+# Puts a game into the bare root, made of the installed add-on directory, a host, the library that plays
+# a camera for it, and a clip.
 set -euo pipefail
-root=$1 prefix=$2 host=$3 clip=$4
+root=$1 prefix=$2 host=$3 camera=$4 clip=$5
 [[ -d $root ]] || { echo "there is no bare root"; exit 77; }
 
 rm -rf "$root/game"
@@ -14,4 +15,5 @@ found=$(find "$root/usr" "$root/opt" -name 'libQt*' -o -path '*/bin/g++*' -o -pa
 mkdir "$root/game"
 cp -r "$prefix/addons" "$root/game/"
 cp "$host" "$root/game/host"
+cp "$camera" "$root/game/"
 cp "$clip" "$root/game/clip.mp4"

@@ -1,5 +1,5 @@
-// A host as a game is one: it links the library and Vulkan, nothing of Qt and nothing of the tests. It
-// shows one view of each kind, checks what must be where, and writes the pictures to a folder.
+// A host as a game is one: it links the library and Vulkan, nothing of Qt, and of the tests only a
+// camera. It shows one view of each kind, checks what must be where, and writes the pictures to a folder.
 //
 //     bare-host OUT CLIP [VIEW]          CLIP shows four quarters: red and green, blue and white below
 //     bare-host --compare ONE OTHER      whether the pictures in two folders are the same
@@ -10,6 +10,7 @@
 #define STB_IMAGE_IMPLEMENTATION
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #include "../../examples/game.h"
+#include "support/fake_camera.h"
 
 #include <stb_image.h>
 
@@ -65,8 +66,8 @@ bool has_at(const Picture& picture, double x, double y, Colour colour)
 // At the middles of the quarters.
 bool has_quarters(const Picture& picture)
 {
-    return has_at(picture, 0.25, 0.25, RED) && has_at(picture, 0.75, 0.25, GREEN) &&
-           has_at(picture, 0.25, 0.75, BLUE) && has_at(picture, 0.75, 0.75, WHITE);
+    return has_at(picture, 0.25, 0.25, RED) && has_at(picture, 0.75, 0.25, GREEN)
+        && has_at(picture, 0.25, 0.75, BLUE) && has_at(picture, 0.75, 0.75, WHITE);
 }
 
 // A drawn scene has text with smooth edges and shades, thus many colours.
@@ -147,7 +148,10 @@ std::shared_ptr<marlune::MView> make_video(Gpu& gpu, const std::string& clip)
 std::shared_ptr<marlune::MView> make_camera(Gpu& gpu, const std::string&)
 {
     auto view = make_view<marlune::MCameraView>(gpu);
+    view->set_fill_mode(0);  // stretched
+    view->set_camera_hint("Webcam");
     load(*view, "Multimedia", "Camera");
+    view->start();
     return view;
 }
 
@@ -162,13 +166,12 @@ struct Kind {
     const char* name;
     std::shared_ptr<marlune::MView> (*make)(Gpu& gpu, const std::string& clip);
     bool (*is_right)(const Picture& picture);
+    bool has_frame_number = false;
 };
 
 constexpr Kind KINDS[] = {
-    {"scene", make_scene, has_many_colours},
-    {"page", make_page, has_quarters},
-    {"video", make_video, has_quarters},
-    {"camera", make_camera, has_many_colours},  // there is none, and the view says so
+    {"scene", make_scene, has_many_colours},       {"page", make_page, has_quarters},
+    {"video", make_video, has_quarters},           {"camera", make_camera, has_quarters, true},
     {"screen", make_screen_capture, has_quarters},
 };
 
@@ -179,10 +182,26 @@ struct Screen {
     int still_for = 0;
 };
 
+// The camera counts its frames in its picture: the one part that never stands still.
+void cover_frame_number(Picture& picture)
+{
+    constexpr auto number = marlune::test::CAMERA_NUMBER;
+    constexpr uint32_t x_scale = WIDTH / marlune::test::CAMERA_WIDTH, margin = 4;
+    constexpr uint32_t left = number.x * x_scale - margin;
+    constexpr uint32_t width = number.width * x_scale + 2 * margin;
+    const uint32_t top = number.y * HEIGHT / marlune::test::CAMERA_HEIGHT - margin;
+    const uint32_t bottom =
+        top + number.height * HEIGHT / marlune::test::CAMERA_HEIGHT + 2 * margin;
+    for (uint32_t y = top; y < bottom; ++y)
+        std::memset(picture.rgba.data() + (size_t(y) * WIDTH + left) * 4, 0, size_t(width) * 4);
+}
+
 void draw(Screen& screen, const Gpu& gpu)
 {
     screen.view->render();
     Picture picture = read_back(gpu, screen.view->get_texture(), WIDTH, HEIGHT);
+    if (screen.kind.has_frame_number)
+        cover_frame_number(picture);
     const bool still = picture.rgba == screen.picture.rgba && screen.kind.is_right(picture);
     screen.still_for = still ? screen.still_for + 1 : 0;
     screen.picture = std::move(picture);
@@ -286,6 +305,7 @@ int run(const std::filesystem::path& folder, const std::string& clip, const std:
     std::filesystem::create_directories(folder);
     Gpu gpu;
     const PaintedScreen painted;
+    marlune::test::plug_cameras({{.name = "Webcam"}});
     const Library library;
     std::vector<Screen> screens;
     for (const Kind& kind : KINDS) {
