@@ -216,6 +216,35 @@ ProgramResult run_program(const std::vector<std::string>& arguments)
     return result;
 }
 
+pid_t start_program(const std::vector<std::string>& arguments, int out)
+{
+    std::vector<char*> pointers;
+    for (const std::string& argument : arguments)
+        pointers.push_back(const_cast<char*>(argument.c_str()));
+    pointers.push_back(nullptr);
+    const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
+    const pid_t id = fork();
+    if (id == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGTERM);
+        dup2(out == -1 ? null : out, STDOUT_FILENO);
+        dup2(null, STDERR_FILENO);
+        execvp(pointers[0], pointers.data());
+        _exit(127);
+    }
+    close(null);
+    if (id < 0)
+        throw std::runtime_error("cannot start " + arguments[0]);
+    return id;
+}
+
+void end_program(pid_t id)
+{
+    if (id <= 0)
+        return;
+    kill(id, SIGTERM);
+    waitpid(id, nullptr, 0);
+}
+
 std::string own_path()
 {
     return std::filesystem::read_symlink("/proc/self/exe");

@@ -36,6 +36,15 @@ struct ProgramResult {
 /** Runs a program to its end; `arguments[0]` is its path. What it leaves behind is killed. */
 ProgramResult run_program(const std::vector<std::string>& arguments);
 
+/**
+ * Starts a program by its name, to run beside the tests. It ends with the calling thread at the latest.
+ * `out` is its standard output, -1 for none.
+ */
+pid_t start_program(const std::vector<std::string>& arguments, int out = -1);
+
+/** Asks such a program to end, and waits until it has. Does nothing for an id that is none. */
+void end_program(pid_t id);
+
 /** The path of the program that is running. */
 std::string own_path();
 

@@ -1,11 +1,9 @@
 #include "support/sound_server.h"
 
+#include "support/processes.h"
 #include "support/wait.h"
 
-#include <csignal>
 #include <fcntl.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
@@ -19,36 +17,6 @@ namespace {
 
 constexpr int SAMPLES_A_SECOND = 48000;
 constexpr size_t SAMPLES_KEPT = SAMPLES_A_SECOND / 10;
-
-/** Starts a program that ends with this one at the latest. `out` is its standard output, -1 for none. */
-pid_t start(const std::vector<std::string>& arguments, int out = -1)
-{
-    std::vector<char*> pointers;
-    for (const std::string& argument : arguments)
-        pointers.push_back(const_cast<char*>(argument.c_str()));
-    pointers.push_back(nullptr);
-    const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
-    const pid_t id = fork();
-    if (id == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGTERM);
-        dup2(out == -1 ? null : out, STDOUT_FILENO);
-        dup2(null, STDERR_FILENO);
-        execvp(pointers[0], pointers.data());
-        _exit(127);
-    }
-    close(null);
-    if (id < 0)
-        throw std::runtime_error("cannot start " + arguments[0]);
-    return id;
-}
-
-void end(pid_t id)
-{
-    if (id <= 0)
-        return;
-    kill(id, SIGTERM);
-    waitpid(id, nullptr, 0);
-}
 
 std::filesystem::path make_folder()
 {
@@ -65,17 +33,18 @@ SoundServer::SoundServer() : folder_(make_folder())
     const std::string socket = folder_ / "socket";
     setenv("PULSE_SERVER", ("unix:" + socket).c_str(), 1);
     setenv("PULSE_RUNTIME_PATH", folder_.c_str(), 1);
-    server_ =
-        start({"pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
-               "-L", "module-native-protocol-unix auth-anonymous=1 socket=" + socket, "-L",
-               "module-null-sink sink_name=test rate=48000"});
+    server_ = start_program({"pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1",
+                             "--use-pid-file=no", "-L",
+                             "module-native-protocol-unix auth-anonymous=1 socket=" + socket, "-L",
+                             "module-null-sink sink_name=test rate=48000"});
     if (!wait_until([&] { return std::filesystem::exists(socket); }))
         throw std::runtime_error("the sound server does not start: is pulseaudio installed?");
 
     std::array<int, 2> ends;
     if (pipe2(ends.data(), O_CLOEXEC) != 0)
         throw std::runtime_error("there is no pipe");
-    recorder_ = start({"parec", "--device=test.monitor", "--raw", "--format=s16le", "--channels=1",
+    recorder_ =
+        start_program({"parec", "--device=test.monitor", "--raw", "--format=s16le", "--channels=1",
                        "--rate=" + std::to_string(SAMPLES_A_SECOND), "--latency-msec=20"},
                       ends[1]);
     close(ends[1]);
@@ -86,10 +55,10 @@ SoundServer::SoundServer() : folder_(make_folder())
 SoundServer::~SoundServer()
 {
     // Its end closes the pipe, at which the listener ends too.
-    end(recorder_);
+    end_program(recorder_);
     listener_.join();
     close(recording_);
-    end(server_);
+    end_program(server_);
     std::error_code ignored;
     std::filesystem::remove_all(folder_, ignored);
 }
