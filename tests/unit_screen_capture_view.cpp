@@ -56,15 +56,18 @@ QStringList own_methods(const QMetaObject& meta, QMetaMethod::MethodType type)
     return signatures;
 }
 
-/** An application with windows, which a QCoreApplication is not: the screens come with it. */
-void have_gui_application()
-{
-    static int argument_count = 1;
-    static char name[] = "test";
-    static char* arguments[] = {name, nullptr};
-    qputenv("QT_MEDIA_BACKEND", "ffmpeg");
-    static QGuiApplication application(argument_count, arguments);
-}
+/** Before anything else of a test: an application that has screens, as a QCoreApplication has not. */
+class WithApplication : public testing::Test {
+protected:
+    WithApplication()
+    {
+        static int argument_count = 1;
+        static char name[] = "test";
+        static char* arguments[] = {name, nullptr};
+        qputenv("QT_MEDIA_BACKEND", "ffmpeg");
+        static QGuiApplication application(argument_count, arguments);
+    }
+};
 
 }  // namespace
 
@@ -179,15 +182,9 @@ TEST(ScreenChoice, has_none_to_choose_from)
 
 namespace {
 
-class ScreenCaptureViews : public testing::Test {
+class ScreenCaptureViews : public WithApplication {
 protected:
-    void SetUp() override
-    {
-        have_gui_application();
-        view = std::make_unique<ScreenCaptureView>();
-    }
-
-    std::unique_ptr<ScreenCaptureView> view;
+    const std::unique_ptr<ScreenCaptureView> view = std::make_unique<ScreenCaptureView>();
 };
 
 }  // namespace
@@ -288,14 +285,8 @@ TEST_F(ScreenCaptureViews, are_no_type_of_scenes)
 namespace {
 
 /** A recorder without a scene, and what it captures with. */
-class ScreenRecorders : public testing::Test {
+class ScreenRecorders : public WithApplication {
 protected:
-    void SetUp() override
-    {
-        have_gui_application();
-        recorder = std::make_unique<ScreenRecorder>();
-    }
-
     QScreenCapture* capture() const
     {
         return recorder->findChild<QScreenCapture*>(Qt::FindDirectChildrenOnly);
@@ -306,7 +297,7 @@ protected:
         ASSERT_TRUE(recorder->setProperty("physical_screen_hint", QString::fromUtf8(hint)));
     }
 
-    std::unique_ptr<ScreenRecorder> recorder;
+    std::unique_ptr<ScreenRecorder> recorder = std::make_unique<ScreenRecorder>();
     QVideoSink sink;
     QVideoSink other_sink;
 };

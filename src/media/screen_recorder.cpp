@@ -14,6 +14,25 @@ namespace {
 // All that stand. On the Qt thread only.
 std::unordered_set<ScreenRecorder*> recorders;
 
+/**
+ * Of Qt's two ways to take pictures under X11, the faster one takes the whole desktop for its first
+ * screen and cannot find the others. Qt chooses once, when it captures for the first time.
+ */
+void keep_screens_apart()
+{
+    constexpr auto choice = "QT_SCREEN_CAPTURE_BACKEND";
+    const bool has_several = QGuiApplication::screens().size() > 1;
+    if (has_several && QGuiApplication::platformName() == u"xcb"
+        && !qEnvironmentVariableIsSet(choice))
+        qputenv(choice, "grabwindow");
+}
+
+QScreenCapture* make_capture(QObject* parent)
+{
+    keep_screens_apart();
+    return new QScreenCapture(parent);
+}
+
 /** Null where there is no screen at all. */
 QScreen* screen_for(const QString& hint)
 {
@@ -30,10 +49,11 @@ QScreen* screen_for(const QString& hint)
 }  // namespace
 
 ScreenRecorder::ScreenRecorder(QObject* parent)
-    : QObject(parent), screen_capture_(new QScreenCapture(this))
+    : QObject(parent), screen_capture_(make_capture(this))
 {
     connect(this, &ScreenRecorder::activeChanged, this, &ScreenRecorder::on_set_active);
     connect(screen_capture_, &QScreenCapture::errorChanged, this, &ScreenRecorder::take_error);
+    take_error();  // a system that cannot do it at all says so from the start
     recorders.insert(this);
 }
 
@@ -65,8 +85,13 @@ void ScreenRecorder::set_video_sink(QVideoSink* sink)
 
 void ScreenRecorder::on_set_active()
 {
-    if (screen_capture_)
-        screen_capture_->setActive(active_);
+    if (!screen_capture_)
+        return;
+    screen_capture_->setActive(active_);
+    take_error();
+    // Where a display does not know its own screens, Qt gives up without a word.
+    if (active_ && !screen_capture_->isActive() && error_string_.value().isEmpty())
+        error_string_ = tr("The display gives no picture");
 }
 
 void ScreenRecorder::take_error()
