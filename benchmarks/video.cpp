@@ -188,7 +188,7 @@ void measure_video(Table& table, Thoroughness much, Gpu& gpu)
     for (const Clip clip : clips) {
         Contest contest(gpu, clip);
         alternate(
-            {much(20), 90s}, [&](bool counts) { contest.take_library_turns(counts); },
+            {much(20), 60s}, [&](bool counts) { contest.take_library_turns(counts); },
             [&](bool counts) { contest.take_raw_turns(counts); }, [] {});
         contest.add_rows(table);
     }
