@@ -42,3 +42,6 @@ marlune_add_endurance_test(web_processes OWN_MAIN)
 # Players that come and go.
 marlune_add_endurance_test(stress_players marlune_media_support)
 marlune_give_clips(stress_players stress_players_soak)
+
+# Cameras that come and go.
+marlune_add_endurance_test(stress_cameras marlune_camera_support)
