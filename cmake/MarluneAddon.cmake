@@ -40,6 +40,19 @@ set(marlune_addon_resources
     qtwebengine_resources_100p.pak
     qtwebengine_resources_200p.pak)
 
+# marlune_compile_qt_configuration(<output>)
+# As a Qt resource in a file, which the library registers where it finds one.
+function(marlune_compile_qt_configuration output)
+    get_target_property(rcc Qt6::rcc IMPORTED_LOCATION)
+    set(qrc "${CMAKE_CURRENT_BINARY_DIR}/addon/qt.qrc")
+    file(CONFIGURE OUTPUT "${qrc}" @ONLY CONTENT [[
+<RCC>
+  <qresource prefix="/qt/etc"><file alias="qt.conf">@PROJECT_SOURCE_DIR@/cmake/addon/qt.conf</file></qresource>
+</RCC>
+]])
+    execute_process(COMMAND "${rcc}" --binary --output "${output}" "${qrc}" COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
 # marlune_install_addon()
 function(marlune_install_addon)
     foreach(program IN ITEMS patchelf strip readelf objdump)
@@ -60,12 +73,15 @@ function(marlune_install_addon)
     foreach(variable IN ITEMS PATCHELF STRIP READELF OBJDUMP DPKG_QUERY)
         string(APPEND settings "set(${variable} [==[${${variable}_PROGRAM}]==])\n")
     endforeach()
+    set(configuration "${CMAKE_CURRENT_BINARY_DIR}/addon/qt.rcc")
+    marlune_compile_qt_configuration("${configuration}")
     foreach(variable IN ITEMS PLUGINS OPENED_LIBRARIES RESOURCES)
         string(TOLOWER "${variable}" name)
         string(APPEND settings "set(${variable} [==[${marlune_addon_${name}}]==])\n")
     endforeach()
     string(APPEND settings
         "set(IMPORT_SCANNER [==[${tools}/qmlimportscanner]==])\n"
+        "set(QT_CONFIGURATION [==[${configuration}]==])\n"
         "set(QT_VERSION [==[${Qt6_VERSION}]==])\n"
         "set(SYSTEM [==[${CMAKE_SYSTEM_NAME} ${CMAKE_SYSTEM_PROCESSOR}]==])\n"
         "set(SOURCE_DIR [==[${PROJECT_SOURCE_DIR}]==])\n"

@@ -31,6 +31,10 @@ endfunction()
 marlune_add_addon_test(addon_files TIMEOUT 120
     COMMAND addon_files.sh "${deploy_prefix}/addons/webview" "${addon_project}" "${PROJECT_SOURCE_DIR}")
 
+marlune_add_addon_test(addon_alone TIMEOUT 120
+    COMMAND with_display.sh "${addon_scripts}/addon_alone.sh" "${deploy_prefix}/addons/webview"
+        $<TARGET_FILE:marlune-bare-host> "${media_clips}/quadrants.mp4" "${deploy_dir}/alone")
+
 marlune_add_script_test(addon_archive deploy deploy/addon_archive.cmake
     "CPACK=${CMAKE_CPACK_COMMAND}" "BUILD_DIR=${PROJECT_BINARY_DIR}" CONFIG=$<CONFIG>
     "WORK_DIR=${deploy_dir}/archive" "PREFIX=${deploy_prefix}")
@@ -48,6 +52,7 @@ marlune_add_addon_test(bare_missing TIMEOUT 300
 add_test(NAME bare_game_removal COMMAND "${CMAKE_COMMAND}" -E rm -rf "${bare_root}/game")
 
 set_tests_properties(addon_files addon_archive PROPERTIES FIXTURES_REQUIRED installed_marlune)
+set_tests_properties(addon_alone PROPERTIES FIXTURES_REQUIRED "installed_marlune;media_clips")
 set_tests_properties(bare_root PROPERTIES FIXTURES_SETUP bare_root)
 set_tests_properties(bare_game PROPERTIES
     FIXTURES_SETUP bare_game FIXTURES_REQUIRED "bare_root;installed_marlune;media_clips")

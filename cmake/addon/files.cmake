@@ -18,6 +18,7 @@ endfunction()
 
 function(addon_take_programs_and_data)
     addon_take("${QT_LIBEXECS}/QtWebEngineProcess" QtWebEngineProcess.exe "web engine")
+    addon_take("${QT_CONFIGURATION}" qt.rcc "marlune")
     foreach(name IN LISTS RESOURCES)
         addon_take("${QT_DATA}/resources/${name}" "resources/${name}" "web engine")
     endforeach()

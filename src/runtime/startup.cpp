@@ -12,6 +12,7 @@
 #include <QByteArray>
 #include <QCoreApplication>
 #include <QQuickWindow>
+#include <QResource>
 #include <QString>
 #include <QtEnvironmentVariables>
 
@@ -67,6 +68,12 @@ void set_directories()
         qputenv(name, QByteArray::fromStdString(addon_dir() + suffix));
 }
 
+void set_qt_configuration()
+{
+    // A directory that is shipped has a qt.conf in it, by which no Qt of the machine is mixed in.
+    QResource::registerResource(QString::fromLocal8Bit(addon_dir() + "qt.rcc"));
+}
+
 void set_application_identity()
 {
     QCoreApplication::setApplicationName(QStringLiteral("marlune"));
@@ -114,6 +121,7 @@ void before_application()
     if (opts::LOGGING_DEBUG)
         start_debug_pipe();
     set_directories();
+    set_qt_configuration();
     set_application_identity();
     set_multimedia();
     set_chromium_flags();

@@ -23,6 +23,7 @@ Application* make_application();
 
 /** The parts, each for itself, so that they can be looked at one by one. */
 void set_directories();
+void set_qt_configuration();
 void set_application_identity();
 void set_multimedia();
 void set_chromium_flags();

@@ -5,7 +5,7 @@
 # a camera for it, and a clip.
 set -euo pipefail
 root=$1 prefix=$2 host=$3 camera=$4 clip=$5
-[[ -d $root ]] || { echo "there is no bare root"; exit 77; }
+[[ -w $root ]] || { echo "there is no bare root"; exit 77; }
 
 rm -rf "$root/game"
 found=$(find "$root/usr" "$root/opt" -name 'libQt*' -o -path '*/bin/g++*' -o -path '*/bin/gcc*' \

@@ -5,6 +5,7 @@
 # sound and fonts. No Qt, no compiler. Does nothing where it stands already.
 set -euo pipefail
 root=$1
+[[ $EUID -eq 0 ]] && unshare --mount true || { echo "only root can make a bare root"; exit 77; }
 
 # cmake/addon/left_to_the_machine.txt names what an add-on directory expects to find.
 packages=(
