@@ -83,6 +83,18 @@ TEST_F(AddonDirectory, is_not_judged_without_a_manifest_that_can_be_read)
     warn_of_missing_files(path());
 }
 
+TEST_F(AddonDirectory, has_a_process_that_may_be_executed)
+{
+    const QString process = QStringLiteral("QtWebEngineProcess.exe");
+    write(process);
+    expect_message("\"" + path() + "QtWebEngineProcess.exe\" may not be executed, so that no page "
+                   + "will show: chmod +x");
+    warn_of_missing_files(path());
+    EXPECT_TRUE(QFile::setPermissions(QString::fromStdString(path()) + process,
+                                      QFile::ReadOwner | QFile::ExeOwner));
+    warn_of_missing_files(path());
+}
+
 TEST_F(AddonDirectory, that_is_not_there_is_named_with_the_option_to_look_at)
 {
     expect_message("there is no add-on directory \"/no/such/game/addons/webview/\": is "

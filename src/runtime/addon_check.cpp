@@ -33,6 +33,15 @@ QStringList missing_files(const QString& addon_dir)
     return missing;
 }
 
+// Some ways to pack files do not keep the right to run them.
+void warn_of_lost_rights(const QString& addon_dir)
+{
+    const QFileInfo process(addon_dir + QStringLiteral("QtWebEngineProcess.exe"));
+    if (process.exists() && !process.isExecutable())
+        qWarning("\"%s\" may not be executed, so that no page will show: chmod +x",
+                 qUtf8Printable(process.filePath()));
+}
+
 }  // namespace
 
 void warn_of_missing_files(const std::string& addon_dir)
@@ -43,6 +52,7 @@ void warn_of_missing_files(const std::string& addon_dir)
                  qUtf8Printable(directory));
         return;
     }
+    warn_of_lost_rights(directory);
     const QStringList missing = missing_files(directory);
     if (missing.isEmpty())
         return;
