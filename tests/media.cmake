@@ -48,7 +48,11 @@ endforeach()
 marlune_add_media_test(media_process OWN_MAIN)
 
 # Cameras that are not there. A program that has them in front of the system's functions sees no others.
-add_library(marlune_fake_camera SHARED support/fake_camera.cpp support/fake_camera_calls.cpp)
+add_library(marlune_fake_camera SHARED
+    support/fake_camera.cpp
+    support/fake_camera_calls.cpp
+    support/fake_camera_driver.cpp
+    support/fake_camera_picture.cpp)
 marlune_configure_target(marlune_fake_camera)
 set_target_properties(marlune_fake_camera PROPERTIES AUTOMOC OFF CXX_VISIBILITY_PRESET default)
 target_include_directories(marlune_fake_camera PRIVATE .)
