@@ -49,4 +49,9 @@ without qml/QtQuick/Layouts 'module "QtQuick.Layouts" is not installed'
 without translations "could not find the translation file" page
 without lib/libQt6Quick.so.6 "error while loading shared libraries: libQt6Quick.so.6"
 without libmarlune.so "error while loading shared libraries: libmarlune.so"
+
+chmod -x "$addon/QtWebEngineProcess.exe"
+said=$(show scene)
+[[ $said == *'QtWebEngineProcess.exe" may not be executed'* ]] \
+    || fail "a process without the right to run is not named" "$said"
 exit "$failed"
