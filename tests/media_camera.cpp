@@ -247,8 +247,8 @@ TEST_F(Camera, tells_that_another_one_uses_it)
     second->start();
     EXPECT_EQ(second->get_error(), CAMERA_ERROR);
     EXPECT_EQ(second->get_error_string(), "Camera is in use");
-    EXPECT_TRUE(second.wait_for_event("error_changed"));
-    EXPECT_TRUE(second.wait_for_event("error_occurred", "1 Camera is in use"));
+    EXPECT_EQ(second.told(),
+              (Names{"error_occurred 1 Camera is in use", "error_changed", "active_changed"}));
     EXPECT_TRUE(second.draw_until([&] { return second.picture() != off; })) << "other words";
     EXPECT_TRUE(first.goes_on()) << "which is no harm to the other one";
 }
@@ -280,8 +280,8 @@ TEST_F(Camera, tells_that_it_may_not_be_used)
     view->start();
     EXPECT_EQ(view->get_error(), CAMERA_ERROR);
     EXPECT_EQ(view->get_error_string(), "Cannot open camera");
-    EXPECT_TRUE(view.wait_for_event("error_occurred", "1 Cannot open camera"));
-    EXPECT_TRUE(view.wait_for_event("error_changed"));
+    EXPECT_EQ(view.told(),
+              (Names{"error_occurred 1 Cannot open camera", "error_changed", "active_changed"}));
     EXPECT_TRUE(view.draw_until([&] { return shows_something(view.picture(), "words"); }));
 }
 

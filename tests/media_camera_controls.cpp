@@ -164,13 +164,13 @@ TEST_F(CameraControls, balance_white)
     EXPECT_EQ(camera().get_white_balance_mode(), CLOUDY);
     EXPECT_EQ(control(V4L2_CID_AUTO_WHITE_BALANCE), 0);
     EXPECT_EQ(control(V4L2_CID_WHITE_BALANCE_TEMPERATURE), 6000);
-    EXPECT_TRUE(view->wait_for_event("white_balance_mode_changed"));
+    EXPECT_EQ(take_told(), Names{"white_balance_mode_changed"});
 
     camera().set_color_temperature(3200);
     EXPECT_EQ(camera().get_white_balance_mode(), MANUAL_BALANCE);
     EXPECT_EQ(camera().get_color_temperature(), 3200);
     EXPECT_EQ(control(V4L2_CID_WHITE_BALANCE_TEMPERATURE), 3200);
-    EXPECT_TRUE(view->wait_for_event("color_temperature_changed"));
+    EXPECT_EQ(take_told(), (Names{"white_balance_mode_changed", "color_temperature_changed"}));
 
     camera().set_color_temperature(0);
     EXPECT_EQ(camera().get_white_balance_mode(), AUTOMATIC_BALANCE);
