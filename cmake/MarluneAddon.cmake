@@ -3,7 +3,8 @@
 
 # Elsewhere the directory is made by the system's own means; on Windows by windeployqt.
 set(can_install_qt OFF)
-if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND PROJECT_IS_TOP_LEVEL)
+find_program(PATCHELF_PROGRAM patchelf)
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND PROJECT_IS_TOP_LEVEL AND PATCHELF_PROGRAM)
     set(can_install_qt ON)
 endif()
 option(MARLUNE_INSTALL_QT
