@@ -60,4 +60,12 @@ must_be_empty "$(paste -d '|' <(field component) <(field package) <(echo "$paths
 for package in $(field package | sort -u); do
     [[ -s licenses/$package.txt ]] || must_be_empty "$package" "each package has a licence"
 done
+
+# docs/deployment.md tells the sizes. With Debian's packages they may change by a fifth and a megabyte.
+while IFS='|' read -r component bytes; do
+    told=$(sed -n "s/^| \`$component\` | \([0-9.]*\) | .*/\1/p" "$3/docs/deployment.md")
+    awk -v told="${told:-0}" -v is="$((bytes / 1000))" \
+        'BEGIN { d = told * 1000 - is; exit !(d * d <= (is / 5 + 1000) ^ 2 && told > 0) }' \
+        || must_be_empty "$component: $((bytes / 1000)) kB" "the guide tells the size"
+done < <(sed -n 's/^    "\([^"]*\)": \([0-9]*\),\{0,1\}$/\1|\2/p' manifest.json)
 exit "$failed"

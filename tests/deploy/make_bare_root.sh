@@ -5,7 +5,11 @@
 # sound and fonts. No Qt, no compiler. Does nothing where it stands already.
 set -euo pipefail
 root=$1
-[[ $EUID -eq 0 ]] && unshare --mount true || { echo "only root can make a bare root"; exit 77; }
+PATH=$PATH:/usr/sbin:/sbin
+if [[ $EUID -ne 0 ]] || ! command -v debootstrap >/dev/null || ! unshare --mount true; then
+    echo "making a bare root takes root, debootstrap, and the right to unshare mounts"
+    exit 77
+fi
 
 # cmake/addon/left_to_the_machine.txt names what an add-on directory expects to find.
 packages=(
