@@ -29,7 +29,8 @@ namespace marlune {
  * load(): a host that wants to begin later calls set_active(false) before. It ends with
  * set_active(false), reset(), destroy() and the library's stop.
  *
- * Screens are captured on Windows and under X11. A game that runs under Wayland itself gets no picture.
+ * Screens are captured on Windows and under X11. Under Wayland it is up to the desktop, which asks the
+ * player if it can do it at all.
  *
  * Making one makes a second view, which is not used and stays until the process ends: keep such a view
  * and load it again.

@@ -15,15 +15,15 @@ namespace {
 std::unordered_set<ScreenRecorder*> recorders;
 
 /**
- * Of Qt's two ways to take pictures under X11, the faster one takes the whole desktop for its first
- * screen and cannot find the others. Qt chooses once, when it captures for the first time.
+ * In a session of X11 Qt takes pictures in a way of its own, which takes the whole desktop for the first
+ * screen and cannot find the others; the other way is slower. Qt chooses once, at the first capture.
  */
 void keep_screens_apart()
 {
     constexpr auto choice = "QT_SCREEN_CAPTURE_BACKEND";
+    const bool is_x11 = qgetenv("XDG_SESSION_TYPE").toLower() == "x11";
     const bool has_several = QGuiApplication::screens().size() > 1;
-    if (has_several && QGuiApplication::platformName() == u"xcb"
-        && !qEnvironmentVariableIsSet(choice))
+    if (is_x11 && has_several && !qEnvironmentVariableIsSet(choice))
         qputenv(choice, "grabwindow");
 }
 
