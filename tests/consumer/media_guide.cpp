@@ -62,4 +62,25 @@ void have_camera_back(const marlune::MCameraView& view, const std::string& hint)
     view.start();
 }
 
+marlune::MScreenCaptureView first_screen(VkInstance instance, VkPhysicalDevice physical_device,
+                                         VkDevice device)
+{
+    marlune::MScreenCaptureView view;
+    view.set_view_monitor(instance);
+    view.set_statistics_monitor(physical_device, device);
+    view.set_resolution({1280, 720});
+    view.set_physical_screen("DELL");
+    if (!view.load("Multimedia", "ScreenCapture"))
+        std::fprintf(stderr, "the view cannot be loaded, see the messages above\n");
+    return view;
+}
+
+void show_screen(marlune::MScreenCaptureView& view, const std::string& screen)
+{
+    view.set_physical_screen(screen);
+    view.reset();
+    if (!view.load("Multimedia", "ScreenCapture"))
+        std::fprintf(stderr, "the view cannot be loaded, see the messages above\n");
+}
+
 }  // namespace guide
