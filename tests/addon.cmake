@@ -42,7 +42,8 @@ marlune_add_script_test(addon_archive deploy deploy/addon_archive.cmake
 marlune_add_addon_test(bare_root TIMEOUT 600 COMMAND make_bare_root.sh "${bare_root}")
 marlune_add_addon_test(bare_game TIMEOUT 120
     COMMAND bare_game.sh "${bare_root}" "${deploy_prefix}" $<TARGET_FILE:marlune-bare-host>
-        $<TARGET_FILE:marlune_fake_camera> "${media_clips}/quadrants.mp4")
+        $<TARGET_FILE:marlune_fake_camera> $<TARGET_FILE:marlune-minimal>
+        "${media_clips}/quadrants.mp4")
 marlune_add_addon_test(bare_views TIMEOUT 300
     COMMAND with_display.sh "${addon_scripts}/bare_views.sh" "${bare_root}"
         $<TARGET_FILE:marlune-bare-host> "${addon_project}" "${media_clips}/quadrants.mp4"

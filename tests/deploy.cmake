@@ -34,6 +34,6 @@ marlune_add_script_test(consumer deploy deploy/consumer.cmake
 
 set_tests_properties(installed_files exports consumer PROPERTIES FIXTURES_REQUIRED installed_marlune)
 
-if(MARLUNE_INSTALL_QT)
+if(MARLUNE_INSTALL_QT AND MARLUNE_BUILD_EXAMPLES)
     include(addon.cmake)
 endif()

@@ -48,6 +48,9 @@ for program in "${programs[@]}"; do
         || must_be_empty "$program: \"$path\"" "run paths lead to lib/"
 done
 
+must_be_empty "$(grep '^  "version"' manifest.json | grep -vE '"[0-9.]+\+[0-9a-f]{7}",$')" \
+    "the manifest tells the version"
+
 # The manifest: all files, their checksums, whose they are, and under which licence.
 field() { sed -n "s/^    {.*\"path\": .*\"$1\": \"\{0,1\}\([^\",}]*\).*/\1/p" manifest.json; }
 paths=$(sed -n 's/^    {"path": "\([^"]*\)".*/\1/p' manifest.json)

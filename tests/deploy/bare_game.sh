@@ -1,10 +1,10 @@
 #!/bin/bash
-# usage: bare_game.sh ROOT PREFIX HOST CAMERA CLIP
+# usage: bare_game.sh ROOT PREFIX HOST CAMERA EXAMPLE CLIP
 #
 # Puts a game into the bare root, made of the installed add-on directory, a host, the library that plays
-# a camera for it, and a clip.
+# a camera for it, an example that is a host too, and a clip.
 set -euo pipefail
-root=$1 prefix=$2 host=$3 camera=$4 clip=$5
+root=$1 prefix=$2 host=$3 camera=$4 example=$5 clip=$6
 [[ -w $root ]] || { echo "there is no bare root"; exit 77; }
 
 rm -rf "$root/game"
@@ -16,4 +16,5 @@ mkdir "$root/game"
 cp -r "$prefix/addons" "$root/game/"
 cp "$host" "$root/game/host"
 cp "$camera" "$root/game/"
+cp "$example" "$root/game/minimal"
 cp "$clip" "$root/game/clip.mp4"

@@ -10,8 +10,17 @@ here=$(dirname "$0")
 
 # Nothing in the bare root may come from elsewhere.
 missing=$("$here/run_bare.sh" "$root" bash -c \
-    'find /game -name "*.so*" -o -name "*.exe" | xargs ldd 2>&1 | grep "not found"' || true)
+    'find /game/addons -name "*.so*" -o -name "*.exe" | xargs ldd 2>&1 | grep "not found"' || true)
 [[ -z $missing ]] || { echo "libraries are missing in the bare root:"; sort -u <<<"$missing"; exit 1; }
+
+# Of what the graphics drivers are linked with, an older one from here would be in their way.
+stands_still='^lib(bsd|lzma|md|xml2)\.so\.'
+drivers=$("$here/run_bare.sh" "$root" bash -c 'ldd /usr/lib/*/{libvulkan_*,lib*_mesa*,gbm/*}' \
+    | sed -n 's/^\t\([^ ]*\) => .*/\1/p' | sort -u)
+[[ $drivers == *libLLVM* ]] || { echo "these are no graphics drivers: $drivers"; exit 1; }
+in_the_way=$(grep -xF -f <(ls "$root/game/addons/webview/lib") <<<"$drivers" \
+    | grep -vE "$stands_still" || true)
+[[ -z $in_the_way ]] || { echo "the machine's drivers need their own: $in_the_way"; exit 1; }
 
 rm -rf "$out" "$root/game/pictures"
 echo "--- over this system's Qt"
@@ -24,3 +33,7 @@ echo "--- over the add-on directory"
 "$here/run_bare.sh" "$root" MARLUNE_PROJECT_ROOT=/game LD_LIBRARY_PATH=/game/decoy \
     timeout 60 /game/host /game/pictures /game/clip.mp4
 "$host" --compare "$out" "$root/game/pictures"
+
+echo "--- the smallest example"
+"$here/run_bare.sh" "$root" MARLUNE_PROJECT_ROOT=/game LD_LIBRARY_PATH=/game/addons/webview \
+    timeout 60 /game/minimal
