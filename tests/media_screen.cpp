@@ -187,6 +187,21 @@ TEST_F(Screen, is_shown_again_after_a_reset)
     EXPECT_TRUE(shows(RED));
 }
 
+TEST_F(Screen, is_captured_on_a_thread_that_ends_with_capturing)
+{
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_TRUE(view.load());
+        ASSERT_TRUE(shows(BACKGROUND));
+        EXPECT_TRUE(wait_until([] { return capturing_threads() == 1; }));
+        view->set_active(false);
+        EXPECT_TRUE(wait_until([] { return capturing_threads() == 0; }));
+        view->set_active(true);
+        EXPECT_TRUE(wait_until([] { return capturing_threads() == 1; }));
+        view->reset();
+        EXPECT_TRUE(wait_until([] { return capturing_threads() == 0; }));
+    }
+}
+
 TEST_F(Screen, stays_off_through_a_reset)
 {
     ASSERT_TRUE(view.load());

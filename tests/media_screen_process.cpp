@@ -12,8 +12,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -31,18 +29,6 @@ void require(bool condition, const char* rule)
         return;
     std::cerr << "broken rule: " << rule << std::endl;
     std::_Exit(EXIT_FAILURE);
-}
-
-/** The threads that take pictures of the screen. */
-int capturing_threads()
-{
-    int count = 0;
-    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-        std::string name;
-        std::getline(std::ifstream(task.path() / "comm"), name);
-        count += name == "QThread";
-    }
-    return count;
 }
 
 MScreenCaptureView capturing_view()
@@ -85,9 +71,11 @@ void stop_while_it_captures()
     const auto server = start();
     const MScreenCaptureView view = capturing_view();
     capturing_view();
-    require(capturing_threads() == 2, "they capture on threads of their own");
+    require(wait_until([] { return capturing_threads() == 2; }),
+            "they capture on threads of their own");
     M::destroy();
-    require(capturing_threads() == 0, "which end before the host leaves main");
+    require(wait_until([] { return capturing_threads() == 0; }),
+            "which end before the host leaves main");
     view.set_active(false);
     view.set_physical_screen("1");
     view.reset();

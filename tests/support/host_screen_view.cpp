@@ -1,5 +1,8 @@
 #include "support/host_screen_view.h"
 
+#include <filesystem>
+#include <fstream>
+
 namespace marlune::test {
 
 namespace {
@@ -50,6 +53,17 @@ testing::AssertionResult HostScreenView::wait_for_notice()
     if (draw_until([&] { return shows_notice(picture()); }))
         return testing::AssertionSuccess();
     return testing::AssertionFailure() << "there is no notice; see " << keep_picture(picture());
+}
+
+int capturing_threads()
+{
+    int count = 0;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::string name;
+        std::getline(std::ifstream(task.path() / "comm"), name);
+        count += name == "QThread";  // which no other thread is called
+    }
+    return count;
 }
 
 bool shows_notice(const Image& image)

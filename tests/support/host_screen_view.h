@@ -33,6 +33,9 @@ public:
     testing::AssertionResult wait_for_notice();
 };
 
+/** How many threads of this process take pictures of screens. */
+int capturing_threads();
+
 /** Whether the texture has nothing but a notice in its middle. */
 bool shows_notice(const Image& image);
 
