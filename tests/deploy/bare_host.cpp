@@ -4,8 +4,8 @@
 //     bare-host OUT CLIP [VIEW]          CLIP shows four quarters: red and green, blue and white below
 //     bare-host --compare ONE OTHER      whether the pictures in two folders are the same
 //
-// The project root is read from MARLUNE_PROJECT_ROOT. The whole screen is painted for the screen
-// capture.
+// The project root is read from MARLUNE_PROJECT_ROOT. With SANDBOXED in the environment, pages are in the
+// engine's sandbox. The whole screen is painted for the screen capture.
 
 #define STB_IMAGE_IMPLEMENTATION
 #define STB_IMAGE_WRITE_IMPLEMENTATION
@@ -306,6 +306,7 @@ int run(const std::filesystem::path& folder, const std::string& clip, const std:
     Gpu gpu;
     const PaintedScreen painted;
     marlune::test::plug_cameras({{.name = "Webcam"}});
+    marlune::opts::SANDBOXED = std::getenv("SANDBOXED") != nullptr;
     const Library library;
     std::vector<Screen> screens;
     for (const Kind& kind : KINDS) {

@@ -11,6 +11,9 @@ fi
 root=$2
 shift 2
 
+# Only what is mounted can become the root. To be chrooted to it would not do: who is may make no user
+# namespaces, of which the engine's sandbox is made.
+mount --bind "$root" "$root"
 for folder in proc sys dev; do
     mount --rbind "/$folder" "$root/$folder"
 done
@@ -20,7 +23,10 @@ if [[ -d /tmp/.X11-unix ]]; then
     mkdir "$root/tmp/.X11-unix"
     mount --bind /tmp/.X11-unix "$root/tmp/.X11-unix"
 fi
+cd "$root"
+pivot_root . .
+umount --lazy .
 # A machine of a player says nothing of the build: nothing of the caller's environment goes along but
 # what is named here.
-exec chroot "$root" /usr/bin/env -i HOME=/root LANG=C.UTF-8 PATH=/usr/bin:/bin \
+exec /usr/bin/env -i --chdir=/ HOME=/root LANG=C.UTF-8 PATH=/usr/bin:/bin \
     DISPLAY="${DISPLAY:-}" QT_QPA_PLATFORM=xcb "$@"
