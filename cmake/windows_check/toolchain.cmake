@@ -20,11 +20,3 @@ set(STB_INCLUDE_DIR /usr/include/stb CACHE PATH "Headers that know no system")
 # What is made runs without the compiler's own libraries.
 set(CMAKE_EXE_LINKER_FLAGS_INIT -static)
 set(CMAKE_SHARED_LINKER_FLAGS_INIT -static)
-
-# ccache takes precompiled headers only when told how.
-find_program(MARLUNE_CHECK_CCACHE ccache)
-if(MARLUNE_CHECK_CCACHE)
-    set(CMAKE_CXX_COMPILER_LAUNCHER
-        "${MARLUNE_CHECK_CCACHE}" "sloppiness=pch_defines,time_macros")
-    set(CMAKE_CXX_FLAGS_INIT -fpch-preprocess)
-endif()
