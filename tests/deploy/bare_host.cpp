@@ -4,8 +4,9 @@
 //     bare-host OUT CLIP [VIEW]          CLIP shows four quarters: red and green, blue and white below
 //     bare-host --compare ONE OTHER      whether the pictures in two folders are the same
 //
-// The project root is read from MARLUNE_PROJECT_ROOT. With SANDBOXED in the environment, pages are in the
-// engine's sandbox. The whole screen is painted for the screen capture.
+// The project root is read from MARLUNE_PROJECT_ROOT. With SANDBOXED in the environment, pages have to be
+// in the engine's sandbox; no others may be seen in /proc. The whole screen is painted for the screen
+// capture.
 
 #define STB_IMAGE_IMPLEMENTATION
 #define STB_IMAGE_WRITE_IMPLEMENTATION
@@ -26,6 +27,8 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <set>
 #include <stdexcept>
@@ -258,6 +261,40 @@ private:
     xcb_connection_t* connection_ = xcb_connect(nullptr, nullptr);
 };
 
+// --- The sandbox -------------------------------------------------------------------------------
+
+std::string read_text(const std::filesystem::path& file)
+{
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+// They are forked with the command line of the process that forks them. Only they have such a thread.
+bool is_page(const std::filesystem::path& process)
+{
+    std::error_code gone;
+    for (const auto& thread : std::filesystem::directory_iterator(process / "task", gone)) {
+        if (read_text(thread.path() / "comm") == "Compositor\n")
+            return true;
+    }
+    return false;
+}
+
+// Whether there are pages, and the kernel filters what each of their processes asks of it.
+bool are_pages_sandboxed()
+{
+    int pages = 0, sandboxed = 0;
+    for (const auto& process : std::filesystem::directory_iterator("/proc")) {
+        if (!is_page(process.path()))
+            continue;
+        ++pages;
+        sandboxed +=
+            read_text(process.path() / "status").find("\nSeccomp:\t2") != std::string::npos;
+    }
+    std::printf("%d of %d processes of pages are sandboxed\n", sandboxed, pages);
+    return pages > 0 && sandboxed == pages;
+}
+
 // --- Comparing ---------------------------------------------------------------------------------
 
 Picture read_png(const std::filesystem::path& file)
@@ -314,12 +351,13 @@ int run(const std::filesystem::path& folder, const std::string& clip, const std:
             screens.push_back({kind, kind.make(gpu, clip)});
     }
     show(screens, gpu);
+    const bool safe = !marlune::opts::SANDBOXED || are_pages_sandboxed();
     for (const Screen& screen : screens) {
         std::printf("%-8s %s\n", screen.kind.name, is_done(screen) ? "right" : "WRONG");
         save_png(screen.picture, folder / (std::string(screen.kind.name) + ".png"));
         screen.view->destroy();
     }
-    return std::ranges::all_of(screens, is_done) ? EXIT_SUCCESS : EXIT_FAILURE;
+    return safe && std::ranges::all_of(screens, is_done) ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 }  // namespace
