@@ -10,6 +10,7 @@
 #include <QtQml>
 
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace marlune {
@@ -76,6 +77,8 @@ void CameraView::close_cameras()
     // The scenes stay: the host may have taken its device down already.
     for (const CameraView* const view : camera_views)
         delete view->camera_;
+    for (const QPointer<QCamera>& former : std::exchange(former_cameras, {}))
+        delete former;
 }
 
 void CameraView::prepare_context(QQmlContext* root_context)
