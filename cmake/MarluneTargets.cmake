@@ -15,6 +15,8 @@ function(marlune_configure_target target)
     if(MARLUNE_SANITIZE)
         target_compile_options(${target} PRIVATE
             -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer
+            # It takes objects of classes without type information, as the web engine's are, for none.
+            -fno-sanitize=vptr
             $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)  # GCC sees ghosts in such code
         target_link_options(${target} PRIVATE -fsanitize=address,undefined)
     endif()

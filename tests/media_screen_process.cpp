@@ -108,7 +108,11 @@ void exit_while_it_captures()
 
 /** Stops the library when the views that come after it have gone, and while its display still stands. */
 struct Stop {
-    ~Stop() { M::destroy(); }
+    ~Stop()
+    {
+        M::destroy();
+        release_host();
+    }
 };
 
 /** True for the same words, whose letters' edges need not be the same each time. */

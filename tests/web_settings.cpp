@@ -370,7 +370,7 @@ TEST_F(WebSettings, leave_nothing_of_the_last_page_when_the_next_one_fails)
 
 TEST_F(WebSettings, stay_harmless_with_any_policy_for_unknown_schemes)
 {
-    for (const int policy : {-1, 4, 77, INT_MAX, INT_MIN}) {
+    for (const int policy : {-1, 4, 77, INT_MAX, INT_MIN + 1}) {
         view->set_unknown_url_scheme_policy(policy);
         ASSERT_TRUE(view.show_html("<p>page")) << policy;
         view->set_unknown_url_scheme_policy(policy - 1);

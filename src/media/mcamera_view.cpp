@@ -5,7 +5,10 @@
 #include "runtime/call.h"
 #include "views/view_factory.h"
 
+#include <QMetaEnum>
+
 #include <functional>
+#include <optional>
 #include <utility>
 
 namespace marlune {
@@ -31,6 +34,15 @@ auto on_camera(void (QCamera::*member)(Arguments...), std::decay_t<Arguments>...
         if (QCamera* const camera = view.camera())
             (camera->*member)(arguments...);
     };
+}
+
+/** Null for a number that is none of the modes: such a value would not even be one of the type's. */
+template <typename Mode>
+std::optional<Mode> to_mode(int number)
+{
+    if (!QMetaEnum::fromType<Mode>().valueToKey(number))
+        return std::nullopt;
+    return static_cast<Mode>(number);
 }
 
 std::vector<float> to_host(const QPointF& point)
@@ -152,7 +164,8 @@ MARLUNE_ASK(float, get_maximum_zoom_factor, maximumZoomFactor)
     bool MCameraView::name(int mode) const                                                       \
     {                                                                                            \
         return ask_camera<bool>("marlune::MCameraView::" #name, view_, [mode](QCamera& camera) { \
-            return camera.member(static_cast<QCamera::Mode>(mode));                              \
+            const auto wanted = to_mode<QCamera::Mode>(mode);                                    \
+            return wanted && camera.member(*wanted);                                             \
         });                                                                                      \
     }
 
@@ -178,11 +191,14 @@ MARLUNE_CALL(zoom_to, (float factor, float rate), zoomTo, factor, rate)
 
 #undef MARLUNE_CALL
 
-#define MARLUNE_SET_MODE(name, Mode, member)                                             \
-    void MCameraView::name(int mode) const                                               \
-    {                                                                                    \
-        call<CameraView>("marlune::MCameraView::" #name, view_, Delivery::Blocking,      \
-                         on_camera(&QCamera::member, static_cast<QCamera::Mode>(mode))); \
+#define MARLUNE_SET_MODE(name, Mode, member)                                        \
+    void MCameraView::name(int mode) const                                          \
+    {                                                                               \
+        call<CameraView>("marlune::MCameraView::" #name, view_, Delivery::Blocking, \
+                         [mode](CameraView& view) {                                 \
+                             if (const auto wanted = to_mode<QCamera::Mode>(mode))  \
+                                 on_camera(&QCamera::member, *wanted)(view);        \
+                         });                                                        \
     }
 
 MARLUNE_SET_MODE(set_exposure_mode, ExposureMode, setExposureMode)

@@ -60,8 +60,8 @@ void unplug(const std::string& node)
         if (state.device == found->second && state.is_running)
             wake(file);
     }
-    bus().devices.erase(found);
     unlink(node_path(node).c_str());
+    bus().devices.erase(found);  // with it may go what `node` refers to
 }
 
 void plug(const std::string& node, const FakeCamera& camera)

@@ -6,6 +6,7 @@
 
 #include <marlune/app.h>
 #include <marlune/options.h>
+#include <marlune/quick_view.h>
 
 #include <gtest/gtest.h>
 
@@ -29,12 +30,20 @@ class Watch : public testing::EmptyTestEventListener {
     void OnTestEnd(const testing::TestInfo&) override { check_what_was_said(); }
 };
 
+/** Qt loses what its threads have sent each other and nobody has served when the loop ends. */
+void serve_what_is_posted()
+{
+    MQuickView().destroy();
+}
+
 /** Ends what the tests began. The device goes last: the library's work is done on it. */
 class Ending : public testing::Environment {
     void TearDown() override
     {
-        if (library_is_started)
+        if (library_is_started) {
+            serve_what_is_posted();
             M::destroy();
+        }
         release_host();
         check_what_was_said();
     }

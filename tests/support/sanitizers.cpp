@@ -38,7 +38,13 @@ const char* __lsan_default_suppressions()
         // Loses its lists of configurations when the engine has looked for one.
         "leak:libGLX_mesa.so\n"
         // Its start and its end each lose a few objects.
-        "leak:libQt6WebEngineCore.so\n";
+        "leak:libQt6WebEngineCore.so\n"
+        // A decoder of subtitles keeps the text that it was at when it was closed.
+        "leak:libavcodec.so\n"
+        // Leaves what it has asked of a display that lacks the extension.
+        "leak:libXrandr.so\n"
+        // Qt's connection to the display loses its way to the desktop's services at the end.
+        "leak:QGenericUnixServices\n";
 }
 
 int __lsan_is_turned_off()
