@@ -48,7 +48,12 @@ protected:
         return view.wait_for_event("playback_state_changed", std::to_string(PAUSED));
     }
 
-    void click(Point point) { view.click(point.x, point.y); }
+    void click(Point point)
+    {
+        // Buttons come and go with what the source has, and are put in place as a frame is drawn.
+        view.draw_frame();
+        view.click(point.x, point.y);
+    }
 
     uint8_t alpha_at(Point point) { return view.picture().pixel(point.x, point.y).a; }
 
