@@ -24,8 +24,9 @@ protected:
     {
         opts::SANDBOXED = opts::GPU_DISABLED = opts::FFMPEG_DEBUG = false;
         opts::PATH_PROJECT_ROOT.clear();
-        for (const char* const name : {flags_variable, "QT_FFMPEG_DEBUG", "QT_LOGGING_RULES",
-                                       "QML_DISK_CACHE", "QSG_DISTANCEFIELD_ANTIALIASING"})
+        for (const char* const name :
+             {flags_variable, "QT_FFMPEG_DEBUG", "QT_LOGGING_RULES", "QML_DISK_CACHE",
+              "QSG_DISTANCEFIELD_ANTIALIASING", "QT_FFMPEG_ENCODING_HW_DEVICE_TYPES"})
             qunsetenv(name);
     }
 };
@@ -117,18 +118,27 @@ TEST_F(StartOptions, make_absent_logging_rules_empty_when_debugging_media)
 
 TEST_F(StartOptions, keep_compiled_copies_of_components_and_subpixel_smoothing_out)
 {
-    startup::set_scene_defaults();
+    startup::set_defaults();
     EXPECT_EQ(qgetenv("QML_DISK_CACHE"), "aot");
     EXPECT_EQ(qgetenv("QSG_DISTANCEFIELD_ANTIALIASING"), "gray");
 }
 
-TEST_F(StartOptions, leave_the_users_settings_for_scenes_alone)
+TEST_F(StartOptions, look_for_no_hardware_that_encodes)
 {
-    qputenv("QML_DISK_CACHE", "qmlc");
-    qputenv("QSG_DISTANCEFIELD_ANTIALIASING", "subpixel");
-    startup::set_scene_defaults();
-    EXPECT_EQ(qgetenv("QML_DISK_CACHE"), "qmlc");
-    EXPECT_EQ(qgetenv("QSG_DISTANCEFIELD_ANTIALIASING"), "subpixel");
+    startup::set_defaults();
+    EXPECT_EQ(qgetenv("QT_FFMPEG_ENCODING_HW_DEVICE_TYPES"), ",") << "a list without an entry";
+}
+
+TEST_F(StartOptions, leave_settings_of_the_user_alone)
+{
+    const char* const settings[][2] = {{"QML_DISK_CACHE", "qmlc"},
+                                       {"QSG_DISTANCEFIELD_ANTIALIASING", "subpixel"},
+                                       {"QT_FFMPEG_ENCODING_HW_DEVICE_TYPES", "cuda"}};
+    for (const auto& [name, value] : settings)
+        qputenv(name, value);
+    startup::set_defaults();
+    for (const auto& [name, value] : settings)
+        EXPECT_EQ(qgetenv(name), value) << name;
 }
 
 TEST_F(StartOptions, name_the_application_and_its_makers)

@@ -41,14 +41,18 @@ constexpr Variable directory_variables[] = {
     {"QTWEBENGINE_LOCALES_PATH", "/translations/qtwebengine_locales"},
 };
 
-// What scenes in textures need of Qt Quick; a user who sets these knows better.
-constexpr Variable scene_defaults[] = {
+// What suits views in a game; a user who sets these knows better.
+constexpr Variable defaults[] = {
     // Smoothing by subpixels takes an opaque background and a known pixel grid. A texture in a game
     // has neither, and its text would get coloured fringes.
     {"QSG_DISTANCEFIELD_ANTIALIASING", "gray"},
     // Components are loaded from files that are new each time: compiled copies of them would never be
     // found again, and Qt would keep each one mapped for good.
     {"QML_DISK_CACHE", "aot"},
+    // None: nothing is encoded. To learn what hardware could, Qt would have FFmpeg make a Vulkan device
+    // with the first player, while the web engine may be making its own on another thread. That takes
+    // time, and the Vulkan loader does not always stand it.
+    {"QT_FFMPEG_ENCODING_HW_DEVICE_TYPES", ","},
 };
 
 }  // namespace
@@ -108,9 +112,9 @@ void set_chromium_flags()
         qputenv("QTWEBENGINE_CHROMIUM_FLAGS", flags);
 }
 
-void set_scene_defaults()
+void set_defaults()
 {
-    for (const auto& [name, value] : scene_defaults) {
+    for (const auto& [name, value] : defaults) {
         if (!qEnvironmentVariableIsSet(name))
             qputenv(name, value);
     }
@@ -125,7 +129,7 @@ void before_application()
     set_application_identity();
     set_multimedia();
     set_chromium_flags();
-    set_scene_defaults();
+    set_defaults();
     warn_of_missing_files(addon_dir());  // before Qt misses them, which may end the program
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Vulkan);
     web_part::register_scheme();

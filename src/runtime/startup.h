@@ -27,7 +27,7 @@ void set_qt_configuration();
 void set_application_identity();
 void set_multimedia();
 void set_chromium_flags();
-void set_scene_defaults();
+void set_defaults();
 
 }  // namespace startup
 
