@@ -122,11 +122,7 @@ class PlayersLives : public testing::TestWithParam<std::string> {};
 
 TEST_P(PlayersLives, end_cleanly_and_leave_no_process_behind)
 {
-    const ProgramResult result = run_life(GetParam());
-    EXPECT_FALSE(result.timed_out) << result.error;
-    EXPECT_EQ(result.exit_code, 0) << result.error;
-    for (const Process& process : result.left_behind)
-        ADD_FAILURE() << "left behind: " << process.name;
+    EXPECT_TRUE(ends_cleanly(GetParam()));
 }
 
 INSTANTIATE_TEST_SUITE_P(Process, PlayersLives, testing::ValuesIn(names_of(LIVES)),

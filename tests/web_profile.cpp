@@ -364,39 +364,28 @@ protected:
         std::filesystem::remove_all(folder, ignored);
     }
 
-    static testing::AssertionResult lives(const std::string& name)
-    {
-        const ProgramResult result = run_life(name);
-        if (result.exit_code == 0 && !result.timed_out && result.left_behind.empty())
-            return testing::AssertionSuccess();
-        return testing::AssertionFailure()
-            << name << " ends with " << result.exit_code << " and leaves "
-            << result.left_behind.size() << " processes:\n"
-            << result.error << result.out;
-    }
-
     std::filesystem::path folder;
 };
 
 TEST_F(ProfileOfAProcess, keeps_cookies_from_one_process_to_the_next)
 {
-    ASSERT_TRUE(lives("keep_a_cookie"));
-    EXPECT_TRUE(lives("find_the_cookie"));
+    ASSERT_TRUE(ends_cleanly("keep_a_cookie"));
+    EXPECT_TRUE(ends_cleanly("find_the_cookie"));
 }
 
 TEST_F(ProfileOfAProcess, sends_secure_cookies_over_encrypted_connections_only)
 {
-    EXPECT_TRUE(lives("send_secure_cookies"));
+    EXPECT_TRUE(ends_cleanly("send_secure_cookies"));
 }
 
 TEST_F(ProfileOfAProcess, keeps_nothing_until_it_is_taken_on_the_record)
 {
-    EXPECT_TRUE(lives("keep_nothing"));
+    EXPECT_TRUE(ends_cleanly("keep_nothing"));
 }
 
 TEST_F(ProfileOfAProcess, goes_on_and_off_the_record_with_a_page_open)
 {
-    EXPECT_TRUE(lives("switch_with_a_page_open"));
+    EXPECT_TRUE(ends_cleanly("switch_with_a_page_open"));
 }
 
 }  // namespace

@@ -172,17 +172,6 @@ protected:
         std::filesystem::remove_all(home, ignored);
     }
 
-    static testing::AssertionResult lives(const std::string& name)
-    {
-        const ProgramResult result = run_life(name);
-        if (result.exit_code == 0 && !result.timed_out && result.left_behind.empty())
-            return testing::AssertionSuccess();
-        return testing::AssertionFailure()
-            << name << " ends with " << result.exit_code << " and leaves "
-            << result.left_behind.size() << " processes:\n"
-            << result.error << result.out;
-    }
-
     std::filesystem::path home;
     std::map<std::string, std::string> former;
 };
@@ -191,12 +180,12 @@ TEST_F(Sandbox, guards_pages_and_keeps_origins_apart)
 {
     if (!may_make_namespaces())
         GTEST_SKIP() << "this system lets ordinary users make no user namespaces";
-    EXPECT_TRUE(lives("sandboxed"));
+    EXPECT_TRUE(ends_cleanly("sandboxed"));
 }
 
 TEST_F(Sandbox, is_not_there_by_default)
 {
-    EXPECT_TRUE(lives("unsandboxed"));
+    EXPECT_TRUE(ends_cleanly("unsandboxed"));
 }
 
 }  // namespace

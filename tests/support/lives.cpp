@@ -25,6 +25,19 @@ ProgramResult run_life(const std::string& name)
     return run_program({own_path(), life_option, name});
 }
 
+testing::AssertionResult ends_cleanly(const std::string& name)
+{
+    const ProgramResult result = run_life(name);
+    if (result.exit_code == 0 && !result.timed_out && result.left_behind.empty())
+        return testing::AssertionSuccess();
+    auto failure = testing::AssertionFailure();
+    failure << name << (result.timed_out ? " does not end" : " ends") << " with exit code "
+            << result.exit_code;
+    for (const Process& process : result.left_behind)
+        failure << ", leaves behind " << process.name;
+    return failure << '\n' << result.error << result.out;
+}
+
 int run_life_or_tests(int argc, char** argv, const Lives& lives)
 {
     if (argc != 3 || std::string(argv[1]) != life_option)

@@ -2,6 +2,8 @@
 
 #include "support/processes.h"
 
+#include <gtest/gtest.h>
+
 #include <map>
 #include <string>
 #include <vector>
@@ -18,6 +20,9 @@ std::vector<std::string> names_of(const Lives& lives);
 
 /** Runs one of this program's lives to its end, in a process of its own. */
 ProgramResult run_life(const std::string& name);
+
+/** Whether it then ends by itself, without a failure, and leaves no process behind. */
+testing::AssertionResult ends_cleanly(const std::string& name);
 
 /** For main(), of a program that has lives: runs the one that run_life() asks for, else the tests. */
 int run_life_or_tests(int argc, char** argv, const Lives& lives);
