@@ -5,6 +5,7 @@
 #include "media/camera_hint.h"
 #include "media/camera_view.h"
 #include "runtime/host_callback.h"
+#include "runtime/media_part.h"
 #include "support/fake_camera.h"
 #include "support/message_log.h"
 #include "support/meta_methods.h"
@@ -465,7 +466,7 @@ TEST_F(CameraViews, end_all_cameras_when_the_library_stops)
     CameraView other;
     other.install(QCameraDevice());
     view->install(QCameraDevice());
-    CameraView::close_cameras();
+    media_part::close_players();
     EXPECT_FALSE(view->camera() || other.camera());
 }
 

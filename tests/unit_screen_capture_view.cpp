@@ -3,6 +3,7 @@
 #include "media/screen_capture_view.h"
 #include "media/screen_choice.h"
 #include "media/screen_recorder.h"
+#include "runtime/media_part.h"
 #include "support/message_log.h"
 #include "support/qt_loop.h"
 
@@ -440,7 +441,7 @@ TEST_F(ScreenRecorders, end_all_that_is_captured_when_the_library_stops)
     ScreenRecorder other;
     recorder->set_video_sink(&sink);
     emit recorder->activeChanged();
-    ScreenRecorder::close_all();
+    media_part::close_players();
     EXPECT_FALSE(capture());
     EXPECT_FALSE(other.findChild<QScreenCapture*>());
     EXPECT_TRUE(recorder->setProperty("active", 0u));

@@ -4,6 +4,7 @@
 #include "media/metadata.h"
 #include "media/time_text.h"
 #include "media/video_view.h"
+#include "runtime/media_part.h"
 #include "support/message_log.h"
 #include "support/meta_methods.h"
 #include "support/qt_loop.h"
@@ -544,7 +545,7 @@ TEST_F(VideoViews, end_their_player_with_themselves)
 TEST_F(VideoViews, end_all_players_when_the_library_stops)
 {
     VideoView other;
-    VideoView::close_players();
+    media_part::close_players();
     EXPECT_FALSE(view->player() || view->audio_output() || other.player());
 }
 

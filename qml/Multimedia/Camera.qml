@@ -9,13 +9,9 @@ import Multimedia // qmllint disable unused-imports
     The scene of a camera: its picture, or in words why there is none. It does not switch the camera on,
     which is the host's to do. What the picture leaves free is transparent.
 */
-Item {
+MediaScene {
     id: root
 
-    signal javaScriptConsoleMessage(int level, string message, int lineNumber, string sourceID)
-
-    // The view that shows this scene. A previewer has none.
-    readonly property var host: typeof ctx === "undefined" ? null : ctx // qmllint disable unqualified
     readonly property Media.Camera camera: root.host?.camera ?? null
     readonly property bool active: root.camera?.active ?? false
     readonly property bool plugged: {
@@ -29,8 +25,6 @@ Item {
     property bool lost
     // The picture is of what the camera sees now, and not of what it saw before it was switched off.
     property bool current
-
-    readonly property real em: Math.max(10, Math.min(width / 58, height / 32))
 
     onActiveChanged: root.current = false
     onCameraChanged: {
@@ -72,18 +66,11 @@ Item {
         }
     }
 
-    Media.VideoOutput {
+    Picture {
         id: picture
 
-        anchors.fill: parent
         visible: root.active && root.current
-        fillMode: {
-            switch (root.host?.fill_mode ?? 1) {
-            case 0: return Media.VideoOutput.Stretch;
-            case 2: return Media.VideoOutput.PreserveAspectCrop;
-            default: return Media.VideoOutput.PreserveAspectFit;
-            }
-        }
+        mode: root.host?.fill_mode ?? 1
     }
 
     CameraNotice {

@@ -29,17 +29,5 @@ Notice {
         : failed ? qsTr("The camera does not work")
         : waiting ? qsTr("Starting \u2026") : qsTr("The camera is off")
     details: failed && camera.errorString !== "" ? camera.errorString : name
-    visible: waiting ? patience.over : !active || failed || unplugged
-
-    // What takes but a moment is not worth a word.
-    Timer {
-        id: patience
-
-        property bool over
-
-        interval: 400
-        running: notice.waiting
-        onRunningChanged: patience.over = false
-        onTriggered: patience.over = true
-    }
+    visible: waiting ? waitedLong : !active || failed || unplugged
 }

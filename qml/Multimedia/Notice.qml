@@ -14,6 +14,8 @@ Item {
     property string details
     property bool failed
     property bool waiting
+    // What takes but a moment is not worth a word.
+    readonly property bool waitedLong: patience.over
 
     Rectangle {
         anchors.centerIn: parent
@@ -82,5 +84,16 @@ Item {
                 elide: Text.ElideRight
             }
         }
+    }
+
+    Timer {
+        id: patience
+
+        property bool over
+
+        interval: 400
+        running: notice.waiting
+        onRunningChanged: patience.over = false
+        onTriggered: patience.over = true
     }
 }

@@ -37,17 +37,5 @@ Notice {
     waiting: !failed && (status === MediaPlayer.LoadingMedia
         || status === MediaPlayer.StalledMedia
         || (status === MediaPlayer.BufferingMedia && playback.bufferProgress < 1))
-    visible: failed || empty || soundOnly || (waiting && patience.over)
-
-    // What takes but a moment is not worth a word.
-    Timer {
-        id: patience
-
-        property bool over
-
-        interval: 400
-        running: notice.waiting
-        onRunningChanged: patience.over = false
-        onTriggered: patience.over = true
-    }
+    visible: failed || empty || soundOnly || (waiting && waitedLong)
 }

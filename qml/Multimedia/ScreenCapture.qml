@@ -9,19 +9,13 @@ import Multimedia // qmllint disable unused-imports
     The scene of a screen capture view: the screen, whole, or in words why it is not to be seen. What the
     picture leaves free is transparent.
 */
-Item {
+MediaScene {
     id: root
 
-    signal javaScriptConsoleMessage(int level, string message, int lineNumber, string sourceID)
-
-    // The view that shows this scene. A previewer has none.
-    readonly property var host: typeof ctx === "undefined" ? null : ctx // qmllint disable unqualified
     readonly property bool active: (root.host?.active ?? 1) !== 0
 
     // What stands in the picture from before capturing was off is not to be seen again.
     property bool current
-
-    readonly property real em: Math.max(10, Math.min(width / 58, height / 32))
 
     onActiveChanged: root.current = false
 

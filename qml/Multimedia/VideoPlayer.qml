@@ -1,7 +1,6 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import QtMultimedia
 import Multimedia // qmllint disable unused-imports
 
 /*!
@@ -11,17 +10,12 @@ import Multimedia // qmllint disable unused-imports
     back and forth, up and down turn the volume, M switches the sound off and on, and a digit goes to
     that tenth of the source. What the picture leaves free is transparent.
 */
-Item {
+MediaScene {
     id: root
 
-    signal javaScriptConsoleMessage(int level, string message, int lineNumber, string sourceID)
-
-    // The view that shows this scene. A previewer has none.
-    readonly property var host: typeof ctx === "undefined" ? null : ctx // qmllint disable unqualified
     readonly property bool controlsEnabled: host?.controls_enabled ?? true
     readonly property bool autoHide: host?.controls_auto_hide ?? false
 
-    readonly property real em: Math.max(10, Math.min(width / 58, height / 32))
     readonly property int stepLength: 5000
     readonly property real volumeStep: 0.05
 
@@ -92,17 +86,10 @@ Item {
         onTriggered: root.awake = false
     }
 
-    VideoOutput {
+    Picture {
         id: picture
 
-        anchors.fill: parent
-        fillMode: {
-            switch (playback.fillMode) {
-            case 0: return VideoOutput.Stretch;
-            case 2: return VideoOutput.PreserveAspectCrop;
-            default: return VideoOutput.PreserveAspectFit;
-            }
-        }
+        mode: playback.fillMode
     }
 
     HoverHandler {

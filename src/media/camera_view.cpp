@@ -1,28 +1,18 @@
 #include "media/camera_view.h"
 
 #include "media/camera_hint.h"
+#include "media/media_view.h"
 #include "runtime/host_callback.h"
 #include "runtime/trace.h"
-#include "views/component_files.h"
 
 #include <QMediaDevices>
-#include <QQmlContext>
 #include <QtQml>
 
-#include <unordered_set>
-#include <utility>
 #include <vector>
 
 namespace marlune {
 
 namespace {
-
-// Numbers of VideoOutput's fill modes, but for the first, which hosts may set all the same.
-constexpr int lowest_fill_mode = -1;
-constexpr int highest_fill_mode = 2;
-
-// All that stand. On the Qt thread only.
-std::unordered_set<CameraView*> camera_views;
 
 // Those that views have replaced, which stay with what they are children of. On the Qt thread only.
 std::vector<QPointer<QCamera>> former_cameras;
@@ -60,32 +50,20 @@ CameraView::CameraView() : QuickView("CameraView")
     // Queued on the Qt thread too: a callback of the camera must not lose it while it runs.
     connect(this, &CameraView::camera_hintChanged, this, &CameraView::onCameraHintChanged,
             Qt::QueuedConnection);
-    camera_views.insert(this);
 }
 
 CameraView::~CameraView()
 {
     // While this is still a CameraView: the scene may call back into it until it has gone.
     withdraw();
-    camera_views.erase(this);
     reset();
     delete camera_;
-}
-
-void CameraView::close_cameras()
-{
-    // The scenes stay: the host may have taken its device down already.
-    for (const CameraView* const view : camera_views)
-        delete view->camera_;
-    for (const QPointer<QCamera>& former : std::exchange(former_cameras, {}))
-        delete former;
 }
 
 void CameraView::prepare_context(QQmlContext* root_context)
 {
     register_type();
-    root_context->setContextProperty(QStringLiteral("ctx"), this);
-    publish_module(QStringLiteral("Multimedia"));
+    prepare_media_context(root_context, this);
 }
 
 void CameraView::post_setup(QQmlEngine*, QObject* root)
@@ -141,6 +119,7 @@ void CameraView::install(const QCameraDevice& device)
         give_up_camera();
     set_free(device);
     camera_ = new QCamera(device, this);
+    end_with_library(camera_);
     connect_callbacks();
     emit cameraChanged();
     // That it cannot be opened shows while it is made, when nobody listens yet.
@@ -184,8 +163,7 @@ void CameraView::set_auto_play(bool enabled)
 
 void CameraView::set_fill_mode(uint fill_mode)
 {
-    const int mode = static_cast<int>(fill_mode);
-    fill_mode_ = mode >= lowest_fill_mode && mode <= highest_fill_mode ? fill_mode : 0;
+    fill_mode_ = accepted_fill_mode(fill_mode);
     emit fill_modeChanged();
 }
 

@@ -36,9 +36,6 @@ public:
     void post_setup(QQmlEngine* engine, QObject* root) override;
     void before_reset() override;
 
-    /** Ends the cameras of all views, and leaves their scenes. For the library's stop. */
-    static void close_cameras();
-
     /** Null until one has been chosen. */
     QCamera* camera() const { return camera_; }
     /** Its slots may be filled by any thread. */

@@ -1,10 +1,9 @@
 #include "media/screen_capture_view.h"
 
+#include "media/media_view.h"
 #include "media/screen_recorder.h"
 #include "runtime/trace.h"
-#include "views/component_files.h"
 
-#include <QQmlContext>
 #include <QtQml>
 
 namespace marlune {
@@ -35,8 +34,7 @@ ScreenCaptureView::~ScreenCaptureView()
 void ScreenCaptureView::prepare_context(QQmlContext* root_context)
 {
     register_type();
-    root_context->setContextProperty(QStringLiteral("ctx"), this);
-    publish_module(QStringLiteral("Multimedia"));
+    prepare_media_context(root_context, this);
 }
 
 void ScreenCaptureView::set_active(bool active)

@@ -1,18 +1,14 @@
 #include "media/screen_recorder.h"
 
+#include "media/media_view.h"
 #include "media/screen_choice.h"
 
 #include <QGuiApplication>
 #include <QScreen>
 
-#include <unordered_set>
-
 namespace marlune {
 
 namespace {
-
-// All that stand. On the Qt thread only.
-std::unordered_set<ScreenRecorder*> recorders;
 
 /**
  * In a session of X11 Qt takes pictures in a way of its own, which takes the whole desktop for the first
@@ -51,23 +47,16 @@ QScreen* screen_for(const QString& hint)
 ScreenRecorder::ScreenRecorder(QObject* parent)
     : QObject(parent), screen_capture_(make_capture(this))
 {
+    end_with_library(screen_capture_);
     connect(this, &ScreenRecorder::activeChanged, this, &ScreenRecorder::on_set_active);
     connect(screen_capture_, &QScreenCapture::errorChanged, this, &ScreenRecorder::take_error);
     take_error();  // a system that cannot do it at all says so from the start
-    recorders.insert(this);
 }
 
 ScreenRecorder::~ScreenRecorder()
 {
-    recorders.erase(this);
     // Before the session, whose sink its thread still feeds.
     delete screen_capture_;
-}
-
-void ScreenRecorder::close_all()
-{
-    for (const ScreenRecorder* const recorder : recorders)
-        delete recorder->screen_capture_;
 }
 
 void ScreenRecorder::set_video_sink(QVideoSink* sink)

@@ -36,9 +36,6 @@ public:
     QString error_string() const { return error_string_; }
     QBindable<QString> bindable_error_string() const { return &error_string_; }
 
-    /** Ends what all recorders capture, with its threads. For the library's stop. */
-    static void close_all();
-
 signals:
     void videoSinkChanged();
     void activeChanged();

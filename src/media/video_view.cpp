@@ -1,18 +1,16 @@
 #include "media/video_view.h"
 
+#include "media/media_view.h"
 #include "media/time_text.h"
 #include "runtime/trace.h"
-#include "views/component_files.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QMediaMetaData>
-#include <QQmlContext>
 #include <QTimer>
 #include <QtQml>
 
 #include <chrono>
-#include <unordered_set>
 
 namespace marlune {
 
@@ -23,13 +21,6 @@ using namespace std::chrono_literals;
 constexpr auto position_interval = 500ms;
 constexpr qint64 ms_a_second = 1000;
 constexpr int no_track = -1;
-
-// Numbers of VideoOutput's fill modes, but for the first, which hosts may set all the same.
-constexpr int lowest_fill_mode = -1;
-constexpr int highest_fill_mode = 2;
-
-// All that stand. On the Qt thread only.
-std::unordered_set<VideoView*> video_views;
 
 void register_type()
 {
@@ -46,27 +37,16 @@ VideoView::VideoView() : QuickView("VideoView")
     make_player();
     connect_callbacks();
     connect_player();
-    video_views.insert(this);
 }
 
 VideoView::~VideoView()
 {
     // While this is still a VideoView: the scene may call back into it until it has gone.
     withdraw();
-    video_views.erase(this);
     is_ending_ = true;
     reset();
     delete player_;
     delete audio_output_;
-}
-
-void VideoView::close_players()
-{
-    // The scenes stay: the host may have taken its device down already.
-    for (const VideoView* const view : video_views) {
-        delete view->player_;
-        delete view->audio_output_;
-    }
 }
 
 void VideoView::make_player()
@@ -74,6 +54,8 @@ void VideoView::make_player()
     player_ = new QMediaPlayer(this);
     audio_output_ = new QAudioOutput(this);
     player_->setAudioOutput(audio_output_);
+    end_with_library(player_);
+    end_with_library(audio_output_);
 }
 
 /** Before anything else listens: the host hears of a change first, then the scene. */
@@ -113,8 +95,7 @@ void VideoView::connect_player()
 void VideoView::prepare_context(QQmlContext* root_context)
 {
     register_type();
-    root_context->setContextProperty(QStringLiteral("ctx"), this);
-    publish_module(QStringLiteral("Multimedia"));
+    prepare_media_context(root_context, this);
 }
 
 void VideoView::post_setup(QQmlEngine*, QObject* root)
@@ -309,8 +290,7 @@ QString VideoView::playing_position_to_str(qint64 seconds)
 
 void VideoView::set_fill_mode(uint fill_mode)
 {
-    const int mode = static_cast<int>(fill_mode);
-    fill_mode_ = mode >= lowest_fill_mode && mode <= highest_fill_mode ? fill_mode : 0;
+    fill_mode_ = accepted_fill_mode(fill_mode);
     emit fill_modeChanged();
 }
 

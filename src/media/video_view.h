@@ -60,9 +60,6 @@ public:
     void post_setup(QQmlEngine* engine, QObject* root) override;
     void before_reset() override;
 
-    /** Ends what all views play, and leaves their scenes. For the library's stop. */
-    static void close_players();
-
     /** Null when the scene has put another one in its place, and ended that. */
     QMediaPlayer* player() const { return player_; }
     QAudioOutput* audio_output() const { return audio_output_; }

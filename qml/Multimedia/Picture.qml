@@ -1,0 +1,17 @@
+import QtMultimedia
+
+/*!
+    A picture that fills the scene as the host has said, by its number.
+*/
+VideoOutput {
+    required property int mode
+
+    anchors.fill: parent
+    fillMode: {
+        switch (mode) {
+        case 0: return VideoOutput.Stretch;
+        case 2: return VideoOutput.PreserveAspectCrop;
+        default: return VideoOutput.PreserveAspectFit;
+        }
+    }
+}
