@@ -59,10 +59,8 @@ MCameraView::MCameraView()
 
 void MCameraView::set_camera_hint(std::string hint) const
 {
-    trace("marlune::MCameraView::set_camera_hint", "M");
-    LiveObjects::instance().visit(view_, [&](QObject& object) {
-        if (auto* const view = qobject_cast<CameraView*>(&object))
-            view->set_camera_hint(QString::fromStdString(hint));
+    visit<CameraView>("marlune::MCameraView::set_camera_hint", view_, [&hint](CameraView& view) {
+        view.set_camera_hint(QString::fromStdString(hint));
     });
 }
 

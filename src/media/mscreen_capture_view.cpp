@@ -28,12 +28,8 @@ void MScreenCaptureView::set_physical_screen(std::string screen) const
     if (on_qt_thread())
         return call<ScreenCaptureView>(name, view_, Delivery::Queued, set);
 
-    trace(name, "M");
-    // Straight from the caller's thread. What the signal brings about is queued.
-    LiveObjects::instance().visit(view_, [&](QObject& object) {
-        if (auto* const view = qobject_cast<ScreenCaptureView*>(&object))
-            set(*view);
-    });
+    // What the signal brings about is queued.
+    visit<ScreenCaptureView>(name, view_, set);
 }
 
 }  // namespace marlune

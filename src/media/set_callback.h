@@ -1,7 +1,6 @@
 #pragma once
 
-#include "runtime/live_objects.h"
-#include "runtime/trace.h"
+#include "runtime/call.h"
 #include "views/view.h"
 
 #include <utility>
@@ -16,11 +15,9 @@ template <typename ViewKind, typename Callbacks, typename Slot>
 void set_callback(const char* name, View* view, Slot Callbacks::*slot,
                   typename Slot::Function callback)
 {
-    trace(name, "M");
     auto stored = Slot::store(std::move(callback));
-    LiveObjects::instance().visit(view, [&](QObject& object) {
-        if (auto* const live = qobject_cast<ViewKind*>(&object))
-            stored = (live->callbacks().*slot).exchange(std::move(stored));
+    visit<ViewKind>(name, view, [&](ViewKind& live) {
+        stored = (live.callbacks().*slot).exchange(std::move(stored));
     });
     // What was there goes here, where nothing is locked: it may be code of the host.
 }

@@ -174,4 +174,15 @@ void post(const char* name, QObject* target, Work work)
     });
 }
 
+/** Carries nothing: runs on the caller's thread, within the bounds of LiveObjects::visit(). */
+template <typename Target, typename Work>
+void visit(const char* name, QObject* target, Work work)
+{
+    trace(name, "M");
+    LiveObjects::instance().visit(target, [&](QObject& object) {
+        if (auto* const live = qobject_cast<Target*>(&object))
+            std::invoke(work, *live);
+    });
+}
+
 }  // namespace marlune

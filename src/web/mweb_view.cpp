@@ -245,21 +245,21 @@ std::string MWebView::get_user_agent() const
 
 void MWebView::set_otr(bool off_the_record) const
 {
-    call<QQuickWebEngineProfile>(
-        "marlune::MWebView::set_otr", shared_profile(), Delivery::Queued,
-        [off_the_record](QQuickWebEngineProfile& profile) {
-            const auto change = [off_the_record, &profile] {
-                profile.setOffTheRecord(off_the_record);
-                profile.setPersistentCookiesPolicy(
-                    off_the_record ? QQuickWebEngineProfile::NoPersistentCookies
-                                   : QQuickWebEngineProfile::ForcePersistentCookies);
-            };
-            // The engine does not survive that under a page that keeps a record.
-            if (off_the_record && !profile.isOffTheRecord())
-                WebView::without_pages(change);
-            else
-                change();
-        });
+    call<QQuickWebEngineProfile>("marlune::MWebView::set_otr", shared_profile(), Delivery::Queued,
+                                 [off_the_record](QQuickWebEngineProfile& profile) {
+                                     const auto change = [off_the_record, &profile] {
+                                         profile.setOffTheRecord(off_the_record);
+                                         profile.setPersistentCookiesPolicy(
+                                             off_the_record
+                                                 ? QQuickWebEngineProfile::NoPersistentCookies
+                                                 : QQuickWebEngineProfile::ForcePersistentCookies);
+                                     };
+                                     // The engine does not survive that under a page that keeps a record.
+                                     if (off_the_record && !profile.isOffTheRecord())
+                                         WebView::without_pages(change);
+                                     else
+                                         change();
+                                 });
 }
 
 void MWebView::set_storage_path(const std::string& path) const
@@ -324,12 +324,9 @@ bool MWebView::webchannel_deregisterObject(const std::string& name) const
 
 db::AbstractContextObjectStd* MWebView::webchannel_getObject(const std::string& name) const
 {
-    trace("marlune::MWebView::webchannel_getObject", "M");
     db::AbstractContextObjectStd* found = nullptr;
-    LiveObjects::instance().visit(view_, [&](QObject& object) {
-        if (auto* const view = qobject_cast<WebView*>(&object))
-            found = view->find_object(name);
-    });
+    visit<WebView>("marlune::MWebView::webchannel_getObject", view_,
+                   [&](WebView& view) { found = view.find_object(name); });
     return found;
 }
 
