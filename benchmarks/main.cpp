@@ -81,6 +81,18 @@ void measure_processes(Table& table, const Arguments& arguments)
     }
 }
 
+// What is measured in this process, in this order.
+constexpr struct {
+    const char* name;
+    void (*measure)(Table& table, Thoroughness much, Gpu& gpu);
+} groups[] = {
+    {"calls", measure_calls},           {"frames", measure_frames},
+    {"views", measure_views},           {"web-calls", measure_web_calls},
+    {"web-scheme", measure_web_scheme}, {"web-frames", measure_web_frames},
+    {"video", measure_video},           {"video-calls", measure_video_calls},
+    {"screen", measure_screen},
+};
+
 void measure_here(Table& table, const Arguments& arguments)
 {
     register_raw_scheme();
@@ -88,24 +100,10 @@ void measure_here(Table& table, const Arguments& arguments)
     const Library library;
     M::ensure_qt_eventloop_is_running();
     install_raw_scheme(static_cast<QObject*>(MARLUNE_CTX));
-    if (arguments.want("calls"))
-        measure_calls(table, arguments.much, gpu);
-    if (arguments.want("frames"))
-        measure_frames(table, arguments.much, gpu);
-    if (arguments.want("views"))
-        measure_views(table, arguments.much, gpu);
-    if (arguments.want("web-calls"))
-        measure_web_calls(table, arguments.much, gpu);
-    if (arguments.want("web-scheme"))
-        measure_web_scheme(table, arguments.much, gpu);
-    if (arguments.want("web-frames"))
-        measure_web_frames(table, arguments.much, gpu);
-    if (arguments.want("video"))
-        measure_video(table, arguments.much, gpu);
-    if (arguments.want("video-calls"))
-        measure_video_calls(table, arguments.much, gpu);
-    if (arguments.want("screen"))
-        measure_screen(table, arguments.much, gpu);
+    for (const auto& [name, measure] : groups) {
+        if (arguments.want(name))
+            measure(table, arguments.much, gpu);
+    }
 }
 
 }  // namespace
