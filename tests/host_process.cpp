@@ -14,7 +14,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <iostream>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -26,14 +25,6 @@ namespace marlune::test {
 namespace {
 
 // --- What happens in the processes -------------------------------------------------------------
-
-void require(bool condition, const char* rule)
-{
-    if (condition)
-        return;
-    std::cerr << "broken rule: " << rule << std::endl;
-    std::_Exit(EXIT_FAILURE);
-}
 
 void set_up(const MView& view)
 {

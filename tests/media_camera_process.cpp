@@ -12,21 +12,12 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <iostream>
 #include <string>
 #include <vector>
 
 namespace marlune::test {
 
 namespace {
-
-void require(bool condition, const char* rule)
-{
-    if (condition)
-        return;
-    std::cerr << "broken rule: " << rule << std::endl;
-    std::_Exit(EXIT_FAILURE);
-}
 
 void start_with_cameras()
 {

@@ -14,21 +14,12 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
 #include <string>
 #include <vector>
 
 namespace marlune::test {
 
 namespace {
-
-void require(bool condition, const char* rule)
-{
-    if (condition)
-        return;
-    std::cerr << "broken rule: " << rule << std::endl;
-    std::_Exit(EXIT_FAILURE);
-}
 
 /** The threads of players that are at work. */
 int player_threads()

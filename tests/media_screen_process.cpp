@@ -12,7 +12,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <iostream>
 #include <memory>
 #include <string>
 
@@ -22,14 +21,6 @@ namespace {
 
 constexpr Size SIZE{640, 480};
 constexpr Rect SCREEN{0, 0, 640, 480};
-
-void require(bool condition, const char* rule)
-{
-    if (condition)
-        return;
-    std::cerr << "broken rule: " << rule << std::endl;
-    std::_Exit(EXIT_FAILURE);
-}
 
 MScreenCaptureView capturing_view()
 {

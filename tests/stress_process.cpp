@@ -17,8 +17,6 @@
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <cstdlib>
-#include <iostream>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -38,14 +36,6 @@ using namespace std::chrono_literals;
 
 constexpr uint32_t KEY_SPACE = 0x20;
 constexpr int CALLERS = 8;
-
-void require(bool condition, const char* rule)
-{
-    if (condition)
-        return;
-    std::cerr << "broken rule: " << rule << std::endl;
-    std::_Exit(EXIT_FAILURE);
-}
 
 /** For views that are never destroyed: it must outlive them. */
 VulkanHost& lasting_host()

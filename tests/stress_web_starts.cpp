@@ -15,8 +15,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
-#include <iostream>
 #include <memory>
 #include <regex>
 #include <sstream>
@@ -36,14 +34,6 @@ constexpr auto PAGE = R"(<body style="background: #00ff00"><script>
 let frames = 0;
 requestAnimationFrame(function count() { ++frames; requestAnimationFrame(count); });
 </script>)";
-
-void require(const testing::AssertionResult& outcome, const char* rule)
-{
-    if (outcome)
-        return;
-    std::cerr << "broken rule: " << rule << "; " << outcome.message() << std::endl;
-    std::_Exit(EXIT_FAILURE);
-}
 
 void require_page(HostWebView& view)
 {

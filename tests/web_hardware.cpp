@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <iostream>
 #include <string>
 
 namespace marlune::test {
@@ -23,15 +22,6 @@ constexpr auto refusal =
     "WebView 1: the web engine draws on the graphics hardware, but the host's Vulkan device cannot take "
     "its pictures. Create the device with VK_KHR_external_memory_fd, or set GPU_DISABLED before the "
     "start.";
-
-[[noreturn]] void end(bool as_it_should_be, const char* rule)
-{
-    if (!as_it_should_be)
-        std::cerr << "broken rule: " << rule << std::endl;
-    M::destroy();
-    release_host();
-    std::_Exit(as_it_should_be ? EXIT_SUCCESS : EXIT_FAILURE);
-}
 
 // The engine takes the processor's Vulkan for graphics hardware when its block list is put aside. Its
 // flags are the user's where the library has none of its own.
@@ -53,7 +43,8 @@ void draw_on_hardware()
     const bool answered = !facade.can_go_back();
     const bool says_so = view.draw_until([&] { return bool(shows_something(view.picture(), "")); });
     facade.destroy();
-    end(loaded && refused && answered && says_so, "the view says that it cannot draw the page");
+    end_life(loaded && refused && answered && says_so,
+             "the view says that it cannot draw the page");
 }
 
 void draw_without_hardware()
@@ -62,7 +53,7 @@ void draw_without_hardware()
     HostWebView view;
     const bool shown = view.show_html(green_page) && view.wait_for_colour(100, 100, GREEN);
     view.facade().destroy();
-    end(shown, "GPU_DISABLED shows the page on any device");
+    end_life(shown, "GPU_DISABLED shows the page on any device");
 }
 
 const Lives LIVES = {

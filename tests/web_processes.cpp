@@ -16,8 +16,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
-#include <iostream>
 #include <optional>
 #include <string>
 #include <thread>
@@ -283,14 +281,6 @@ TEST_F(HangingPage, ends_with_its_view)
 }
 
 // --- Processes that end with pages open --------------------------------------------------------
-
-void require(bool condition, const char* rule)
-{
-    if (condition)
-        return;
-    std::cerr << "broken rule: " << rule << std::endl;
-    std::_Exit(EXIT_FAILURE);
-}
 
 /** For what is never destroyed. */
 template <typename Object>

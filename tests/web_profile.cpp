@@ -13,7 +13,6 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
-#include <iostream>
 #include <string>
 #include <vector>
 
@@ -237,16 +236,6 @@ TEST_F(WebProfile, takes_any_text_for_a_cookie)
 }
 
 // --- Lives of processes: one has one profile, and the engine reads its flags once -----------------
-/** Ends the process, with success if `holds`. */
-[[noreturn]] void end(bool holds, const char* rule)
-{
-    if (!holds)
-        std::cerr << "broken rule: " << rule << std::endl;
-    M::destroy();
-    release_host();
-    std::_Exit(holds ? EXIT_SUCCESS : EXIT_FAILURE);
-}
-
 std::filesystem::path storage()
 {
     return std::getenv("MARLUNE_TEST_STORAGE");
@@ -278,7 +267,7 @@ void keep_a_cookie()
     }
     const bool is_sent = sends_the_cookie(server);
     // The engine writes its files now and then, and at the end.
-    end(is_sent && wait_until(stores_anything), "the cookie is sent, and files are written");
+    end_life(is_sent && wait_until(stores_anything), "the cookie is sent, and files are written");
 }
 
 void find_the_cookie()
@@ -290,7 +279,7 @@ void find_the_cookie()
         view->set_storage_path(storage());
         view->set_otr(false);
     }
-    end(sends_the_cookie(server), "the cookie of the last process is sent");
+    end_life(sends_the_cookie(server), "the cookie of the last process is sent");
 }
 
 void keep_nothing()
@@ -302,8 +291,8 @@ void keep_nothing()
         view->set_storage_path(storage());
         view->set_cookie("127.0.0.1", "/", "kept", "there", false, "default", in_an_hour());
     }
-    end(sends_the_cookie(server) && !stores_anything(),
-        "the cookie is sent, but nothing is stored");
+    end_life(sends_the_cookie(server) && !stores_anything(),
+             "the cookie is sent, but nothing is stored");
 }
 
 /** A name that is no local one: those count as encrypted. */
@@ -321,7 +310,7 @@ void send_secure_cookies()
     const std::string cookies =
         is_loaded ? server.requests("/").back().header("cookie") : "no request";
     view->destroy();
-    end(cookies == "plain=there", "a secure cookie is not sent in plain text");
+    end_life(cookies == "plain=there", "a secure cookie is not sent in plain text");
 }
 
 void switch_with_a_page_open()
@@ -338,7 +327,7 @@ void switch_with_a_page_open()
             holds = holds && view.evaluate("1 + 1") == "2" && view.go_to(server.url("/"));
         }
     }
-    end(holds, "the view goes on");
+    end_life(holds, "the view goes on");
 }
 
 const Lives LIVES = {

@@ -19,7 +19,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -54,15 +53,6 @@ bool may_make_namespaces()
 }
 
 // --- What happens in the processes -------------------------------------------------------------
-
-[[noreturn]] void end(bool holds, const std::string& rule)
-{
-    if (!holds)
-        std::cerr << "broken rule: " << rule << std::endl;
-    M::destroy();
-    release_host();
-    std::_Exit(holds ? EXIT_SUCCESS : EXIT_FAILURE);
-}
 
 /** What the kernel says of a process, as in "Seccomp: 2". */
 std::string status_of(const Process& process, const std::string& name)
@@ -99,7 +89,7 @@ Findings explore()
     HostWebView view;
     Findings findings;
     if (!view.open(server.url("/")))
-        end(false, "the page loads");
+        end_life(false, "the page loads");
     const auto text_of = [&](const std::string& url) {
         return view.evaluate("fetch('" + url + "').then(reply => reply.text())");
     };
@@ -116,7 +106,7 @@ Findings explore()
                 .has_value();
         });
         if (!is_told || other.requests("/secret").empty())
-            end(false, "the console says why the page learns nothing");
+            end_life(false, "the console says why the page learns nothing");
     }
     view->destroy();
     return findings;
@@ -127,20 +117,21 @@ void sandboxed()
     become_ordinary();
     opts::SANDBOXED = true;
     const Findings findings = explore();
-    end(findings.own == "\"own\"" && findings.secret.starts_with("threw TypeError")
-            && !findings.seccomp.empty()
-            && findings.seccomp.find_first_not_of("2 ") == std::string::npos,
-        "the page is guarded: it learns " + findings.secret + ", its filter is "
-            + findings.seccomp);
+    end_life(findings.own == "\"own\"" && findings.secret.starts_with("threw TypeError")
+                 && !findings.seccomp.empty()
+                 && findings.seccomp.find_first_not_of("2 ") == std::string::npos,
+             "the page is guarded: it learns " + findings.secret + ", its filter is "
+                 + findings.seccomp);
 }
 
 void unsandboxed()
 {
     const Findings findings = explore();
-    end(findings.own == "\"own\"" && findings.secret == "\"secret\"" && !findings.seccomp.empty()
-            && findings.seccomp.find_first_not_of("0 ") == std::string::npos,
-        "the page is not guarded: it learns " + findings.secret + ", its filter is "
-            + findings.seccomp);
+    end_life(findings.own == "\"own\"" && findings.secret == "\"secret\""
+                 && !findings.seccomp.empty()
+                 && findings.seccomp.find_first_not_of("0 ") == std::string::npos,
+             "the page is not guarded: it learns " + findings.secret + ", its filter is "
+                 + findings.seccomp);
 }
 
 const Lives LIVES = {

@@ -1,14 +1,23 @@
 #include "support/lives.h"
 
 #include "support/library.h"
+#include "support/vulkan_host.h"
+
+#include <marlune/app.h>
 
 #include <cstdlib>
+#include <iostream>
 
 namespace marlune::test {
 
 namespace {
 
 constexpr char life_option[] = "--life";
+
+void report_broken(const std::string& rule)
+{
+    std::cerr << "broken rule: " << rule << std::endl;
+}
 
 }  // namespace
 
@@ -36,6 +45,28 @@ testing::AssertionResult ends_cleanly(const std::string& name)
     for (const Process& process : result.left_behind)
         failure << ", leaves behind " << process.name;
     return failure << '\n' << result.error << result.out;
+}
+
+void require(bool holds, const std::string& rule)
+{
+    if (holds)
+        return;
+    report_broken(rule);
+    std::_Exit(EXIT_FAILURE);
+}
+
+void require(const testing::AssertionResult& outcome, const std::string& rule)
+{
+    require(bool(outcome), rule + "; " + outcome.message());
+}
+
+void end_life(bool holds, const std::string& rule)
+{
+    if (!holds)
+        report_broken(rule);
+    M::destroy();
+    release_host();
+    std::_Exit(holds ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
 int run_life_or_tests(int argc, char** argv, const Lives& lives)
