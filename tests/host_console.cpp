@@ -109,6 +109,29 @@ TEST_F(Console, lets_go_of_the_callback_with_the_view)
     EXPECT_TRUE(wait_until([&] { return token.use_count() == 1; }));
 }
 
+TEST_F(Console, lets_a_callback_keep_its_state)
+{
+    int last = 0;
+    view->set_func_javascript_console_log(
+        [&last, calls = 0](int, std::string, int, std::string) mutable { last = ++calls; });
+    emit_message("one");
+    emit_message("two");
+    emit_message("three");
+    EXPECT_EQ(last, 3);
+}
+
+TEST_F(Console, bears_a_callback_that_takes_its_view_along_when_it_is_replaced)
+{
+    struct Owner {
+        MView view;
+        ~Owner() { view.destroy(); }
+    };
+    view->set_func_javascript_console_log(
+        [owner = std::make_shared<Owner>(view.facade())](int, std::string, int, std::string) {});
+    view->set_func_javascript_console_log({});
+    EXPECT_EQ(view->get_resolution(), std::tuple(0u, 0u)) << "the view has gone";
+}
+
 TEST_F(Console, survives_a_callback_that_throws)
 {
     expect_message_matching("the host's own trouble");

@@ -1,7 +1,6 @@
 // The carried call: it completes exactly once, whatever becomes of it.
 
 #include "runtime/call.h"
-#include "runtime/host_callback.h"
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -261,19 +260,6 @@ TEST_F(Call, that_is_posted_and_throws_leaves_the_exception_to_the_loop)
     post<Target>("test", target.get(), [](Target&) { throw std::runtime_error("broken"); });
     QCoreApplication::processEvents();
     EXPECT_EQ(application().exceptions, 1);
-}
-
-TEST_F(Call, lets_a_copied_callback_replace_itself)
-{
-    std::function<void(int)> callback;
-    int calls = 0;
-    callback = [&](int) {
-        callback = nullptr;
-        ++calls;
-    };
-    call_host(target.get(), callback, 1);
-    call_host(target.get(), callback, 1);
-    EXPECT_EQ(calls, 1);
 }
 
 TEST(LiveObjects, forget_an_object_that_has_gone)

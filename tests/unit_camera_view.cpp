@@ -7,6 +7,7 @@
 #include "runtime/host_callback.h"
 #include "runtime/media_part.h"
 #include "support/fake_camera.h"
+#include "support/fill_slot.h"
 #include "support/message_log.h"
 #include "support/meta_methods.h"
 #include "support/qt_loop.h"
@@ -237,8 +238,8 @@ TEST_F(CameraViews, look_for_a_camera_when_their_turn_comes)
 TEST_F(CameraViews, look_for_a_camera_on_the_qt_thread)
 {
     std::thread::id told_on;
-    view->callbacks().error_occurred.exchange(CallbackSlot<void(int, std::string)>::store(
-        [&](int, const std::string&) { told_on = std::this_thread::get_id(); }));
+    fill(view->callbacks().error_occurred,
+         [&](int, const std::string&) { told_on = std::this_thread::get_id(); });
     std::thread host([&] { view->set_camera_hint(QStringLiteral("0")); });
     host.join();
     EXPECT_EQ(told_on, std::thread::id());
@@ -536,8 +537,7 @@ TEST_F(CameraViews, tell_the_host_before_the_scene)
                              [&] { order.push_back("scene"); });
     });
     view->install(QCameraDevice());
-    view->callbacks().active_changed.exchange(
-        CallbackSlot<void()>::store([&] { order.push_back("host"); }));
+    fill(view->callbacks().active_changed, [&] { order.push_back("host"); });
     emit view->camera()->activeChanged(true);
     EXPECT_EQ(order, (std::vector<std::string>{"host", "scene"}));
 }

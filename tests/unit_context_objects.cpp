@@ -462,6 +462,31 @@ TEST_F(ContextObject, lets_a_method_call_another_one)
     EXPECT_EQ(call(publish(), "outer", {}), QVariant(6));
 }
 
+TEST_F(ContextObject, keeps_what_a_callback_changes_of_itself)
+{
+    player.method(
+        "count", {}, [calls = 0](auto...) mutable { return single(++calls); }, INT);
+    int last = 0;
+    player.property("health", INT, single(1)).func_valueChanged_updateGodot =
+        [&last, calls = 0](PropertyInfoStd*) mutable { last = ++calls; };
+    DBAbstractContextObject& object = publish();
+    call(object, "count", {});
+    EXPECT_EQ(call(object, "count", {}), QVariant(2));
+    published_property("player.health").set_value(2);
+    published_property("player.health").set_value(3);
+    EXPECT_EQ(last, 2);
+}
+
+TEST_F(ContextObject, calls_what_the_host_has_put_in_a_callbacks_place)
+{
+    MethodInfoStd& method = player.method(
+        "f", {}, [](auto...) { return single(1); }, INT);
+    DBAbstractContextObject& object = publish();
+    EXPECT_EQ(call(object, "f", {}), QVariant(1));
+    method.func_call_method = [](auto...) { return single(2); };
+    EXPECT_EQ(call(object, "f", {}), QVariant(2));
+}
+
 TEST_F(ContextObject, may_be_withdrawn_and_its_records_freed_in_a_call_of_its_own)
 {
     auto records = std::make_unique<HostObject>("brief");

@@ -5,6 +5,7 @@
 #include "media/time_text.h"
 #include "media/video_view.h"
 #include "runtime/media_part.h"
+#include "support/fill_slot.h"
 #include "support/message_log.h"
 #include "support/meta_methods.h"
 #include "support/qt_loop.h"
@@ -617,8 +618,7 @@ TEST_F(VideoViews, tell_the_host_of_each_signal)
 TEST_F(VideoViews, tell_the_host_before_the_scene)
 {
     std::vector<std::string> order;
-    view->callbacks().duration_changed.exchange(
-        CallbackSlot<void(int64_t)>::store([&](int64_t) { order.push_back("host"); }));
+    fill(view->callbacks().duration_changed, [&](int64_t) { order.push_back("host"); });
     QObject::connect(view.get(), &VideoView::durationChanged, [&] { order.push_back("scene"); });
     emit view->player()->durationChanged(1);
     EXPECT_EQ(order, (std::vector<std::string>{"host", "scene"}));
@@ -645,49 +645,6 @@ TEST_F(VideoViews, do_without_callbacks)
     emit view->audio_output()->volumeChanged(1);
     emit view->player()->durationChanged(1);
     EXPECT_EQ(view->property("duration"), 1) << "it goes on as it was";
-}
-
-TEST(CallbackSlots, are_empty_for_an_empty_function)
-{
-    CallbackSlot<void(int)> slot;
-    EXPECT_EQ(slot.store({}), nullptr);
-    slot.call(nullptr, 1);
-    int sum = 0;
-    slot.exchange(slot.store([&](int value) { sum += value; }));
-    slot.call(nullptr, 2);
-    slot.exchange(slot.store({}));
-    slot.call(nullptr, 4);
-    EXPECT_EQ(sum, 2);
-}
-
-TEST(CallbackSlots, can_be_filled_while_they_are_called)
-{
-    CallbackSlot<void(int)> slot;
-    std::atomic<int> calls = 0;
-    std::atomic<bool> done = false;
-    std::thread host([&] {
-        for (int i = 0; i < 5000; ++i)
-            slot.exchange(
-                slot.store([&, big = std::string(100, 'x')](int) { calls += big.size() == 100; }));
-        done = true;
-    });
-    while (!done)
-        slot.call(nullptr, 1);
-    slot.call(nullptr, 1);
-    host.join();
-    EXPECT_GT(calls, 0);
-}
-
-TEST(CallbackSlots, let_a_function_replace_itself)
-{
-    CallbackSlot<void()> slot;
-    auto carried = std::make_shared<int>(1);
-    slot.exchange(slot.store([&slot, carried] {
-        slot.exchange(slot.store({}));
-        EXPECT_EQ(*carried, 1) << "it stays until it has returned";
-    }));
-    slot.call(nullptr);
-    EXPECT_EQ(carried.use_count(), 1);
 }
 
 // --- Metadata ----------------------------------------------------------------------------------------

@@ -1,6 +1,7 @@
 // The view behind a web view's facade, without its scene: what it shows to QML, what it starts with,
 // and what it makes of what the scene tells it.
 
+#include "support/fill_slot.h"
 #include "support/message_log.h"
 #include "support/qt_loop.h"
 #include "web/url_interceptor.h"
@@ -231,15 +232,15 @@ TEST_F(WebViewObject, allows_every_navigation_when_nobody_is_asked)
 {
     EXPECT_TRUE(view.navigation_handler(QStringLiteral("https://a.example/"),
                                         QStringLiteral("link_clicked")));
-    view.set_navigation_handler([](std::string, std::string) { return false; });
-    view.set_navigation_handler({});
+    fill(view.navigation_callback(), [](std::string, std::string) { return false; });
+    fill(view.navigation_callback(), {});
     EXPECT_TRUE(view.navigation_handler(QString(), QString()));
 }
 
 TEST_F(WebViewObject, asks_the_navigation_handler)
 {
     std::vector<std::pair<std::string, std::string>> asked;
-    view.set_navigation_handler([&](std::string url, std::string type) {
+    fill(view.navigation_callback(), [&](std::string url, std::string type) {
         asked.emplace_back(url, type);
         return url != "res://b/";
     });
@@ -252,19 +253,19 @@ TEST_F(WebViewObject, asks_the_navigation_handler)
 
 TEST_F(WebViewObject, refuses_the_navigation_when_the_handler_throws)
 {
-    view.set_navigation_handler(
-        [](std::string, std::string) -> bool { throw std::runtime_error("the host's trouble"); });
+    fill(view.navigation_callback(),
+         [](std::string, std::string) -> bool { throw std::runtime_error("the host's trouble"); });
     expect_message_matching("^WebView \\d+: the host's trouble");
     EXPECT_FALSE(view.navigation_handler(QStringLiteral("res://a/"), QStringLiteral("other")));
     expect_message_matching("unknown exception");
-    view.set_navigation_handler([](std::string, std::string) -> bool { throw 1; });
+    fill(view.navigation_callback(), [](std::string, std::string) -> bool { throw 1; });
     EXPECT_FALSE(view.navigation_handler(QStringLiteral("res://a/"), QStringLiteral("other")));
 }
 
 TEST_F(WebViewObject, tells_nobody_of_loading_when_there_is_nobody)
 {
     view.onLoadingChanged(2, QStringLiteral("res://a/"), QString(), QString(), 0);
-    view.set_loading_changed({});
+    fill(view.loading_callback(), {});
     view.onLoadingChanged(2, QStringLiteral("res://a/"), QString(), QString(), 0);
 }
 
@@ -276,8 +277,8 @@ TEST_F(WebViewObject, tells_of_loading_as_it_is_told)
         return [&list](int status, std::string url, std::string domain, std::string error,
                        int code) { list.emplace_back(status, url, domain, error, code); };
     };
-    view.set_loading_changed(write_to(replaced));
-    view.set_loading_changed(write_to(told));
+    fill(view.loading_callback(), write_to(replaced));
+    fill(view.loading_callback(), write_to(told));
     view.onLoadingChanged(3, QStringLiteral("res://\u00e4/"), QStringLiteral("dns"),
                           QStringLiteral("no \u20ac"), -105);
     view.onLoadingChanged(-1, QString(), QString(), QString(), 7);
@@ -289,7 +290,7 @@ TEST_F(WebViewObject, tells_of_loading_as_it_is_told)
 
 TEST_F(WebViewObject, goes_on_when_what_is_told_of_loading_throws)
 {
-    view.set_loading_changed([](int, std::string, std::string, std::string, int) {
+    fill(view.loading_callback(), [](int, std::string, std::string, std::string, int) {
         throw std::runtime_error("the host's trouble");
     });
     expect_message_matching("^WebView \\d+: the host's trouble");
@@ -301,8 +302,8 @@ TEST_F(WebViewObject, lets_go_of_its_callbacks_when_it_ends)
     const auto token = std::make_shared<int>();
     {
         WebView other;
-        other.set_navigation_handler([token](std::string, std::string) { return true; });
-        other.set_loading_changed([token](int, std::string, std::string, std::string, int) {});
+        fill(other.navigation_callback(), [token](std::string, std::string) { return true; });
+        fill(other.loading_callback(), [token](int, std::string, std::string, std::string, int) {});
         EXPECT_EQ(token.use_count(), 3);
     }
     EXPECT_EQ(token.use_count(), 1);

@@ -175,9 +175,9 @@ public:
     /** Zooms at a rate in powers of two a second; 0 for as fast as can be. Blocks, but not for the zooming. */
     void zoom_to(float factor, float rate) const;
 
-    // The callbacks: a member for each that sets who is told. Empty: nobody. They do not block, nor wait
-    // for a call that is under way; set them before the camera starts, to miss none. Called on the Qt
-    // thread.
+    // The callbacks: a member for each that sets the function to call. Empty: none. They do not wait for
+    // the Qt thread, only for a call of the former function that is under way, and in a callback not even
+    // for that. Set them before the camera starts, to miss none. Called on the Qt thread.
 #define MARLUNE_DECLARE_CAMERA_CALLBACK(kind, name, parameters, signal, slot) \
     void set_func_##name(std::function<void parameters> callback) const;
     MARLUNE_CAMERA_CALLBACKS(MARLUNE_DECLARE_CAMERA_CALLBACK)

@@ -141,8 +141,9 @@ public:
     std::vector<Metadata> get_video_tracks() const;
     std::vector<Metadata> get_subtitle_tracks() const;
 
-    // The callbacks: a member for each that sets who is told. Empty: nobody. They do not block, nor wait
-    // for a call that is under way; set them before playing begins, to miss none. Called on the Qt thread.
+    // The callbacks: a member for each that sets the function to call. Empty: none. They do not wait for
+    // the Qt thread, only for a call of the former function that is under way, and in a callback not even
+    // for that. Set them before playing begins, to miss none. Called on the Qt thread.
 #define MARLUNE_DECLARE_VIDEO_CALLBACK(source, name, parameters, signal, slot) \
     void set_func_on_##name(std::function<void parameters> callback) const;
     MARLUNE_VIDEO_CALLBACKS(MARLUNE_DECLARE_VIDEO_CALLBACK)

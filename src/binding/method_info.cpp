@@ -3,6 +3,7 @@
 #include "binding/conversions.h"
 #include "binding/type_names.h"
 #include "runtime/host_callback.h"
+#include "runtime/shared_function.h"
 
 #include <QDebug>
 #include <QStringList>
@@ -43,6 +44,8 @@ DBMethodInfo::DBMethodInfo(const QString& name, MethodInfoStd* record, QObject* 
         argument_names_.append(QString::fromStdString(argument.name));
         codes_.push_back(argument.type);
     }
+    // Calls are made on copies, since a call may free its record.
+    share(record->func_call_method);
 }
 
 DBMethodInfo::~DBMethodInfo()

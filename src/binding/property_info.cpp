@@ -3,6 +3,7 @@
 #include "binding/conversions.h"
 #include "binding/type_names.h"
 #include "runtime/host_callback.h"
+#include "runtime/shared_function.h"
 
 #include <QDebug>
 
@@ -22,6 +23,8 @@ DBPropertyInfo::DBPropertyInfo(const QString& object_name, const QString& name,
       record_(record),
       code_(record->type)
 {
+    // Calls are made on copies, since a call may free its record.
+    share(record->func_valueChanged_updateGodot);
 }
 
 QVariant DBPropertyInfo::value() const
@@ -49,7 +52,8 @@ void DBPropertyInfo::set_value(const QVariant& value)
     if (!record_)
         return;  // a listener has had it withdrawn
     if (record_->func_valueChanged_updateGodot) {
-        call_host(parent(), record_->func_valueChanged_updateGodot, record_);
+        const auto callback = record_->func_valueChanged_updateGodot;
+        call_host(parent(), callback, record_);
         return;
     }
     std::fprintf(stderr, "func_valueChanged_updateGodot nullptr! %s\n", key_.toStdString().c_str());

@@ -1,8 +1,8 @@
 #include "marlune/camera_view.h"
 
 #include "media/camera_view.h"
-#include "media/set_callback.h"
 #include "runtime/call.h"
+#include "runtime/set_callback.h"
 #include "views/view_factory.h"
 
 #include <QMetaEnum>
@@ -227,8 +227,10 @@ MARLUNE_POST(set_color_temperature, (int kelvin), setColorTemperature, kelvin)
 #define MARLUNE_DEFINE_CAMERA_CALLBACK(kind, name, parameters, signal, slot)         \
     void MCameraView::set_func_##name(std::function<void parameters> callback) const \
     {                                                                                \
-        set_callback<CameraView>("marlune::MCameraView::set_func_" #name, view_,     \
-                                 &CameraCallbacks::name, std::move(callback));       \
+        set_callback_in_place<CameraView>(                                           \
+            "marlune::MCameraView::set_func_" #name, view_,                          \
+            [](CameraView & view) -> auto& { return view.callbacks().name; },        \
+            std::move(callback));                                                    \
     }
 MARLUNE_CAMERA_CALLBACKS(MARLUNE_DEFINE_CAMERA_CALLBACK)
 #undef MARLUNE_DEFINE_CAMERA_CALLBACK

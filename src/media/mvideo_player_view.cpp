@@ -1,10 +1,10 @@
 #include "marlune/video_player_view.h"
 
 #include "media/metadata.h"
-#include "media/set_callback.h"
 #include "media/video_view.h"
 #include "runtime/call.h"
 #include "runtime/host_callback.h"
+#include "runtime/set_callback.h"
 #include "views/view_factory.h"
 
 #include <QMediaMetaData>
@@ -320,11 +320,12 @@ std::vector<MVideoPlayerView::Metadata> MVideoPlayerView::get_subtitle_tracks() 
                       [](QMediaPlayer& player) { return to_host(player.subtitleTracks()); });
 }
 
-#define MARLUNE_DEFINE_VIDEO_CALLBACK(source, name, parameters, signal, slot)                \
-    void MVideoPlayerView::set_func_on_##name(std::function<void parameters> callback) const \
-    {                                                                                        \
-        set_callback<VideoView>("marlune::MVideoPlayerView::set_func_on_" #name, view_,      \
-                                &VideoCallbacks::name, std::move(callback));                 \
+#define MARLUNE_DEFINE_VIDEO_CALLBACK(source, name, parameters, signal, slot)                      \
+    void MVideoPlayerView::set_func_on_##name(std::function<void parameters> callback) const       \
+    {                                                                                              \
+        set_callback_in_place<VideoView>(                                                          \
+            "marlune::MVideoPlayerView::set_func_on_" #name, view_,                                \
+            [](VideoView & view) -> auto& { return view.callbacks().name; }, std::move(callback)); \
     }
 MARLUNE_VIDEO_CALLBACKS(MARLUNE_DEFINE_VIDEO_CALLBACK)
 #undef MARLUNE_DEFINE_VIDEO_CALLBACK

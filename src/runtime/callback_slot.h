@@ -2,45 +2,125 @@
 
 #include "runtime/host_callback.h"
 
-#include <atomic>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <utility>
 
 namespace marlune {
+
+/** A function of the host, whatever its signature, and how many calls of it are under way. */
+class HostFunction {
+public:
+    using Owner = std::unique_ptr<HostFunction>;
+
+    HostFunction() = default;
+    virtual ~HostFunction() = default;
+    Q_DISABLE_COPY_MOVE(HostFunction)
+
+    /** The one lock of all slots and counts. Never held while code of the host runs. */
+    static std::mutex& mutex();
+
+    /** Under the lock. */
+    void enter() { ++calls_; }
+
+    /** Gives the function back where nobody else owns it any more. */
+    Owner leave();
+
+    /**
+     * Ends a function that no slot has any more, once no call of it is under way. In a callback, which
+     * may be such a call, that is left to the call.
+     */
+    static void let_go(Owner function);
+
+private:
+    int calls_ = 0;
+    Owner self_;
+};
 
 template <typename Signature>
 class CallbackSlot;
 
 /**
- * A place for a function of the host. Any thread may fill it, at any time, without waiting for the Qt
- * thread, which alone calls it: a call that is under way keeps the function that it has found.
+ * A place for a function of the host. Any thread may fill it, at any time; the Qt thread calls what it
+ * holds, itself and no copy of it, so that it keeps what it changes of itself.
  */
-template <typename... Parameters>
-class CallbackSlot<void(Parameters...)> {
+template <typename Result, typename... Parameters>
+class CallbackSlot<Result(Parameters...)> {
 public:
-    using Function = std::function<void(Parameters...)>;
-    using Stored = std::shared_ptr<const Function>;
+    using Function = std::function<Result(Parameters...)>;
 
-    /** What is to be stored; null for an empty function. */
-    static Stored store(Function function)
+    class Stored : public HostFunction {
+    public:
+        explicit Stored(Function function) : function(std::move(function)) {}
+
+        const Function function;
+    };
+
+    CallbackSlot() = default;
+
+    /** On the Qt thread. */
+    ~CallbackSlot()
     {
-        return function ? std::make_shared<const Function>(std::move(function)) : nullptr;
+        // The host's captures may take a view down as they go.
+        const HostCallbackScope scope;
+        HostFunction::let_go(exchange(nullptr));
     }
 
-    /** Returns what was there, whose end is the caller's: it may run code of the host. */
-    Stored exchange(Stored stored) { return stored_.exchange(std::move(stored)); }
+    Q_DISABLE_COPY_MOVE(CallbackSlot)
 
-    /** Does nothing when the slot is empty. */
-    template <typename... Arguments>
-    void call(QObject* caller, Arguments&&... arguments) const
+    /** What is to be stored; null for an empty function. */
+    static std::unique_ptr<Stored> store(Function function)
     {
-        if (const Stored stored = stored_.load())
-            call_host(caller, *stored, std::forward<Arguments>(arguments)...);
+        return function ? std::make_unique<Stored>(std::move(function)) : nullptr;
+    }
+
+    /** Returns what was there, for HostFunction::let_go(). */
+    std::unique_ptr<Stored> exchange(std::unique_ptr<Stored> stored)
+    {
+        const std::lock_guard lock(HostFunction::mutex());
+        return std::exchange(stored_, std::move(stored));
+    }
+
+    bool is_empty() const
+    {
+        const std::lock_guard lock(HostFunction::mutex());
+        return !stored_;
+    }
+
+    /** Gives a default value when the slot is empty, and when the host lets an exception out. */
+    template <typename... Arguments>
+    Result call(QObject* caller, Arguments&&... arguments)
+    {
+        // First, so that a function that ends with this call does so within it.
+        const HostCallbackScope scope;
+        const Call call(*this);
+        if (!call.stored)
+            return Result();
+        return call_host(caller, call.stored->function, std::forward<Arguments>(arguments)...);
     }
 
 private:
-    std::atomic<Stored> stored_;
+    /** Entered under the lock: whoever takes the function out afterwards knows of this call. */
+    struct Call {
+        explicit Call(const CallbackSlot& slot)
+        {
+            const std::lock_guard lock(HostFunction::mutex());
+            stored = slot.stored_.get();
+            if (stored)
+                stored->enter();
+        }
+        ~Call()
+        {
+            if (stored)
+                stored->leave();
+        }
+        Q_DISABLE_COPY_MOVE(Call)
+
+        Stored* stored;
+    };
+
+    std::unique_ptr<Stored> stored_;
 };
 
 }  // namespace marlune

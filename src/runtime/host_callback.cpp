@@ -10,8 +10,9 @@ namespace marlune {
 
 namespace {
 
-// Both belong to the Qt thread alone.
-int depth = 0;
+thread_local int depth = 0;
+
+/** Belongs to the Qt thread. */
 std::vector<std::function<void()>> deferred;
 
 void run_deferred()

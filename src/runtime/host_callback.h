@@ -20,6 +20,7 @@ public:
     ~HostCallbackScope();
     Q_DISABLE_COPY_MOVE(HostCallbackScope)
 
+    /** Whether the calling thread is in a callback. */
     static bool active();
 
     /** Runs the work at once, or from the event loop once the outermost callback has returned. */
@@ -37,20 +38,17 @@ void run_outside_callbacks(Object& object, Work work)
 }
 
 /**
- * Calls what the host has registered; a default value where it has registered nothing. An exception
- * that the host lets out is reported and ends here: script engines that may be on the stack cannot be
- * unwound.
+ * Calls a function of the host, itself and no copy of it, so that it keeps what it changes of itself: it
+ * must stay until it has returned. An exception that the host lets out is reported and ends here, and
+ * the result is a default value: script engines that may be on the stack cannot be unwound.
  */
 template <typename Result, typename... Parameters, typename... Arguments>
 Result call_host(QObject* caller, const std::function<Result(Parameters...)>& function,
                  Arguments&&... arguments)
 {
-    if (!function)
-        return Result();
     const HostCallbackScope scope;
     try {
-        const auto callback = function;  // which may replace itself
-        return callback(std::forward<Arguments>(arguments)...);
+        return function(std::forward<Arguments>(arguments)...);
     } catch (const std::exception& error) {
         report_exception(caller, error.what());
     } catch (...) {

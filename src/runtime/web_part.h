@@ -1,7 +1,8 @@
 #pragma once
 
+#include "runtime/callback_slot.h"
+
 #include <cstdint>
-#include <functional>
 #include <string>
 
 class QObject;
@@ -27,8 +28,7 @@ void close_pages();
 /** The one scheme handler, for calls that are carried to it; null before set_up_profile(). */
 QObject* scheme_handler();
 
-/** Replaces the function that serves the "res" scheme's files. On the Qt thread. */
-void set_resource_file(
-    std::function<uint8_t*(std::string path, bool& flag, uint64_t& size)> callback);
+/** Where the function is that serves the "res" scheme's files. After set_up_profile(). */
+CallbackSlot<uint8_t*(std::string path, bool& flag, uint64_t& size)>& resource_file();
 
 }  // namespace marlune::web_part

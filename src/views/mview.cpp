@@ -2,6 +2,7 @@
 
 #include "runtime/call.h"
 #include "runtime/host_callback.h"
+#include "runtime/set_callback.h"
 #include "runtime/web_part.h"
 #include "views/view.h"
 
@@ -163,20 +164,17 @@ void MView::key_event(uint32_t key, uint16_t action, const std::string& text) co
 
 void MView::set_func_javascript_console_log(JavaScriptConsoleLog callback) const
 {
-    call<View>("marlune::MView::set_func_javascript_console_log", view_, Delivery::Blocking,
-               [callback = std::move(callback)](View& view) mutable {
-                   view.set_javascript_console_log(std::move(callback));
-               });
+    set_callback<View>("marlune::MView::set_func_javascript_console_log", view_, Delivery::Blocking,
+                       &View::javascript_console_log, std::move(callback));
 }
 
 void MView::set_func_resource_file(ResourceFile callback) const
 {
     // A plain facade gets here without having waited for the start.
     M::ensure_qt_eventloop_is_running();
-    call<QObject>("marlune::MView::set_func_resource_file", web_part::scheme_handler(),
-                  Delivery::Blocking, [callback = std::move(callback)](QObject&) mutable {
-                      web_part::set_resource_file(std::move(callback));
-                  });
+    set_callback<QObject>(
+        "marlune::MView::set_func_resource_file", web_part::scheme_handler(), Delivery::Blocking,
+        [](QObject&) -> auto& { return web_part::resource_file(); }, std::move(callback));
 }
 
 void MView::set_func_resource_file_free(std::function<void()>) const

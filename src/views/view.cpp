@@ -219,16 +219,10 @@ void View::release_texture()
         rhi_ = nullptr;
 }
 
-void View::set_javascript_console_log(JavaScriptConsoleLog callback)
-{
-    console_log_ = std::move(callback);
-}
-
 void View::onJavaScriptConsoleMessage(int level, QString message, int line_number,
                                       QString source_id)
 {
-    call_host(this, console_log_, level, message.toStdString(), line_number,
-              source_id.toStdString());
+    console_log_.call(this, level, message.toStdString(), line_number, source_id.toStdString());
 }
 
 QString View::version() const

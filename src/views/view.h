@@ -1,5 +1,6 @@
 #pragma once
 
+#include "runtime/callback_slot.h"
 #include "runtime/live_objects.h"
 
 #include <QObject>
@@ -11,7 +12,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -46,7 +46,7 @@ class View : public QObject {
     Q_PROPERTY(qulonglong framesRendered READ frames_rendered NOTIFY frameRendered)
 
 public:
-    using JavaScriptConsoleLog = std::function<void(int, std::string, int, std::string)>;
+    using JavaScriptConsoleLog = CallbackSlot<void(int, std::string, int, std::string)>;
 
     /** `kind` is the start of the name by which messages call the view, as in "QuickView 3". */
     explicit View(const char* kind);
@@ -80,7 +80,7 @@ public:
     void mouse_wheel(QPointF position, int notches);
     void key_event(int key, quint16 action, QString text);
 
-    void set_javascript_console_log(JavaScriptConsoleLog callback);
+    JavaScriptConsoleLog& javascript_console_log() { return console_log_; }
 
     QString version() const;
     /** Empty until the scene's device stands. */

@@ -2,6 +2,7 @@
 
 #include "runtime/call.h"
 #include "runtime/host_callback.h"
+#include "runtime/set_callback.h"
 #include "views/view_factory.h"
 #include "web/profile.h"
 #include "web/web_view.h"
@@ -156,18 +157,14 @@ void MWebView::run_javascript(const std::string& script) const
 
 void MWebView::set_func_navigation_handler(NavigationHandler handler) const
 {
-    call<WebView>("marlune::MWebView::set_func_navigation_handler", view_, Delivery::Queued,
-                  [handler = std::move(handler)](WebView& view) mutable {
-                      view.set_navigation_handler(std::move(handler));
-                  });
+    set_callback<WebView>("marlune::MWebView::set_func_navigation_handler", view_, Delivery::Queued,
+                          &WebView::navigation_callback, std::move(handler));
 }
 
 void MWebView::set_func_loading_changed(LoadingChanged callback) const
 {
-    call<WebView>("marlune::MWebView::set_func_loading_changed", view_, Delivery::Queued,
-                  [callback = std::move(callback)](WebView& view) mutable {
-                      view.set_loading_changed(std::move(callback));
-                  });
+    set_callback<WebView>("marlune::MWebView::set_func_loading_changed", view_, Delivery::Queued,
+                          &WebView::loading_callback, std::move(callback));
 }
 
 #define MARLUNE_DEFINE_WEB_SETTING(type, name, property, initial, constness)            \

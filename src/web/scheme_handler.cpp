@@ -1,20 +1,12 @@
 #include "web/scheme_handler.h"
 
-#include "runtime/host_callback.h"
 #include "web/mime_types.h"
 
 #include <QBuffer>
 #include <QUrl>
 #include <QWebEngineUrlRequestJob>
 
-#include <utility>
-
 namespace marlune {
-
-void GodotSchemeHandler::set_resource_file(ResourceFile callback)
-{
-    m_resource_file = std::move(callback);
-}
 
 void GodotSchemeHandler::requestStarted(QWebEngineUrlRequestJob* job)
 {
@@ -25,14 +17,14 @@ void GodotSchemeHandler::requestStarted(QWebEngineUrlRequestJob* job)
         path += u"index.html";
         is_html = true;
     }
-    if (!m_resource_file) {
+    if (m_resource_file.is_empty()) {
         qWarning("m_resource_file not set, returning...");
         return;
     }
 
     bool flag = false;
     uint64_t size = 0;
-    const uint8_t* const bytes = call_host(this, m_resource_file, path.toStdString(), flag, size);
+    const uint8_t* const bytes = m_resource_file.call(this, path.toStdString(), flag, size);
     if (size == 0 || !bytes)
         return job->fail(QWebEngineUrlRequestJob::UrlNotFound);
 

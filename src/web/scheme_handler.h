@@ -1,11 +1,11 @@
 #pragma once
 
+#include "runtime/callback_slot.h"
 #include "runtime/live_objects.h"
 
 #include <QWebEngineUrlSchemeHandler>
 
 #include <cstdint>
-#include <functional>
 #include <string>
 
 namespace marlune {
@@ -18,10 +18,10 @@ class GodotSchemeHandler : public QWebEngineUrlSchemeHandler {
     Q_OBJECT
 
 public:
-    using ResourceFile = std::function<uint8_t*(std::string path, bool& flag, uint64_t& size)>;
+    using ResourceFile = CallbackSlot<uint8_t*(std::string path, bool& flag, uint64_t& size)>;
 
-    /** Replaces the function that gives the files' bytes. It is called on the Qt thread. */
-    void set_resource_file(ResourceFile callback);
+    /** The function that gives the files' bytes. */
+    ResourceFile& resource_file() { return m_resource_file; }
 
     void requestStarted(QWebEngineUrlRequestJob* job) override;
 

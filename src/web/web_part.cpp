@@ -12,8 +12,6 @@
 #include <QtWebEngineQuick>
 #include <QWebEngineUrlScheme>
 
-#include <utility>
-
 namespace marlune::web_part {
 
 namespace {
@@ -58,9 +56,9 @@ QObject* scheme_handler()
     return handler;
 }
 
-void set_resource_file(std::function<uint8_t*(std::string, bool&, uint64_t&)> callback)
+CallbackSlot<uint8_t*(std::string, bool&, uint64_t&)>& resource_file()
 {
-    handler->set_resource_file(std::move(callback));
+    return handler->resource_file();
 }
 
 }  // namespace marlune::web_part

@@ -272,16 +272,6 @@ void WebView::run_javascript(const QString& script)
     call_root("run_javascript", Q_ARG(QVariant, script));
 }
 
-void WebView::set_navigation_handler(NavigationHandler handler)
-{
-    navigation_handler_ = std::move(handler);
-}
-
-void WebView::set_loading_changed(LoadingChanged callback)
-{
-    loading_changed_ = std::move(callback);
-}
-
 bool WebView::register_object(const std::string& name, db::AbstractContextObjectStd* object)
 {
     if (manager_)
@@ -305,16 +295,16 @@ db::AbstractContextObjectStd* WebView::find_object(const std::string& name) cons
 
 bool WebView::navigation_handler(QString url, QString navigationType)
 {
-    if (!navigation_handler_)
+    if (navigation_handler_.is_empty())
         return true;
-    return call_host(this, navigation_handler_, url.toStdString(), navigationType.toStdString());
+    return navigation_handler_.call(this, url.toStdString(), navigationType.toStdString());
 }
 
 void WebView::onLoadingChanged(int status, QString url, QString errorDomain, QString errorString,
                                int errorCode)
 {
-    call_host(this, loading_changed_, status, url.toStdString(), errorDomain.toStdString(),
-              errorString.toStdString(), errorCode);
+    loading_changed_.call(this, status, url.toStdString(), errorDomain.toStdString(),
+                          errorString.toStdString(), errorCode);
 }
 
 }  // namespace marlune

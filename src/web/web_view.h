@@ -45,8 +45,8 @@ class WebView : public View {
     MARLUNE_WEB_SETTINGS(MARLUNE_WEB_SETTING_PROPERTY)
 
 public:
-    using NavigationHandler = std::function<bool(std::string, std::string)>;
-    using LoadingChanged = std::function<void(int, std::string, std::string, std::string, int)>;
+    using NavigationHandler = CallbackSlot<bool(std::string, std::string)>;
+    using LoadingChanged = CallbackSlot<void(int, std::string, std::string, std::string, int)>;
 
     WebView();
     ~WebView() override;
@@ -120,8 +120,14 @@ public:
     void reload_and_bypass_cache();
     void run_javascript(const QString& script);
 
-    void set_navigation_handler(NavigationHandler handler);
-    void set_loading_changed(LoadingChanged callback);
+    NavigationHandler& navigation_callback()
+    {
+        return navigation_handler_;
+    }
+    LoadingChanged& loading_callback()
+    {
+        return loading_changed_;
+    }
 
     bool register_object(const std::string& name, db::AbstractContextObjectStd* object);
     bool deregister_object(const std::string& name);

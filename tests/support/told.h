@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/fill_slot.h"
+
 #include <QDebug>
 #include <QString>
 
@@ -13,11 +15,11 @@ public:
     template <typename Slot>
     void follow(Slot& slot, const char* name)
     {
-        slot.exchange(Slot::store([this, name](const auto&... value) {
+        fill(slot, [this, name](const auto&... value) {
             QDebug stream(&text_);
             stream.noquote() << name;
             ((stream << value), ...);
-        }));
+        });
     }
 
     /** Since the last time. */

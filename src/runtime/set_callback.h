@@ -1,0 +1,54 @@
+#pragma once
+
+#include "runtime/call.h"
+#include "runtime/callback_slot.h"
+
+#include <type_traits>
+#include <utility>
+
+/**
+ * What each setter of a host's function does. Once it has returned, the function that was there before
+ * is not called any more; a setter in a callback does not wait for that callback to return. What the
+ * former function has captured ends on the setter's thread.
+ */
+namespace marlune {
+
+namespace detail {
+
+template <typename Target, typename SlotOf>
+using SlotType = std::remove_reference_t<std::invoke_result_t<SlotOf, Target&>>;
+
+/** `reach` hands what it is given the slot, or nothing where there is none. */
+template <typename Slot, typename Reach>
+void replace_callback(typename Slot::Function callback, Reach reach)
+{
+    auto stored = Slot::store(std::move(callback));
+    reach([&](Slot& slot) { stored = slot.exchange(std::move(stored)); });
+    HostFunction::let_go(std::move(stored));
+}
+
+}  // namespace detail
+
+/** Carries the function to its slot, in turn with the other calls. */
+template <typename Target, typename SlotOf, typename Function>
+void set_callback(const char* name, QObject* target, Delivery delivery, SlotOf slot_of,
+                  Function callback)
+{
+    using Slot = detail::SlotType<Target, SlotOf>;
+    detail::replace_callback<Slot>(std::move(callback), [&](const auto& replace) {
+        call<Target>(name, target, delivery,
+                     [&](Target& live) { replace(std::invoke(slot_of, live)); });
+    });
+}
+
+/** Puts the function into its slot from the caller's thread. */
+template <typename Target, typename SlotOf, typename Function>
+void set_callback_in_place(const char* name, QObject* target, SlotOf slot_of, Function callback)
+{
+    using Slot = detail::SlotType<Target, SlotOf>;
+    detail::replace_callback<Slot>(std::move(callback), [&](const auto& replace) {
+        visit<Target>(name, target, [&](Target& live) { replace(std::invoke(slot_of, live)); });
+    });
+}
+
+}  // namespace marlune
