@@ -3,8 +3,12 @@
 #include "support/host_view.h"
 #include "support/message_log.h"
 
+#include <marlune/app.h>
+
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -189,6 +193,63 @@ TEST_F(Console, refuses_to_load_from_a_callback)
     in_the_callback([&] { loaded = view.load("Quadrants"); });
     EXPECT_FALSE(loaded);
     EXPECT_TRUE(view.load("Quadrants"));
+}
+
+/** Lets the events come in that the callers give rise to meanwhile. */
+template <typename Serve>
+void serve_a_while(Serve serve)
+{
+    for (int i = 0; i < 200; ++i) {
+        serve();
+        std::this_thread::yield();
+    }
+}
+
+TEST_F(Console, keeps_the_calls_of_other_threads_waiting_while_a_callback_serves_events)
+{
+    const std::function<void()> ways_to_serve_events[] = {
+        [] { M::processEvents(); },
+        [this] { view->key_event(0, 1, ""); },
+    };
+    for (const auto& serve : ways_to_serve_events) {
+        HostView other;
+        ASSERT_TRUE(other.load("Quadrants"));
+        const MView stale = other.facade();
+        std::thread caller;
+        std::atomic<bool> calls = false, destroyed = false;
+        in_the_callback([&] {
+            caller = std::thread([&] {
+                calls = true;
+                other->destroy();
+                destroyed = true;
+            });
+            while (!calls)
+                std::this_thread::yield();
+            serve_a_while(serve);
+            EXPECT_FALSE(destroyed) << "it cannot have happened yet";
+            EXPECT_NE(stale.get_texture(), 0u);
+        });
+        caller.join();
+        EXPECT_EQ(stale.get_texture(), 0u);
+    }
+}
+
+TEST_F(Console, lets_other_threads_load_while_a_callback_serves_events)
+{
+    HostView other;
+    std::thread caller;
+    std::atomic<bool> calls = false, loaded = false;
+    in_the_callback([&] {
+        caller = std::thread([&] {
+            calls = true;
+            loaded = other.load("Quadrants");
+        });
+        while (!calls)
+            std::this_thread::yield();
+        serve_a_while([] { M::processEvents(); });
+    });
+    caller.join();
+    EXPECT_TRUE(loaded);
 }
 
 TEST_F(Console, lets_a_callback_make_and_destroy_a_view)

@@ -1,9 +1,14 @@
 // The carried call: it completes exactly once, whatever becomes of it.
 
 #include "runtime/call.h"
+#include "runtime/host_callback.h"
+#include "support/message_log.h"
+
+#include "marlune/app.h"
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QScopedValueRollback>
 #include <QThread>
 
 #include <gtest/gtest.h>
@@ -260,6 +265,116 @@ TEST_F(Call, that_is_posted_and_throws_leaves_the_exception_to_the_loop)
     post<Target>("test", target.get(), [](Target&) { throw std::runtime_error("broken"); });
     QCoreApplication::processEvents();
     EXPECT_EQ(application().exceptions, 1);
+}
+
+// --- Calls that come while a callback of the host lets events be served ------------------------------
+
+class CallDuringACallback : public Call {
+protected:
+    /** Runs `callback` as one that lets events be served once the caller's call is there. */
+    template <typename Caller, typename Callback>
+    void serve_in_a_callback(Caller caller, Callback callback)
+    {
+        std::atomic<bool> done = false;
+        std::thread thread([&] {
+            caller();
+            done = true;
+        });
+        {
+            const HostCallbackScope scope;
+            while (!target->has_calls_waiting())
+                std::this_thread::yield();
+            QCoreApplication::processEvents();
+            EXPECT_FALSE(done) << "it is told that its call is over before it has happened";
+            callback();
+        }
+        while (!done)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        thread.join();
+    }
+
+    QObject stand_in;
+    const QScopedValueRollback<void*> context{MARLUNE_CTX, &stand_in};
+};
+
+TEST_F(CallDuringACallback, runs_once_the_callback_has_returned)
+{
+    for (const Delivery delivery : {Delivery::Blocking, Delivery::Queued}) {
+        bool under_the_callback = true;
+        int result = 0;
+        serve_in_a_callback(
+            [&] {
+                result = call<Target>("test", target.get(), delivery, -1, [&](Target& target) {
+                    under_the_callback = HostCallbackScope::active();
+                    return target.answer;
+                });
+            },
+            [] {});
+        EXPECT_FALSE(under_the_callback);
+        EXPECT_EQ(result, 42);
+    }
+}
+
+TEST_F(CallDuringACallback, gives_the_default_when_the_target_goes_before_its_turn)
+{
+    int result = 0;
+    serve_in_a_callback(
+        [&] {
+            result = call<Target>("test", target.get(), Delivery::Blocking, -1,
+                                  [](Target& target) { return target.answer; });
+        },
+        [&] { run_outside_callbacks(*target, [&](Target&) { target.reset(); }); });
+    EXPECT_EQ(result, 42) << "it came before the end of its target";
+
+    target = std::make_unique<Target>();
+    serve_in_a_callback(
+        [&] {
+            result = call<Target>("test", target.get(), Delivery::Blocking, -1,
+                                  [](Target& target) { return target.answer; });
+        },
+        [&] { target.reset(); });
+    EXPECT_EQ(result, -1);
+}
+
+TEST_F(CallDuringACallback, keeps_its_place_before_those_that_come_later)
+{
+    std::string order;
+    const auto note = [&](char letter) { return [&order, letter](Target&) { order += letter; }; };
+    serve_in_a_callback(
+        [&] {
+            post<Target>("test", target.get(), note('a'));
+            call<Target>("test", target.get(), Delivery::Queued, note('b'));
+        },
+        [&] { post<Target>("test", target.get(), note('c')); });
+    QCoreApplication::processEvents();
+    EXPECT_EQ(order, "abc");
+}
+
+TEST_F(CallDuringACallback, is_not_lost_when_one_before_it_throws)
+{
+    int runs = 0;
+    expect_message_matching("broken");
+    expect_message_matching("unknown exception");
+    serve_in_a_callback(
+        [&] {
+            post<Target>("test", target.get(), [](Target&) { throw std::runtime_error("broken"); });
+            post<Target>("test", target.get(), [](Target&) { throw 1; });
+            call<Target>("test", target.get(), Delivery::Blocking, [&](Target&) { ++runs; });
+        },
+        [] {});
+    EXPECT_EQ(runs, 1);
+}
+
+TEST_F(CallDuringACallback, is_over_when_what_waits_is_dropped)
+{
+    int result = 0;
+    serve_in_a_callback(
+        [&] {
+            result = call<Target>("test", target.get(), Delivery::Blocking, -1,
+                                  [](Target& target) { return target.answer; });
+        },
+        [] { HostCallbackScope::discard_waiting(); });
+    EXPECT_EQ(result, -1);
 }
 
 TEST(LiveObjects, forget_an_object_that_has_gone)

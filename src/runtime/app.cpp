@@ -2,6 +2,7 @@
 
 #include "runtime/application.h"
 #include "runtime/context.h"
+#include "runtime/host_callback.h"
 #include "runtime/live_objects.h"
 #include "runtime/media_part.h"
 #include "runtime/qt_thread.h"
@@ -97,6 +98,7 @@ void close_calls()
     LiveObjects::instance().close();
     QCoreApplication::sendPostedEvents();
     QCoreApplication::removePostedEvents(nullptr);
+    HostCallbackScope::discard_waiting();
 }
 
 /**

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "runtime/host_callback.h"
 #include "runtime/live_objects.h"
 #include "runtime/qt_thread.h"
 #include "runtime/trace.h"
 
 #include <QSemaphore>
 
-#include <exception>
 #include <functional>
 #include <optional>
 #include <type_traits>
@@ -101,8 +101,10 @@ private:
 template <typename Target, typename Result, typename Work>
 void carry(QObject* target, Delivery delivery, Outcome<Result>& outcome, Work&& work)
 {
-    LiveObjects::instance().post(
-        target, CarriedCall<Result, Target, Work>(target, delivery, outcome, std::move(work)));
+    CarriedCall<Result, Target, Work> carried(target, delivery, outcome, std::move(work));
+    LiveObjects::instance().post(target, [target, carried = std::move(carried)]() mutable {
+        run_in_turn(*target, carried);
+    });
     outcome.completed.acquire();
 }
 
@@ -117,8 +119,8 @@ auto call_in_place(QObject* object, const Fallback& fallback, Work&& work)
         return fallback();
     try {
         return std::invoke(work, *target);
-    } catch (const std::exception& error) {
-        report_exception(object, error.what());
+    } catch (...) {
+        report_exception(object);
         return fallback();
     }
 }
@@ -168,9 +170,12 @@ template <typename Target, typename Work>
 void post(const char* name, QObject* target, Work work)
 {
     trace(name, "M");
-    LiveObjects::instance().post(target, [target, work = std::move(work)]() mutable {
+    auto carried = [target, work = std::move(work)]() mutable {
         if (auto* const live = qobject_cast<Target*>(target))
             std::invoke(work, *live);
+    };
+    LiveObjects::instance().post(target, [target, carried = std::move(carried)]() mutable {
+        run_in_turn(*target, carried);
     });
 }
 

@@ -4,7 +4,7 @@
 
 #include <QMetaObject>
 
-#include <vector>
+#include <deque>
 
 namespace marlune {
 
@@ -12,14 +12,13 @@ namespace {
 
 thread_local int depth = 0;
 
-/** Belongs to the Qt thread. */
-std::vector<std::function<void()>> deferred;
+struct Waiting {
+    std::function<void()> work;
+    QPointer<QObject> receiver;
+};
 
-void run_deferred()
-{
-    for (const auto& work : std::exchange(deferred, {}))
-        HostCallbackScope::run_outside(work);
-}
+/** Belongs to the Qt thread. */
+std::deque<Waiting> all_waiting;
 
 }  // namespace
 
@@ -30,10 +29,10 @@ HostCallbackScope::HostCallbackScope()
 
 HostCallbackScope::~HostCallbackScope()
 {
-    if (--depth > 0 || deferred.empty())
+    if (--depth > 0 || !any_waiting())
         return;
     auto* const context = static_cast<QObject*>(MARLUNE_CTX);
-    QMetaObject::invokeMethod(context, run_deferred, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(context, &HostCallbackScope::run_waiting, Qt::QueuedConnection);
 }
 
 bool HostCallbackScope::active()
@@ -41,12 +40,41 @@ bool HostCallbackScope::active()
     return depth > 0;
 }
 
-void HostCallbackScope::run_outside(std::function<void()> work)
+void HostCallbackScope::run_outside(std::function<void()> work, QObject* receiver)
 {
     if (active())
-        deferred.push_back(std::move(work));
+        put_off(std::move(work), receiver);
     else
         work();
+}
+
+void HostCallbackScope::discard_waiting()
+{
+    all_waiting.clear();
+}
+
+bool HostCallbackScope::any_waiting()
+{
+    return !all_waiting.empty();
+}
+
+void HostCallbackScope::put_off(std::function<void()> work, QObject* receiver)
+{
+    all_waiting.push_back({std::move(work), receiver});
+}
+
+/** One by one: each may wait for the next, and what one throws is no reason to lose the others. */
+void HostCallbackScope::run_waiting()
+{
+    while (!active() && any_waiting()) {
+        const Waiting next = std::move(all_waiting.front());
+        all_waiting.pop_front();
+        try {
+            next.work();
+        } catch (...) {
+            report_exception(next.receiver);
+        }
+    }
 }
 
 }  // namespace marlune

@@ -4,8 +4,8 @@
 
 #include <QPointer>
 
-#include <exception>
 #include <functional>
+#include <memory>
 #include <utility>
 
 namespace marlune {
@@ -23,18 +23,54 @@ public:
     /** Whether the calling thread is in a callback. */
     static bool active();
 
-    /** Runs the work at once, or from the event loop once the outermost callback has returned. */
-    static void run_outside(std::function<void()> work);
+    /**
+     * Runs the work at once, or from the event loop once the outermost callback has returned. What it
+     * throws then is reported as of `receiver`.
+     */
+    static void run_outside(std::function<void()> work, QObject* receiver = nullptr);
+
+    /** Drops what waits for a callback to return. */
+    static void discard_waiting();
+
+private:
+    template <typename Work>
+    friend void run_in_turn(QObject& target, Work& work);
+
+    static bool any_waiting();
+    static void put_off(std::function<void()> work, QObject* receiver);
+    static void run_waiting();
 };
 
 /** Like run_outside(), for work on an object that may be gone by then. */
 template <typename Object, typename Work>
 void run_outside_callbacks(Object& object, Work work)
 {
-    HostCallbackScope::run_outside([guarded = QPointer<Object>(&object), work = std::move(work)] {
-        if (guarded)
-            work(*guarded);
-    });
+    HostCallbackScope::run_outside(
+        [guarded = QPointer<Object>(&object), work = std::move(work)] {
+            if (guarded)
+                work(*guarded);
+        },
+        &object);
+}
+
+/**
+ * Runs what another thread has queued on the target. A callback that lets events be served must not have
+ * the work run under it: the rules for the calls of a callback are not meant for other threads. Such work
+ * waits for the callback to return, keeps its place, and is dropped where its target goes.
+ */
+template <typename Work>
+void run_in_turn(QObject& target, Work& work)
+{
+    if (!HostCallbackScope::active() && !HostCallbackScope::any_waiting())
+        return work();
+    const auto waiting = std::make_shared<Work>(std::move(work));
+    HostCallbackScope::put_off(
+        [guarded = QPointer<QObject>(&target), waiting] {
+            if (guarded)
+                (*waiting)();
+        },
+        &target);
+    HostCallbackScope::run_waiting();
 }
 
 /**
@@ -49,8 +85,6 @@ Result call_host(QObject* caller, const std::function<Result(Parameters...)>& fu
     const HostCallbackScope scope;
     try {
         return function(std::forward<Arguments>(arguments)...);
-    } catch (const std::exception& error) {
-        report_exception(caller, error.what());
     } catch (...) {
         report_exception(caller, "a host callback has thrown an unknown exception");
     }
