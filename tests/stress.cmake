@@ -1,7 +1,7 @@
 # The endurance tests. Each program is registered twice: in its brief form, which is a part of every
 # run, and in its full one, <name>_soak, which is not (./dev soak).
 
-add_library(marlune_endurance_support STATIC support/any_call.cpp support/endurance.cpp support/memory.cpp)
+add_library(marlune_endurance_support STATIC support/any_call.cpp support/endurance.cpp)
 marlune_configure_target(marlune_endurance_support)
 set_target_properties(marlune_endurance_support PROPERTIES AUTOMOC OFF)
 target_link_libraries(marlune_endurance_support PUBLIC marlune_test_support)

@@ -2,6 +2,7 @@
 // screen. All of it is drawn inside the view.
 
 #include "support/http_server.h"
+#include "support/memory.h"
 #include "support/message_log.h"
 #include "support/overlay.h"
 
@@ -112,6 +113,48 @@ TEST_F(PagePopups, a_list_that_is_longer_than_the_view_is_drawn_smaller)
     EXPECT_TRUE(view.wait_for_console("chose green"));
 }
 
+TEST_F(PagePopups, a_list_that_is_too_wide_to_read_is_cut_with_an_ellipsis)
+{
+    show(LIST);
+    view.run("for (const option of s) option.label = 'x'.repeat(30000);"
+             "s.style.width = '200px'; s.style.fontSize = '100px'");
+    ASSERT_TRUE(is_eventually("s.offsetWidth", "200"));
+    const double before = holdings_with_descendants().resident_kib;
+    view.click(LIST_X, LIST_Y);
+    ASSERT_TRUE(shows(view, GREEN));
+    const Sighting green = find_colour(view.picture(), GREEN);
+    EXPECT_LT(green.left, 20u);
+    EXPECT_GT(green.bottom - green.top, 15u) << "it is too small to be read";
+    // The colour of the right edge, behind the ellipsis.
+    const Sighting edge = find_colour(view.picture(), CARD);
+    EXPECT_GT(edge.left, 560u);
+    EXPECT_GT(edge.right, 620u);
+    EXPECT_LT(holdings_with_descendants().resident_kib - before, 200 * 1024.0);
+    ASSERT_TRUE(click_on(view, GREEN));
+    EXPECT_TRUE(view.wait_for_console("chose green"));
+    EXPECT_TRUE(shows_no(view, CARD));
+}
+
+TEST_F(PagePopups, a_list_of_any_size_stays_within_bounds)
+{
+    show(LIST);
+    // The engine's own colour for the chosen row.
+    constexpr Colour CHOSEN{0x19, 0x67, 0xd2, 255};
+    const double before = holdings_with_descendants().resident_kib;
+    for (const char* font : {"1000px", "10000px"}) {
+        view.run(std::string("s.style.width = '200px'; s.style.height = '60px';"
+                             "while (s.length < 20) s.add(s[0].cloneNode(true));"
+                             "s.style.fontSize = '")
+                 + font + "'");
+        ASSERT_TRUE(is_eventually("getComputedStyle(s).fontSize", '"' + std::string(font) + '"'));
+        view.click(LIST_X, LIST_Y);
+        ASSERT_TRUE(shows(view, CHOSEN, 1000));
+        EXPECT_LT(holdings_with_descendants().resident_kib - before, 200 * 1024.0);
+        press_key(view, KEY_ESCAPE);
+        ASSERT_TRUE(shows_no(view, CHOSEN));
+    }
+}
+
 TEST_F(PagePopups, a_list_goes_with_the_view)
 {
     for (const bool reset : {true, false}) {
@@ -167,6 +210,26 @@ TEST_F(PagePopups, suggestions_can_be_read_and_chosen)
     ASSERT_TRUE(wait_until([&] { return dark_pixels() > 100; })) << keep_picture(view.picture());
     view.click(140, 100);
     EXPECT_TRUE(is_eventually("i.value", "\"WWWWWWWW\""));
+}
+
+TEST_F(PagePopups, suggestions_of_any_length_stay_within_bounds)
+{
+    show("<input id=i list=l style='position:fixed;left:100px;top:50px;width:200px;height:40px'>"
+         "<datalist id=l></datalist>");
+    ASSERT_EQ(view.evaluate("void l.append(...Array.from({length: 600}, "
+                            "(_, n) => new Option('x'.repeat(150000) + n)),"
+                            "new Option('x'.repeat(900)))"),
+              "undefined");
+    const double before = holdings_with_descendants().resident_kib;
+    view.click(150, 70);
+    view.type_text("x");
+    const auto is_shown = [&] {
+        view.draw_frame();
+        // Their frame, at the left.
+        return !is_close(view.picture().pixel(100, 300), WHITE, 20);
+    };
+    EXPECT_TRUE(wait_until(is_shown)) << keep_picture(view.picture());
+    EXPECT_LT(holdings_with_descendants().resident_kib - before, 300 * 1024.0);
 }
 
 TEST_F(PagePopups, the_menu_reloads_the_page)

@@ -1,12 +1,14 @@
 #include "web/popup_catcher.h"
 
 #include "runtime/application.h"
+#include "web/cut_edge.h"
 
 #include <QPointer>
 #include <QQuickItem>
 #include <QQuickWindow>
 
 #include <algorithm>
+#include <cmath>
 
 namespace marlune {
 
@@ -22,6 +24,38 @@ QQuickItem* page_at(QQuickItem* item, QPointF point)
     }
     const bool is_page = item->isVisible() && item->inherits("QQuickWebEngineView");
     return is_page && item->contains(item->mapFromScene(point)) ? item : nullptr;
+}
+
+// A popup that is longer or wider than the view is drawn smaller, but not beyond these scales.
+constexpr qreal smallest_for_length = 0.25;
+constexpr qreal smallest_for_width = 0.5;
+
+/** How a popup gets into the view. */
+struct Fit {
+    QSizeF size;  // of the popup itself
+    qreal scale = 1;
+    bool cut = false;  // at the right
+};
+
+/**
+ * The engine knows the screen, but not the view: to it there is always room enough, and a page can want
+ * a popup of any size. Nor can the engine be told, so what is too large is drawn smaller; what would
+ * be too narrow to read then is cut.
+ */
+Fit fit(QSizeF wanted, QSizeF room)
+{
+    Fit result{wanted};
+    if (wanted.isEmpty() || room.isEmpty())
+        return result;
+    const qreal wide = room.width() / wanted.width();
+    result.cut = wide < smallest_for_width;
+    result.scale = std::clamp(room.height() / wanted.height(), smallest_for_length, 1.0);
+    if (result.cut)
+        result.size.setWidth(room.width() / std::max(result.scale, smallest_for_width));
+    else
+        result.scale = std::min(result.scale, wide);
+    result.size.setHeight(std::min(wanted.height(), std::ceil(room.height() / result.scale)));
+    return result;
 }
 
 /** Where a popup of this length begins, so that it ends inside the view if there is any room. */
@@ -67,12 +101,19 @@ private:
         content_ = popup->contentItem()->childItems().first();
         content_->setParentItem(page ? page : scene->contentItem());
         content_->setZ(1);
+        // The engine makes frames of the size that its item has once all have heard of a new one. So
+        // it is to be bounded at once: when the window changes, it is too late.
+        connect(content_, &QQuickItem::widthChanged, this, &Popup::bound);
+        connect(content_, &QQuickItem::heightChanged, this, &Popup::bound);
         place();
     }
 
     void give_content_back()
     {
         auto* const popup = qobject_cast<QQuickWindow*>(window_);
+        edge_.hide();
+        if (content_)
+            content_->disconnect(this);
         if (content_ && popup)
             content_->setParentItem(popup->contentItem());
         content_ = nullptr;
@@ -83,25 +124,36 @@ private:
         if (!content_ || !content_->parentItem())
             return;
         const QQuickItem& page = *content_->parentItem();
-        const QSizeF size(window_->size());
         // A calendar that changes its size moves its window to the corner as well.
         if (!window_->position().isNull())
             anchor_ = window_->position();
         const QPointF at = page.mapFromGlobal(anchor_);
-        // The engine knows the screen, but not the view: to it there is always room enough. Nor can
-        // it be told, so what is too large is drawn smaller.
-        const qreal scale =
-            std::min({1.0, page.width() / size.width(), page.height() / size.height()});
+        // The window also follows what its content has been given here: that is no new wish.
+        if (window_->size() != given_)
+            wanted_ = window_->size();
+        const Fit found = fit(wanted_, page.size());
+        given_ = found.size.toSize();
+        const QSizeF drawn = found.size * found.scale;
         content_->setTransformOrigin(QQuickItem::TopLeft);
-        content_->setScale(scale);
-        content_->setSize(size);
-        content_->setPosition({kept_inside(at.x(), size.width() * scale, page.width()),
-                               kept_inside(at.y(), size.height() * scale, page.height())});
+        content_->setScale(found.scale);
+        content_->setSize(found.size);
+        content_->setPosition({kept_inside(at.x(), drawn.width(), page.width()),
+                               kept_inside(at.y(), drawn.height(), page.height())});
+        found.cut ? edge_.mark(*content_, found.scale) : edge_.hide();
+    }
+
+    void bound()
+    {
+        if (content_ && content_->parentItem())
+            content_->setSize(fit(content_->size(), content_->parentItem()->size()).size);
     }
 
     QWindow* const window_;
     QPoint anchor_;
+    QSize wanted_;
+    QSize given_;
     QPointer<QQuickItem> content_;
+    CutEdge edge_;
 };
 
 void catch_popup(QObject* parent, QObject* child)
