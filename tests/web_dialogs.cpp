@@ -198,6 +198,21 @@ TEST_F(PageDialogs, show_a_long_text_within_the_view)
     EXPECT_TRUE(view.wait_for_console("after"));
 }
 
+TEST_F(PageDialogs, show_the_beginning_of_a_text_without_end)
+{
+    // Without blanks it takes minutes to be laid out whole.
+    show("<script>const endless = 'x'.repeat(30e6)</script>");
+    for (const char* asking :
+         {"alert(endless)", "alert('a\\n'.repeat(10e6))", "prompt('', endless)"}) {
+        start("const answer = " + std::string(asking) + "; console.log('said ' + answer?.length)");
+        ASSERT_TRUE(shows(view, ACCEPT));
+        EXPECT_LT(find_colour(view.picture(), CARD).bottom, SIZE.height - 3);
+        view.type_text("\n");
+        const bool prompts = std::string(asking).starts_with("prompt");
+        EXPECT_TRUE(view.wait_for_console(prompts ? "said 2001" : "said undefined"));
+    }
+}
+
 TEST_F(PageDialogs, fit_into_the_smallest_view)
 {
     HostWebView small({256, 256});

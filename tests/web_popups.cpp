@@ -39,6 +39,22 @@ protected:
         return testing::AssertionFailure() << expression << " is " << last << ", not " << value;
     }
 
+    bool has_tip()
+    {
+        view.draw_frame();
+        return find_colour(view.picture(), TIP, 12).count > 100;
+    }
+
+    testing::AssertionResult shows_tip()
+    {
+        if (wait_until([&] { return has_tip(); }))
+            return testing::AssertionSuccess();
+        return testing::AssertionFailure() << "no tool tip; see " << keep_picture(view.picture());
+    }
+
+    // Over white, it lets a little of that through.
+    static constexpr Colour TIP{19, 31, 50, 255};
+
 private:
     WindowWatch watch_;
 
@@ -325,21 +341,25 @@ TEST_F(PagePopups, a_tool_tip_shows_beside_the_mouse_and_goes_when_it_leaves)
 {
     show("<div title='What this is for' style='position:fixed;left:100px;top:100px;width:100px;"
          "height:100px;background:#eee'></div>");
-    // Over white, it lets a little of that through.
-    constexpr Colour TIP{19, 31, 50, 255};
     view.move(140, 140);
     view.draw_frame();
     view.move(150, 150);
-    const auto is_shown = [&] {
-        view.draw_frame();
-        return find_colour(view.picture(), TIP, 12).count > 100;
-    };
-    ASSERT_TRUE(wait_until(is_shown)) << keep_picture(view.picture());
+    ASSERT_TRUE(shows_tip());
     const Sighting tip = find_colour(view.picture(), TIP, 12);
     EXPECT_NEAR(tip.left, 150, 8);
     EXPECT_NEAR(tip.top, 172, 8);
     view.move(400, 300);
-    EXPECT_TRUE(wait_until([&] { return !is_shown(); })) << keep_picture(view.picture());
+    EXPECT_TRUE(wait_until([&] { return !has_tip(); })) << keep_picture(view.picture());
+}
+
+TEST_F(PagePopups, a_tool_tip_shows_the_beginning_of_a_text_without_end)
+{
+    show("<div id=d style='position:fixed;left:100px;top:100px;width:100px;height:100px;"
+         "background:#eee'></div><script>d.title = 'x'.repeat(20e6)</script>");
+    view.move(140, 140);
+    view.draw_frame();
+    view.move(150, 150);
+    EXPECT_TRUE(shows_tip());
 }
 
 TEST_F(PagePopups, an_element_fills_the_view_until_escape)

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -201,6 +202,26 @@ TEST_F(PageRequests, a_page_cannot_become_the_handler_of_a_scheme)
     expect_message_matching("asked for links that begin with \"web\\+moon:\"; refused$");
     on_click("navigator.registerProtocolHandler('web+moon', '/?%s')");
     EXPECT_TRUE(view.draw_until(all_expected_messages_came));
+}
+
+TEST_F(PageRequests, the_console_gets_the_beginning_of_a_text_without_end)
+{
+    open();
+    view.run("console.log('x'.repeat(5e6)); setTimeout(() => { throw 'y'.repeat(5e6) })");
+    const auto wait_for_start = [&](const std::string& start) {
+        std::optional<ConsoleRecord> found;
+        view.draw_until([&] {
+            return (found = view.console().take_first([&](const ConsoleRecord& record) {
+                       return record.message.starts_with(start);
+                   }))
+                .has_value();
+        });
+        return found ? found->message : "nothing";
+    };
+    // The last of them is an ellipsis, of three bytes.
+    constexpr size_t LONGEST = 65'536 + 3;
+    EXPECT_EQ(wait_for_start("xxx").size(), LONGEST);
+    EXPECT_EQ(wait_for_start("Uncaught yyy").size(), LONGEST);
 }
 
 }  // namespace marlune::test

@@ -196,7 +196,10 @@ public:
      */
     void key_event(uint32_t key, uint16_t action, const std::string& text) const;
 
-    /** Sets what is told of the console messages of scripts, on the Qt thread. Empty: nobody. Blocks. */
+    /**
+     * Sets what is told of the console messages of scripts, on the Qt thread. Empty: nobody. Blocks.
+     * Of messages of web pages come 65,536 characters, and an ellipsis for what is left out.
+     */
     void set_func_javascript_console_log(JavaScriptConsoleLog callback) const;
 
     /**

@@ -29,7 +29,7 @@ DialogCard {
     Text {
         Layout.fillWidth: true
         visible: text !== ""
-        text: dialog.request.realm
+        text: dialog.view.shortened(dialog.request.realm)
         textFormat: Text.PlainText
         color: "#a9c6dd"
         font.pixelSize: dialog.em * 0.9

@@ -13,6 +13,8 @@ import Web // qmllint disable unused-imports
 FocusScope {
     id: card
 
+    // Of it, texts are shown in a length that can be laid out.
+    required property var view
     // The size of text, which all other sizes follow.
     required property real em
     property string title
@@ -101,7 +103,7 @@ FocusScope {
             Text {
                 Layout.fillWidth: true
                 visible: text !== ""
-                text: card.title
+                text: card.view.shortened(card.title)
                 textFormat: Text.PlainText
                 color: "#a9c6dd"
                 font.pixelSize: card.em * 0.9
@@ -125,7 +127,7 @@ FocusScope {
                     id: words
 
                     width: scroll.width - card.em * 0.6
-                    text: card.message
+                    text: card.view.shortened(card.message)
                     textFormat: Text.PlainText
                     color: "#f6efdd"
                     font.pixelSize: card.em * 1.1

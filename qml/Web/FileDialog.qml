@@ -236,6 +236,6 @@ DialogCard {
         em: dialog.em
         visible: dialog.saves
         placeholderText: qsTr("Name of the file")
-        text: dialog.request.defaultFileName.replace(/^.*[\/\\]/, "")
+        text: dialog.view.shortened(dialog.request.defaultFileName).replace(/^.*[\/\\]/, "")
     }
 }

@@ -37,7 +37,7 @@ DialogCard {
         Layout.fillWidth: true
         em: dialog.em
         visible: dialog.prompting
-        text: dialog.request.defaultText
+        text: dialog.view.shortened(dialog.request.defaultText)
         Component.onCompleted: selectAll()
     }
 }

@@ -18,8 +18,8 @@ Item {
 
     // May be null as long as there is none.
     required property WebEngineView page
-    // The view that messages name.
-    required property QtObject view
+    // The view that messages name, and that shortens texts.
+    required property var view
 
     // As large as the page's text, as long as a dialog has the room for it.
     readonly property real em: Math.max(9, Math.min(14 * (page?.zoomFactor ?? 1), width / 22,
@@ -102,6 +102,7 @@ Item {
 
         PageDialog {
             anchors.fill: parent
+            view: extras.view
             em: extras.em
         }
     }
@@ -111,6 +112,7 @@ Item {
 
         CredentialsDialog {
             anchors.fill: parent
+            view: extras.view
             em: extras.em
         }
     }
@@ -120,6 +122,7 @@ Item {
 
         ColorDialog {
             anchors.fill: parent
+            view: extras.view
             em: extras.em
         }
     }
@@ -131,6 +134,7 @@ Item {
             id: files
 
             anchors.fill: parent
+            view: extras.view
             em: extras.em
             Component.onCompleted: {
                 if (extras.lastFolder !== "")
@@ -264,7 +268,8 @@ Item {
         function onTooltipRequested(request: TooltipRequest): void {
             request.accepted = true;
             if (request.type === TooltipRequest.Show && !extras.dialog && !menu.visible)
-                tip.show(request.text, extras.mapFromItem(extras.parent, mouse.point.position));
+                tip.show(extras.view.shortened(request.text),
+                         extras.mapFromItem(extras.parent, mouse.point.position));
             else
                 tip.visible = false;
         }

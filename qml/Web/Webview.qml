@@ -62,6 +62,9 @@ Item {
     readonly property var ownSchemes: new RegExp("^(about|blob|chrome|chrome-error|chrome-extension|data|devtools|"
         + "file|filesystem|ftp|https?|javascript|qrc|res|view-source|wss?):", "i")
 
+    // In characters; of a longer message the host gets the beginning.
+    readonly property int longestMessage: 65536
+
     // By the engine's numbers.
     readonly property list<string> errorDomains: [
         "", "internal", "connection", "certificate", "http", "ftp", "dns", "http_status"
@@ -293,7 +296,9 @@ Item {
             }
 
             onJavaScriptConsoleMessage: (level, message, lineNumber, sourceID) =>
-                root.javaScriptConsoleMessage(level, message, lineNumber, sourceID)
+                root.javaScriptConsoleMessage(
+                    level, root.view.shortened(message, root.longestMessage, root.longestMessage),
+                    lineNumber, root.view.shortened(sourceID))
 
             onRenderProcessTerminated: (status, exitCode) => {
                 if (status === WebEngineView.NormalTerminationStatus)

@@ -2,6 +2,7 @@
 
 #include "marlune/app.h"
 #include "runtime/host_callback.h"
+#include "views/short_text.h"
 
 #include <QDebug>
 #include <QQmlComponent>
@@ -217,6 +218,11 @@ void View::release_texture()
     texture_.reset();
     if (std::exchange(texture_rhi_, nullptr))
         rhi_ = nullptr;
+}
+
+QString View::shortened(const QString& text, int units, int lines) const
+{
+    return marlune::shortened(text, units, lines);
 }
 
 void View::onJavaScriptConsoleMessage(int level, QString message, int line_number,

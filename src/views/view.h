@@ -87,6 +87,9 @@ public:
     QString gpu_name() const;
     quint64 frames_rendered() const { return frames_rendered_; }
 
+    /** For scenes: what to show of a text from outside. See short_text.h. */
+    Q_INVOKABLE QString shortened(const QString& text, int units = 2'000, int lines = 40) const;
+
 public slots:
     void onJavaScriptConsoleMessage(int level, QString message, int line_number, QString source_id);
 
