@@ -14,22 +14,6 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-constexpr uint32_t KEY_SPACE = 0x20;
-
-/** The count that the scene ContextProbe sees. */
-int frames_rendered(HostView& view)
-{
-    view.console().take();
-    view->key_event(KEY_SPACE, 0, " ");
-    const std::string name = "framesRendered=";
-    for (const std::string& message : view.console().take_messages()) {
-        if (message.starts_with(name))
-            return std::stoi(message.substr(name.size()));
-    }
-    ADD_FAILURE() << "the scene did not tell its number of frames";
-    return 0;
-}
-
 TEST(Render, before_loading_does_nothing)
 {
     HostView view;
@@ -52,17 +36,17 @@ TEST(Render, is_done_once_by_loading)
     HostView view;
     view->set_refresh_rate(1);
     ASSERT_TRUE(view.load("ContextProbe"));
-    EXPECT_EQ(frames_rendered(view), 1);
+    EXPECT_EQ(view.frames_rendered(), 1);
 }
 
 TEST(Render, draws_a_frame_when_the_interval_has_passed)
 {
     HostView view;
     ASSERT_TRUE(view.load("ContextProbe"));
-    const int before = frames_rendered(view);
+    const int before = view.frames_rendered();
     for (int i = 1; i <= 10; ++i) {
         view.draw_frame();
-        EXPECT_EQ(frames_rendered(view), before + i);
+        EXPECT_EQ(view.frames_rendered(), before + i);
     }
 }
 
@@ -71,11 +55,11 @@ TEST(Render, twice_in_one_interval_draws_one_frame)
     HostView view;
     view->set_refresh_rate(1);  // an interval that no machine is too slow for
     ASSERT_TRUE(view.load("ContextProbe"));
-    const int before = frames_rendered(view);
+    const int before = view.frames_rendered();
     view.draw_frame();
     view.render();
     view.render();
-    EXPECT_EQ(frames_rendered(view), before + 1);
+    EXPECT_EQ(view.frames_rendered(), before + 1);
 }
 
 TEST(Render, draws_no_more_frames_than_the_rate_allows_however_often_it_is_called)
@@ -84,12 +68,12 @@ TEST(Render, draws_no_more_frames_than_the_rate_allows_however_often_it_is_calle
         HostView view;
         view->set_refresh_rate(rate);
         ASSERT_TRUE(view.load("ContextProbe"));
-        const int before = frames_rendered(view);
+        const int before = view.frames_rendered();
         const auto start = steady_clock::now();
         while (steady_clock::now() - start < milliseconds(300))
             view.render();
         const auto elapsed = steady_clock::now() - start;
-        const int drawn = frames_rendered(view) - before;
+        const int drawn = view.frames_rendered() - before;
         EXPECT_LE(drawn, elapsed / interval + 1) << "at " << rate << " Hz";
         EXPECT_GE(drawn, 2) << "at " << rate << " Hz";
     }

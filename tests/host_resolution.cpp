@@ -63,6 +63,41 @@ TEST(Resolution, is_kept_exactly_up_to_the_greatest_number)
     EXPECT_EQ(view->get_resolution(), Resolution(greatest, greatest));
 }
 
+TEST(Resolution, beyond_what_the_device_can_draw_fails_the_load)
+{
+    constexpr uint32_t greatest = std::numeric_limits<uint32_t>::max();
+    VkPhysicalDeviceProperties properties;
+    vkGetPhysicalDeviceProperties(host().physical_device(), &properties);
+    const uint32_t limit = properties.limits.maxImageDimension2D;
+    for (const Resolution& size : {Resolution(greatest, 256),
+                                   {256, greatest},
+                                   {limit + 1, 256},
+                                   {1u << 31, 1u << 31},
+                                   {(1u << 31) - 1, 256}}) {
+        HostView view;
+        view->set_resolution(size);
+        const auto [width, height] = size;
+        expect_message_matching(" " + std::to_string(width) + " x " + std::to_string(height)
+                                + " px cannot be drawn; .* to " + std::to_string(limit) + " px");
+        expect_message_matching("Cannot create texture object");
+        EXPECT_FALSE(view.load("Quadrants"));
+        EXPECT_EQ(view->get_texture(), 0u);
+
+        view->set_resolution({512, 256});
+        EXPECT_TRUE(view.load("Quadrants"));
+        view->set_resolution(size);
+        EXPECT_GE(view->get_mips_count(), 15) << "the levels of what was asked for";
+    }
+}
+
+TEST(Resolution, that_the_device_can_not_draw_leaves_scenes_with_a_size_of_their_own_alone)
+{
+    constexpr uint32_t greatest = std::numeric_limits<uint32_t>::max();
+    HostView view;
+    view->set_resolution({greatest, greatest});
+    EXPECT_TRUE(view.load("SelfSized"));
+}
+
 TEST(Resolution, takes_effect_at_the_next_load)
 {
     HostView view({512, 256});

@@ -52,7 +52,9 @@ class View;
  *
  * **The queue.** Views submit their work to queue 0 of queue family 0, which must offer graphics.
  * Vulkan wants a queue to be used by one thread at a time: the host must not use that queue while
- * one of its threads is in load(), render(), reset(), destroy() or set_view_monitor().
+ * one of its threads is in load(), render(), reset(), destroy() or set_view_monitor(). Calls that do
+ * not wait, or are put off, use it until they have been served. Other queues are neither used nor
+ * waited for.
  *
  * **The texture.** See get_texture().
  */
@@ -97,8 +99,8 @@ public:
      * Sets width and height of the scene in px; default 1920 x 1080. Blocks.
      *
      * Takes effect at the next load. Each side must be at least 256: a smaller one is refused with a
-     * warning, and the resolution stays as it was. A scene whose root item has a size of its own keeps
-     * that size.
+     * warning, and the resolution stays as it was. One that the device cannot draw is kept, and the
+     * load that needs it fails. A scene whose root item has a size of its own keeps that size.
      */
     void set_resolution(std::tuple<uint32_t, uint32_t> resolution) const;
 
@@ -134,6 +136,10 @@ public:
     /**
      * Draws one frame if the refresh interval has passed since the last one; otherwise, or before
      * loading, does nothing. Blocks until the GPU has finished the frame.
+     *
+     * A frame for which the device has no memory is left out with a warning, and the texture keeps
+     * the one before. A lost device is reported once, as a critical message; then nothing is drawn
+     * until the next load.
      */
     void render() const;
 
@@ -157,7 +163,8 @@ public:
     uint64_t get_texture() const;
 
     /**
-     * Tears the scene down; the texture stays valid. The view can be loaded again. Blocks.
+     * Tears the scene down and frees its graphics memory; the texture stays valid. The view can be
+     * loaded again. Blocks.
      */
     virtual void reset() const;
 

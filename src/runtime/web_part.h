@@ -2,6 +2,8 @@
 
 #include "runtime/callback_slot.h"
 
+#include <QString>
+
 #include <cstdint>
 #include <string>
 
@@ -30,5 +32,8 @@ QObject* scheme_handler();
 
 /** Where the function is that serves the "res" scheme's files. After set_up_profile(). */
 CallbackSlot<uint8_t*(std::string path, bool& flag, uint64_t& size)>& resource_file();
+
+/** The folder that the host has chosen for what web views store; empty by default. On the Qt thread. */
+QString storage_path();
 
 }  // namespace marlune::web_part

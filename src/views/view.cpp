@@ -13,10 +13,8 @@
 #include <QScopedValueRollback>
 #include <rhi/qrhi.h>
 
-#include <QtQuick/private/qquickrendercontrol_p.h>
-#include <QtQuick/private/qquickwindow_p.h>
-
 #include <cmath>
+#include <limits>
 #include <stdexcept>
 #include <utility>
 
@@ -72,6 +70,7 @@ void View::set_view_monitor(VkInstance instance)
 
 void View::set_statistics_monitor(VkPhysicalDevice physical_device, VkDevice device)
 {
+    physical_device_ = physical_device;
     device_ = device;
     graphics_device_ = physical_device && device
         ? QQuickGraphicsDevice::fromDeviceObjects(physical_device, device, 0, 0)
@@ -128,7 +127,10 @@ int View::get_refresh_rate() const
 
 int View::get_mips_count() const
 {
-    return rhi_ ? QRhi::mipLevelsForSize(resolution_.toSize()) : 1;
+    // A resolution that no device can do fits no whole number of Qt's either.
+    constexpr auto largest = static_cast<qreal>(std::numeric_limits<int>::max());
+    const QSizeF size = resolution_.boundedTo({largest, largest});
+    return rhi_ ? QRhi::mipLevelsForSize(size.toSize()) : 1;
 }
 
 void View::render()
@@ -137,14 +139,49 @@ void View::render()
     if (!render_control_ || !render_target_)
         return;
     // Script that the frame runs can lead, through a callback of the host, back to here.
-    if (rendering_)
+    if (rendering_ || rhi_->isDeviceLost())
         return;
     const auto now = std::chrono::steady_clock::now();
     if (now - last_frame_ < frame_interval_)
         return;
     last_frame_ = now;
     const QScopedValueRollback guard(rendering_, true);
-    render_frame();
+    if (!draw_frame())
+        return report_missing_frame();
+    texture_drawn_ = true;
+    frame_is_missing_ = false;
+    ++frames_rendered_;
+    emit frameRendered();
+}
+
+/** False when the device is lost or has no memory, of which Qt has said more. */
+bool View::draw_frame()
+{
+    render_control_->polishItems();
+    render_control_->beginFrame();
+    if (!rhi_->isRecordingFrame())
+        return false;
+    render_control_->sync();
+    // A new texture has nothing to make smaller levels from, nor a layout to come back to.
+    if (mipmaps_enabled_ && texture_drawn_) {
+        QRhiResourceUpdateBatch* const updates = rhi_->nextResourceUpdateBatch();
+        updates->generateMips(texture_.get());
+        render_control_->commandBuffer()->resourceUpdate(updates);
+    }
+    render_control_->render();
+    return private_graphics::end_frame(*render_control_);
+}
+
+/** Once for all frames in a row, and once for a lost device, which draws no more. */
+void View::report_missing_frame()
+{
+    if (rhi_->isDeviceLost()) {
+        qCritical("%s: the Vulkan device is lost; load again with a new one, or destroy the view",
+                  qUtf8Printable(objectName()));
+    } else if (texture_drawn_ && !std::exchange(frame_is_missing_, true)) {
+        qWarning("%s: a frame could not be drawn; the texture keeps the one before",
+                 qUtf8Printable(objectName()));
+    }
 }
 
 /**
@@ -154,40 +191,20 @@ void View::render()
 void View::take_changes()
 {
     // Before the first frame there is no command buffer, by which items find their device.
-    if (rendering_ || !texture_drawn_ || !render_target_
-        || !QQuickWindowPrivate::get(window_.get())->redirect.commandBuffer)
+    if (rendering_ || !texture_drawn_ || !render_target_ || rhi_->isDeviceLost()
+        || !private_graphics::knows_device(*render_control_))
         return;
     // Nobody looks: what feeds the items may wait, and so saves its work.
     if (std::chrono::steady_clock::now() - last_frame_ > unseen_after)
         return;
     const QScopedValueRollback guard(rendering_, true);
-    render_control_->polishItems();
-    QQuickWindowPrivate::get(window_.get())->syncSceneGraph();
-    QQuickRenderControlPrivate::get(render_control_.get())->rc->endSync();
+    private_graphics::take_changes(*render_control_);
 }
 
 void View::take_changes_at_once()
 {
     connect(render_control_.get(), &QQuickRenderControl::sceneChanged, this, &View::take_changes,
             Qt::QueuedConnection);
-}
-
-void View::render_frame()
-{
-    render_control_->polishItems();
-    render_control_->beginFrame();
-    render_control_->sync();
-    // A new texture has nothing to make smaller levels from, nor a layout to come back to.
-    if (mipmaps_enabled_ && texture_drawn_) {
-        QRhiResourceUpdateBatch* const updates = rhi_->nextResourceUpdateBatch();
-        updates->generateMips(texture_.get());
-        render_control_->commandBuffer()->resourceUpdate(updates);
-    }
-    render_control_->render();
-    render_control_->endFrame();
-    texture_drawn_ = true;
-    ++frames_rendered_;
-    emit frameRendered();
 }
 
 void View::reset()
@@ -201,14 +218,13 @@ void View::reset()
     component_.reset();
     engine_.reset();
     window_.reset();
-    // The texture stays for the host, so the QRhi that it belongs to has to stay with it.
-    if (texture_ && !texture_rhi_ && render_control_) {
-        QQuickRenderControlPrivate::get(render_control_.get())->ownRhi = false;
-        texture_rhi_.reset(rhi_);
-    }
     render_control_.reset();
-    if (!texture_rhi_)
-        rhi_ = nullptr;
+    // The texture stays for the host, and the QRhi that it belongs to with it. What the scene has used
+    // on the GPU would stay too, until the QRhi's next frame, which never comes.
+    if (!texture_)
+        rhi_.reset();
+    else if (rhi_)
+        rhi_->finish();
 }
 
 /** Ends what reset() leaves. Nothing but the destructor, a new set-up and a new instance may do so. */
@@ -216,8 +232,7 @@ void View::release_texture()
 {
     native_texture_ = 0;
     texture_.reset();
-    if (std::exchange(texture_rhi_, nullptr))
-        rhi_ = nullptr;
+    rhi_.reset();
 }
 
 QString View::shortened(const QString& text, int units, int lines) const

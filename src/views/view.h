@@ -2,6 +2,7 @@
 
 #include "runtime/callback_slot.h"
 #include "runtime/live_objects.h"
+#include "views/private_graphics.h"
 
 #include <QObject>
 #include <QPointF>
@@ -120,26 +121,32 @@ protected:
 
 private:
     bool has_usable_resolution() const;
+    bool set_up_scene(const QString& module, const QString& name);
     void create_window();
     void create_engine();
     bool create_component(const QString& module, const QString& name);
     void create_root_item();
     void size_scene();
+    int largest_side() const;
+    void require_drawable(QSizeF size) const;
     void look_up_device_functions();
     void initialize_graphics();
     void create_render_target();
     void release_texture();
-    void warm_up();
-    void render_frame();
+    bool warm_up();
+    bool gpu_has_finished();
+    bool draw_frame();
+    void report_missing_frame();
     void take_changes();
     void send(QEvent& event);
     QPointF to_global(QPointF position) const;
 
     // In the order in which the scene needs them; reset() and release_texture() say how they go.
     QQuickGraphicsDevice graphics_device_;
+    VkPhysicalDevice physical_device_ = VK_NULL_HANDLE;
     VkDevice device_ = VK_NULL_HANDLE;
     QQuickItem* root_item_ = nullptr;
-    QRhi* rhi_ = nullptr;
+    private_graphics::OwnRhi rhi_;  // of the scene; after reset(), of the texture that is left
     std::unique_ptr<QQuickRenderControl> render_control_;
     std::unique_ptr<QQuickWindow> window_;
     std::unique_ptr<QQmlEngine> engine_;
@@ -154,6 +161,7 @@ private:
     bool ready_ = false;
     bool rendering_ = false;
     bool texture_drawn_ = false;
+    bool frame_is_missing_ = false;
     quint64 native_texture_ = 0;
     QSizeF resolution_{1920, 1080};
     bool mipmaps_enabled_ = false;
@@ -165,9 +173,6 @@ private:
         std::chrono::steady_clock::now() - frame_interval_;
     QVulkanInstance vulkan_instance_;
     JavaScriptConsoleLog console_log_;
-
-    // The texture outlives the render control that made it, and needs the QRhi that it belongs to.
-    std::unique_ptr<QRhi> texture_rhi_;
     LiveObject live_{this};
 };
 

@@ -7,6 +7,7 @@
 #include "runtime/startup.h"
 #include "runtime/trace.h"
 #include "views/component_files.h"
+#include "views/pipeline_file.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -22,7 +23,9 @@
 #include <QVulkanFunctions>
 #include <rhi/qrhi.h>
 
+#include <algorithm>
 #include <chrono>
+#include <limits>
 #include <memory>
 #include <stdexcept>
 
@@ -55,6 +58,22 @@ bool View::load_module(const QString& module, const QString& name)
 
     if (render_control_)
         reset();
+    if (!set_up_scene(module, name))
+        return false;
+    if (!warm_up()) {
+        qWarning("%s: the first frame could not be drawn", qUtf8Printable(objectName()));
+        reset();
+        release_texture();
+        return false;
+    }
+    trace("load_module done", "T");
+    post_setup(engine_.get(), root_item_);
+    ready_ = true;
+    return true;
+}
+
+bool View::set_up_scene(const QString& module, const QString& name)
+{
     create_window();
     create_engine();
     if (!create_component(module, name))
@@ -65,10 +84,6 @@ bool View::load_module(const QString& module, const QString& name)
             SLOT(onJavaScriptConsoleMessage(int, QString, int, QString)));
     initialize_graphics();
     create_render_target();
-    warm_up();
-    trace("load_module done", "T");
-    post_setup(engine_.get(), root_item_);
-    ready_ = true;
     return true;
 }
 
@@ -79,6 +94,9 @@ void View::create_window()
     window_->setColor(Qt::transparent);
     QQuickGraphicsConfiguration configuration;
     configuration.setTimestamps(true);
+    // Lets Qt collect them; the view saves them when it ends its QRhi.
+    configuration.setAutomaticPipelineCache(false);
+    configuration.setPipelineCacheSaveFile(pipeline_file());
     window_->setGraphicsConfiguration(configuration);
     window_->setGraphicsDevice(graphics_device_);
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Vulkan);
@@ -128,8 +146,12 @@ void View::create_root_item()
 
 void View::size_scene()
 {
-    if (root_item_->width() < narrowest_root)
+    if (root_item_->width() < narrowest_root) {
+        // Before the scene fills a size that is out of all bounds with content.
+        require_drawable(resolution_);
         root_item_->setSize(resolution_);
+    }
+    require_drawable(root_item_->size());
     window_->contentItem()->setSize(root_item_->size());
     window_->setGeometry(0, 0, static_cast<int>(root_item_->width()),
                          static_cast<int>(root_item_->height()));
@@ -138,6 +160,33 @@ void View::size_scene()
     // No window system will ever tell this window that it has the focus, and keys go nowhere without.
     QFocusEvent focus(QEvent::FocusIn, Qt::ActiveWindowFocusReason);
     QCoreApplication::sendEvent(window_.get(), &focus);
+}
+
+/** In px, of what the host's device can draw to; what Qt can count, as long as there is no device. */
+int View::largest_side() const
+{
+    if (!vulkan_instance_.isValid() || !physical_device_)
+        return std::numeric_limits<int>::max() / 2;
+    VkPhysicalDeviceProperties properties;
+    vulkan_instance_.functions()->vkGetPhysicalDeviceProperties(physical_device_, &properties);
+    const VkPhysicalDeviceLimits& limits = properties.limits;
+    const uint32_t largest = std::min({limits.maxImageDimension2D, limits.maxFramebufferWidth,
+                                       limits.maxFramebufferHeight, limits.maxViewportDimensions[0],
+                                       limits.maxViewportDimensions[1]});
+    return static_cast<int>(largest);
+}
+
+/** Throws unless a texture can have this size. Not in whole px: what is far too large has none. */
+void View::require_drawable(QSizeF size) const
+{
+    const int largest = largest_side();
+    // Also false for what is no number.
+    const auto fits = [largest](qreal side) { return side >= 0.5 && side < largest + 0.5; };
+    if (fits(size.width()) && fits(size.height()))
+        return;
+    qWarning("%s: a scene of %.0f x %.0f px cannot be drawn; each side must be from 1 to %d px",
+             qUtf8Printable(objectName()), size.width(), size.height(), largest);
+    throw std::runtime_error("Cannot create texture object");
 }
 
 /**
@@ -177,26 +226,22 @@ void View::initialize_graphics()
     if (!render_control_->initialize())
         throw std::runtime_error("QQuickRenderControl::initialize() failed");
     release_texture();
-    rhi_ = render_control_->rhi();
-    if (!rhi_)
+    if (!render_control_->rhi())
         throw std::runtime_error("No QRhi");
+    const QString pipelines = window_->graphicsConfiguration().pipelineCacheSaveFile();
+    rhi_ = private_graphics::take_rhi(*render_control_, pipelines);
+    load_pipelines(*rhi_, pipelines);
     emit gpuNameChanged();
 }
 
 void View::create_render_target()
 {
+    require_drawable(root_item_->size());
     const QSize size = root_item_->size().toSize();
-    const int limit = rhi_->resourceLimit(QRhi::TextureSizeMax);
-    const bool fits = !size.isEmpty() && size.width() <= limit && size.height() <= limit;
-    if (!fits) {
-        qWarning("%s: a root item of %d x %d px cannot be drawn; each side must be from 1 to %d px",
-                 qUtf8Printable(objectName()), size.width(), size.height(), limit);
-    }
-
     texture_.reset(rhi_->newTexture(QRhiTexture::RGBA8, size, 1,
                                     QRhiTexture::RenderTarget | QRhiTexture::MipMapped
                                         | QRhiTexture::UsedWithGenerateMips));
-    if (!fits || !texture_->create())
+    if (!texture_->create())
         throw std::runtime_error("Cannot create texture object");
 
     depth_stencil_.reset(rhi_->newRenderBuffer(QRhiRenderBuffer::DepthStencil, size, 1));
@@ -208,7 +253,7 @@ void View::create_render_target()
     std::unique_ptr<QRhiTextureRenderTarget> target(rhi_->newTextureRenderTarget(description));
     render_pass_.reset(target->newCompatibleRenderPassDescriptor());
     target->setRenderPassDescriptor(render_pass_.get());
-    if (!target->create())
+    if (!render_pass_ || !target->create())
         throw std::runtime_error("Cannot create render target");
 
     render_target_ = std::move(target);
@@ -217,13 +262,23 @@ void View::create_render_target()
     texture_drawn_ = false;
 }
 
-void View::warm_up()
+/** False when no frame has been drawn, and what the texture holds is undefined. */
+bool View::warm_up()
 {
     // A new scene's first frame is due at once, however short ago the last one of the old scene was.
     last_frame_ = std::chrono::steady_clock::now() - frame_interval_;
     // On a machine whose frames take longer than the interval, each pass would find one due.
     for (int pass = 0; pass < warm_up_passes && !texture_drawn_; ++pass)
         render();
+    return texture_drawn_ && gpu_has_finished();
+}
+
+/** Qt waits for each frame, but does not look at how the wait has ended. */
+bool View::gpu_has_finished()
+{
+    const auto* const handles = static_cast<const QRhiVulkanNativeHandles*>(rhi_->nativeHandles());
+    QVulkanDeviceFunctions& functions = *vulkan_instance_.deviceFunctions(device_);
+    return functions.vkQueueWaitIdle(handles->gfxQueue) == VK_SUCCESS;
 }
 
 }  // namespace marlune

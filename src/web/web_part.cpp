@@ -17,6 +17,7 @@ namespace marlune::web_part {
 namespace {
 
 GodotSchemeHandler* handler = nullptr;
+QString default_storage_path;
 
 }  // namespace
 
@@ -40,7 +41,9 @@ void initialize_engine()
 void set_up_profile()
 {
     handler = new GodotSchemeHandler;
-    set_up_shared_profile()->installUrlSchemeHandler("res", handler);
+    QQuickWebEngineProfile* const profile = set_up_shared_profile();
+    profile->installUrlSchemeHandler("res", handler);
+    default_storage_path = profile->persistentStoragePath();
     qmlRegisterType<GodotURLInterceptor>("Web", 1, 0, "GodotURLInterceptor");
     PublishedObjects::register_type();
     install_popup_catcher();
@@ -59,6 +62,12 @@ QObject* scheme_handler()
 CallbackSlot<uint8_t*(std::string, bool&, uint64_t&)>& resource_file()
 {
     return handler->resource_file();
+}
+
+QString storage_path()
+{
+    const QString path = shared_profile()->persistentStoragePath();
+    return path == default_storage_path ? QString() : path;
 }
 
 }  // namespace marlune::web_part

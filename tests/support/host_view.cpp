@@ -1,8 +1,12 @@
 #include "support/host_view.h"
 
+#include <stdexcept>
+
 namespace marlune::test {
 
 namespace {
+
+constexpr uint32_t KEY_SPACE = 0x20;
 
 /** An interval is whole ms and the rate read back is rounded, so one ms is added to be sure. */
 std::chrono::milliseconds interval_of(const MView& view)
@@ -59,6 +63,18 @@ bool HostView::load(const std::string& scene)
     const bool loaded = facade().load("Scenes", scene);
     note_frame();
     return loaded;
+}
+
+int HostView::frames_rendered()
+{
+    console().take();
+    facade().key_event(KEY_SPACE, 0, " ");
+    const std::string name = "framesRendered=";
+    for (const std::string& message : console().take_messages()) {
+        if (message.starts_with(name))
+            return std::stoi(message.substr(name.size()));
+    }
+    throw std::logic_error("the scene does not count frames");
 }
 
 MView::JavaScriptConsoleLog write_to(std::shared_ptr<ConsoleLog> log)

@@ -103,6 +103,9 @@ public:
 
     /** Loads one of the tests' own scenes, which belong to the module "Scenes". */
     bool load(const std::string& scene);
+
+    /** How many frames the scene ContextProbe has seen. */
+    int frames_rendered();
 };
 
 /** A callback that writes to `log`, which it keeps alive. */

@@ -13,8 +13,6 @@ namespace marlune::test {
 
 namespace {
 
-constexpr const char* VALIDATION_LAYER = "VK_LAYER_KHRONOS_validation";
-
 // A game's instance can show windows, and so has these where the driver does.
 constexpr std::array WINDOW_EXTENSIONS = {"VK_KHR_surface", "VK_KHR_xcb_surface",
                                           "VK_KHR_xlib_surface", "VK_KHR_wayland_surface",
@@ -68,7 +66,7 @@ bool layer_is_there()
     check(vkEnumerateInstanceLayerProperties(&count, layers.data()),
           "vkEnumerateInstanceLayerProperties");
     return std::any_of(layers.begin(), layers.end(), [](const VkLayerProperties& layer) {
-        return std::strcmp(layer.layerName, VALIDATION_LAYER) == 0;
+        return std::strcmp(layer.layerName, VulkanHost::VALIDATION_LAYER) == 0;
     });
 }
 
@@ -228,11 +226,11 @@ std::unique_ptr<VulkanHost>& shared_host()
 
 }  // namespace
 
-VulkanHost::VulkanHost()
+VulkanHost::VulkanHost(const std::vector<const char*>& layers, uint32_t queues)
 {
-    create_instance();
+    create_instance(layers);
     choose_physical_device();
-    create_device();
+    create_device(queues);
 }
 
 VulkanHost::~VulkanHost()
@@ -245,7 +243,7 @@ VulkanHost::~VulkanHost()
     vkDestroyInstance(instance_, nullptr);
 }
 
-void VulkanHost::create_instance()
+void VulkanHost::create_instance(const std::vector<const char*>& layers)
 {
     if (!layer_is_there())
         throw std::runtime_error(std::string("the Vulkan layer is missing: ") + VALIDATION_LAYER);
@@ -269,8 +267,8 @@ void VulkanHost::create_instance()
     const VkInstanceCreateInfo info{.sType = VK_STRUCTURE_TYPE_INSTANCE_CREATE_INFO,
                                     .pNext = &features,
                                     .pApplicationInfo = &application,
-                                    .enabledLayerCount = 1,
-                                    .ppEnabledLayerNames = &VALIDATION_LAYER,
+                                    .enabledLayerCount = uint32_t(layers.size()),
+                                    .ppEnabledLayerNames = layers.data(),
                                     .enabledExtensionCount = uint32_t(extensions.size()),
                                     .ppEnabledExtensionNames = extensions.data()};
     check(vkCreateInstance(&info, nullptr, &instance_), "vkCreateInstance");
@@ -289,13 +287,13 @@ void VulkanHost::choose_physical_device()
         throw std::runtime_error("no Vulkan device: install a driver, lavapipe is enough");
 }
 
-void VulkanHost::create_device()
+void VulkanHost::create_device(uint32_t queues)
 {
-    const float priority = 1;
+    const std::vector<float> priorities(queues, 1);
     const VkDeviceQueueCreateInfo queue{.sType = VK_STRUCTURE_TYPE_DEVICE_QUEUE_CREATE_INFO,
                                         .queueFamilyIndex = 0,
-                                        .queueCount = 1,
-                                        .pQueuePriorities = &priority};
+                                        .queueCount = queues,
+                                        .pQueuePriorities = priorities.data()};
     const std::vector<const char*> extensions =
         present(std::array{VK_KHR_SWAPCHAIN_EXTENSION_NAME}, [this](auto* total, auto* data) {
             return vkEnumerateDeviceExtensionProperties(physical_device_, nullptr, total, data);

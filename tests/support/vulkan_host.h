@@ -18,7 +18,15 @@ namespace marlune::test {
  */
 class VulkanHost {
 public:
-    VulkanHost();
+    static constexpr const char* VALIDATION_LAYER = "VK_LAYER_KHRONOS_validation";
+
+    VulkanHost() : VulkanHost({VALIDATION_LAYER}, 1) {}
+
+    /**
+     * With other layers than the validation layer alone, the one nearest to the host first, and with more
+     * than one queue of family 0.
+     */
+    VulkanHost(const std::vector<const char*>& layers, uint32_t queues);
     ~VulkanHost();
     VulkanHost(const VulkanHost&) = delete;
     VulkanHost& operator=(const VulkanHost&) = delete;
@@ -37,9 +45,9 @@ public:
     Image read_back(uint64_t texture, uint32_t width, uint32_t height, uint32_t level = 0);
 
 private:
-    void create_instance();
+    void create_instance(const std::vector<const char*>& layers);
     void choose_physical_device();
-    void create_device();
+    void create_device(uint32_t queues);
 
     VkInstance instance_ = VK_NULL_HANDLE;
     VkDebugUtilsMessengerEXT messenger_ = VK_NULL_HANDLE;

@@ -1,0 +1,76 @@
+#include "views/private_graphics.h"
+
+#include "views/pipeline_file.h"
+
+#include <QQuickRenderControl>
+#include <QQuickWindow>
+#include <rhi/qrhi.h>
+
+#include <QtGui/private/qrhivulkan_p.h>
+#include <QtQuick/private/qquickrendercontrol_p.h>
+#include <QtQuick/private/qquickwindow_p.h>
+
+namespace marlune::private_graphics {
+
+namespace {
+
+/** Reaches what a resource keeps to itself. */
+struct Reach : QRhiResource {
+    static QRhiImplementation* implementation(QRhiResource& resource)
+    {
+        return resource.*&Reach::m_rhi;
+    }
+};
+
+/**
+ * The end of a QRhi waits for the whole device, so that no queue of it may be in use meanwhile, on any
+ * thread of the host. It does not wait when the device is lost, so that is what it is made to believe.
+ */
+void skip_wait_for_device(QRhi& rhi)
+{
+    const std::unique_ptr<QRhiResource> resource(
+        rhi.newRenderBuffer(QRhiRenderBuffer::DepthStencil, QSize(1, 1)));
+    static_cast<QRhiVulkan*>(Reach::implementation(*resource))->deviceLost = true;
+}
+
+}  // namespace
+
+void EndRhi::operator()(QRhi* rhi) const
+{
+    const std::unique_ptr<QRhi> owner(rhi);
+    if (rhi->isDeviceLost())
+        return;
+    save_pipelines(*rhi, pipeline_file);
+    rhi->finish();
+    skip_wait_for_device(*rhi);
+}
+
+OwnRhi take_rhi(QQuickRenderControl& control, const QString& pipeline_file)
+{
+    QQuickRenderControlPrivate::get(&control)->ownRhi = false;
+    return OwnRhi(control.rhi(), EndRhi{pipeline_file});
+}
+
+bool end_frame(QQuickRenderControl& control)
+{
+    // What QQuickRenderControl::endFrame() does, which keeps the result to itself.
+    const QRhi::FrameOpResult result = control.rhi()->endOffscreenFrame();
+    QQuickRenderControlPrivate::get(&control)->frameStatus =
+        QQuickRenderControlPrivate::NotRecordingFrame;
+    emit control.window()->afterFrameEnd();
+    return result == QRhi::FrameOpSuccess;
+}
+
+bool knows_device(QQuickRenderControl& control)
+{
+    return QQuickWindowPrivate::get(control.window())->redirect.commandBuffer;
+}
+
+void take_changes(QQuickRenderControl& control)
+{
+    control.polishItems();
+    QQuickWindowPrivate::get(control.window())->syncSceneGraph();
+    QQuickRenderControlPrivate::get(&control)->rc->endSync();
+}
+
+}  // namespace marlune::private_graphics
