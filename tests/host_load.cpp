@@ -10,6 +10,7 @@
 
 #include <array>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <string>
 #include <vector>
@@ -247,6 +248,56 @@ TEST(TemporaryFile, of_a_component_is_the_same_each_time_and_soon_deleted)
     EXPECT_EQ(folder.deleted, folder.created);
     EXPECT_EQ(name.size(), 36u) << "a UUID without braces and extension: " << name;
     EXPECT_FALSE(std::filesystem::exists(std::filesystem::temp_directory_path() / name));
+}
+
+bool is_gone(const std::filesystem::path& path)
+{
+    return wait_until([&] { return !std::filesystem::exists(symlink_status(path)); });
+}
+
+/** The path of the file that a first load of the scene has used, and that is gone by now. */
+std::filesystem::path used_path(HostView& view, const std::string& scene)
+{
+    const auto folder = std::filesystem::temp_directory_path();
+    FolderWatch watch(folder);
+    EXPECT_TRUE(view.load(scene));
+    watch.look();
+    EXPECT_EQ(watch.created.size(), 1u);
+    const auto path = folder / watch.created.begin()->first;
+    EXPECT_TRUE(is_gone(path));
+    return path;
+}
+
+TEST(TemporaryFile, never_goes_where_a_link_in_its_place_leads)
+{
+    HostView view;
+    const auto path = used_path(view, "Wide16");
+    const auto other = std::filesystem::temp_directory_path() / "other";
+    std::ofstream(other) << "keep me";
+    for (const bool symbolic : {true, false}) {
+        if (symbolic)
+            std::filesystem::create_symlink(other, path);
+        else
+            std::filesystem::create_hard_link(other, path);
+        EXPECT_TRUE(view.load("Wide16"));
+        EXPECT_TRUE(is_gone(path));
+        std::string text;
+        std::getline(std::ifstream(other), text);
+        EXPECT_EQ(text, "keep me");
+    }
+    std::filesystem::remove(other);
+}
+
+TEST(TemporaryFile, whose_place_is_taken_fails_the_load)
+{
+    HostView view;
+    const auto path = used_path(view, "Narrow15");
+    std::filesystem::create_directories(path / "x");
+    expect_message_matching("^cannot write \"" + path.string());
+    expect_message("Failed to load");
+    EXPECT_FALSE(view.load("Narrow15"));
+    std::filesystem::remove_all(path);
+    EXPECT_TRUE(view.load("Narrow15"));
 }
 
 TEST(TemporaryFile, is_deleted_after_a_failed_load_too)

@@ -46,11 +46,15 @@ void register_type(const QString& path, const QString& module, const QString& na
     qmlRegisterType(QUrl::fromLocalFile(path), qPrintable(module), 1, 0, qPrintable(name));
 }
 
+/**
+ * The path is known to others once it has been used. So the file is always a new one: what somebody has
+ * put there, a link for example, is taken away or refused, and never written through.
+ */
 bool write_file(const QString& path, const QByteArray& bytes)
 {
-    // Nobody else has any business with the file while it is there.
+    QFile::remove(path);
     QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate,
+    return file.open(QIODevice::WriteOnly | QIODevice::NewOnly,
                      QFile::ReadOwner | QFile::WriteOwner)
         && file.write(bytes) == bytes.size() && file.flush();
 }
