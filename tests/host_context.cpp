@@ -3,6 +3,9 @@
 #include "support/host_view.h"
 
 #include <marlune/app.h>
+#include <marlune/camera_view.h>
+#include <marlune/screen_capture_view.h>
+#include <marlune/video_player_view.h>
 
 #include <gtest/gtest.h>
 
@@ -59,6 +62,31 @@ TEST(Context, tells_the_resolution)
 {
     HostView view({640, 360});
     EXPECT_EQ(context_of(view)["resolution"], "640x360");
+}
+
+/** Views are counted as they are made: the number of one that is made now. */
+int number_of_new_view()
+{
+    HostView view;
+    const std::string name = context_of(view)["name"];
+    return std::stoi(name.substr(name.find(' ')));
+}
+
+template <typename Facade>
+int views_made_for()
+{
+    const int before = number_of_new_view();
+    Facade view;
+    view.destroy();
+    return number_of_new_view() - before - 1;
+}
+
+TEST(Facades, of_media_have_a_view_of_their_own_beside_that_of_their_base)
+{
+    EXPECT_EQ(views_made_for<MQuickView>(), 1);
+    EXPECT_EQ(views_made_for<MVideoPlayerView>(), 2);
+    EXPECT_EQ(views_made_for<MCameraView>(), 2);
+    EXPECT_EQ(views_made_for<MScreenCaptureView>(), 2);
 }
 
 }  // namespace

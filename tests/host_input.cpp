@@ -116,6 +116,20 @@ TEST_F(Input, remembers_held_buttons_when_the_scene_is_loaded_anew)
     EXPECT_EQ(seen(), Messages{"press 10,20 button=2 buttons=3 modifiers=0"});
 }
 
+TEST_F(Input, remembers_where_the_pointer_is_when_the_scene_is_loaded_again)
+{
+    view->mouse_move(30, 40);
+    view->reset();
+    ASSERT_TRUE(view.load("InputProbe"));
+    view->mouse_click(LEFT, PRESS, 10, 20);
+    seen();
+    view->mouse_move(30, 40);
+    EXPECT_EQ(seen(), Messages()) << "it is there already";
+    view->mouse_move(31, 40);
+    EXPECT_EQ(seen(), Messages{"move 31,40 button=0 buttons=1 modifiers=0"});
+    view->mouse_click(LEFT, RELEASE, 31, 40);
+}
+
 TEST_F(Input, moves_the_pointer)
 {
     view->mouse_move(1, 1);  // enters

@@ -265,19 +265,22 @@ TEST_F(Screen, can_be_chosen_from_many_threads_at_once)
     EXPECT_TRUE(shows(BACKGROUND));
 }
 
-TEST_F(Screen, can_be_chosen_while_the_view_goes)
+TEST(ScreenFacade, can_be_chosen_while_the_view_goes)
 {
-    const MScreenCaptureView facade = view.facade();
-    std::atomic<bool> done = false;
-    std::thread host([&] {
-        while (!done)
-            facade.set_physical_screen("1");
-    });
-    view->set_physical_screen("0");
-    view->destroy();
-    facade.set_active(true);
-    done = true;
-    host.join();
+    start_library();
+    for (int round = 0; round < 100; ++round) {
+        MScreenCaptureView view;
+        std::atomic<int> chosen = 0;
+        std::jthread host([facade = view, &chosen](std::stop_token stop) {
+            for (; !stop.stop_requested(); ++chosen)
+                facade.set_physical_screen("1");
+        });
+        const auto chosen_once_more = [&chosen, before = chosen.load()] { return chosen > before; };
+        ASSERT_TRUE(wait_until(chosen_once_more));
+        view.destroy();
+        const int before = chosen;
+        ASSERT_TRUE(wait_until([&] { return chosen > before + 1; })) << "and after it has gone";
+    }
 }
 
 TEST(ScreenFacade, does_nothing_without_a_view)

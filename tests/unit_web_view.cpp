@@ -264,9 +264,13 @@ TEST_F(WebViewObject, refuses_the_navigation_when_the_handler_throws)
 
 TEST_F(WebViewObject, tells_nobody_of_loading_when_there_is_nobody)
 {
+    int told = 0;
     view.onLoadingChanged(2, QStringLiteral("res://a/"), QString(), QString(), 0);
+    fill(view.loading_callback(),
+         [&told](int, std::string, std::string, std::string, int) { ++told; });
     fill(view.loading_callback(), {});
     view.onLoadingChanged(2, QStringLiteral("res://a/"), QString(), QString(), 0);
+    EXPECT_EQ(told, 0);
 }
 
 TEST_F(WebViewObject, tells_of_loading_as_it_is_told)

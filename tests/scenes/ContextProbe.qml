@@ -20,6 +20,7 @@ Item {
     Keys.onPressed: {
         report("ctx is view", String(ctxObject === viewObject));
         report("PATH_ADDON", addonPath);
+        report("name", viewObject.objectName);
         report("version", viewObject.version);
         report("gpuName", viewObject.gpuName);
         report("resolution", viewObject.resolution.width + "x" + viewObject.resolution.height);
