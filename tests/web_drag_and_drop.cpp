@@ -161,6 +161,39 @@ TEST_F(DragAndDrop, obeys_the_source_about_what_is_allowed)
     EXPECT_TRUE(view.wait_for_console("end none")) << "the target moves what may only be copied";
 }
 
+TEST_F(DragAndDrop, takes_no_other_word_for_what_is_allowed)
+{
+    ASSERT_EQ(view.evaluate("source.addEventListener('dragstart', event => {"
+                            " for (const word of ['toString', '__proto__', 'valueOf',"
+                            " {toString: () => this.n = this.n ? 'none' : 'all'}])"
+                            "     event.dataTransfer.effectAllowed = word; })"),
+              "undefined");
+    drag(SOURCE, {NOWHERE, TARGET});
+    drop();
+    EXPECT_TRUE(view.wait_for_console("dropped moon full move 350,50"));
+}
+
+TEST_F(DragAndDrop, leaves_the_mouse_to_a_page_that_breaks_what_drags_need)
+{
+    const auto broken = {
+        "Object.defineProperty(document, 'elementFromPoint', {value: null})",
+        "Element.prototype.attachShadow = null",
+        "Array.prototype.includes = () => { throw 'broken' }",
+        "EventTarget.prototype.dispatchEvent = function() { throw 'broken' }",
+        "clearInterval = null",
+    };
+    for (const std::string script : broken) {
+        ASSERT_TRUE(view.show_html(PAGE));
+        ASSERT_TRUE(view.wait_for_colour(2, 2, WHITE));
+        ASSERT_EQ(view.evaluate("void (" + script + ")"), "undefined");
+        drag(SOURCE, {NOWHERE, TARGET});
+        drop();
+        heard();
+        view.click(TARGET.x, TARGET.y);
+        EXPECT_EQ(heard(), "\"mouseup,click\"") << script;
+    }
+}
+
 TEST_F(DragAndDrop, ends_by_escape)
 {
     drag(SOURCE, {TARGET});

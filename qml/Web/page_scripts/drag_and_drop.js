@@ -15,6 +15,7 @@
     const PULSE = 100;
 
     const OPERATIONS = {
+        __proto__: null,
         none: [],
         copy: ["copy"],
         link: ["link"],
@@ -52,15 +53,17 @@
             effectAllowed: {
                 get: () => effectAllowed,
                 set: value => {
-                    if (value in OPERATIONS)
-                        effectAllowed = value;
+                    const name = `${value}`;
+                    if (name in OPERATIONS)
+                        effectAllowed = name;
                 },
             },
             dropEffect: {
                 get: () => dropEffect,
                 set: value => {
-                    if (["none", "copy", "link", "move"].includes(value))
-                        dropEffect = value;
+                    const name = `${value}`;
+                    if (["none", "copy", "link", "move"].includes(name))
+                        dropEffect = name;
                 },
             },
         });
@@ -142,7 +145,7 @@
         }
         drag.mouse = lastMove ?? event;
         drag.ghost = makeGhost(ghostText || (source.innerText ?? source.textContent ?? ""));
-        drag.pulse = setInterval(() => step(drag.mouse), PULSE);
+        drag.pulse = setInterval(guarded(() => step(drag.mouse)), PULSE);
         // What the engine tells a page whose pointer has been taken for a drag.
         source.dispatchEvent(new PointerEvent("pointercancel", {
             bubbles: true, composed: true, pointerId: 1, pointerType: "mouse", isPrimary: true,
@@ -282,9 +285,31 @@
 
     // --- what drives it ----------------------------------------------------------------------------
 
+    // A page can break what this script makes use of: built-in functions, members of the document. A
+    // drag that fails by it must not keep the mouse from the page for good.
+    function guarded(work) {
+        return argument => {
+            try {
+                work(argument);
+            } catch (error) {
+                abandon();
+                throw error;
+            }
+        };
+    }
+
+    function abandon() {
+        const { ghost, pulse } = drag ?? {};
+        drag = null;
+        idle = false;
+        swallowClick = false;
+        clearInterval(pulse);
+        ghost?.remove();
+    }
+
     function listen(types, listener) {
         for (const type of types)
-            addEventListener(type, listener, { capture: true, passive: false });
+            addEventListener(type, guarded(listener), { capture: true, passive: false });
     }
 
     listen(["dragstart"], event => {
