@@ -139,10 +139,10 @@ TEST_F(PageDialogs, answer_a_confirmation_by_keys)
     press_key(view, KEY_ESCAPE);
     EXPECT_TRUE(view.wait_for_console("said false"));
 
-    // The buttons are all that Tab gets to: from OK to Cancel, to OK, to Cancel.
+    // The buttons are all that Tab gets to: from OK to the end of all dialogs, to Cancel, and around.
     start("console.log('said ' + confirm('Really?'))");
     ASSERT_TRUE(shows(view, ACCEPT));
-    view.type_text("\t\t\t\n");
+    view.type_text("\t\t\t\t\t\n");
     EXPECT_TRUE(view.wait_for_console("said false"));
 }
 
@@ -303,6 +303,92 @@ TEST_F(PageDialogs, wait_for_each_other)
     })) << "not exactly one of the two was answered";
 }
 
+TEST_F(PageDialogs, let_the_user_end_them_from_the_second_on)
+{
+    HttpServer server;
+    server.serve("/", html("<body style='background:#00ff00'>"));
+    show("");
+    start("for (let i = 0; i < 30; ++i) alert(i); console.log('said ' + confirm('x'))");
+    ASSERT_TRUE(shows(view, ACCEPT));
+    EXPECT_EQ(find_colour(view.picture(), END).count, 0u) << "it is the first one";
+    view.type_text("\n");
+    ASSERT_TRUE(click_on(view, END));
+    EXPECT_TRUE(view.wait_for_console("said false"));
+    EXPECT_TRUE(shows_no(view, CARD));
+
+    // Another page may ask again.
+    ASSERT_TRUE(view.go_to(server.url("/")));
+    ASSERT_TRUE(view.wait_for_colour(2, 2, GREEN));
+    start("console.log('said ' + confirm('x'))");
+    ASSERT_TRUE(shows(view, ACCEPT));
+    view.type_text("\n");
+    EXPECT_TRUE(view.wait_for_console("said true"));
+}
+
+TEST_F(PageDialogs, are_back_when_the_host_loads_the_page_again)
+{
+    HttpServer server;
+    server.serve("/", html("<body style='background:white'>"));
+    ASSERT_TRUE(view.open(server.url("/")));
+    ASSERT_TRUE(view.wait_for_colour(2, 2, WHITE));
+    start("alert(1); alert(2); console.log('after')");
+    ASSERT_TRUE(shows(view, ACCEPT));
+    view.type_text("\n");
+    ASSERT_TRUE(click_on(view, END));
+    ASSERT_TRUE(view.wait_for_console("after"));
+
+    // The page itself cannot bring them back.
+    size_t loads = view.loads().size();
+    view.run("location.reload()");
+    ASSERT_TRUE(view.wait_for_load(Load::SUCCEEDED, loads));
+    EXPECT_EQ(view.evaluate("confirm('x')"), "false");
+
+    loads = view.loads().size();
+    view->reload();
+    ASSERT_TRUE(view.wait_for_load(Load::SUCCEEDED, loads));
+    start("console.log('said ' + confirm('x'))");
+    ASSERT_TRUE(shows(view, ACCEPT));
+    view.type_text("\n");
+    EXPECT_TRUE(view.wait_for_console("said true"));
+}
+
+TEST_F(PageDialogs, let_the_user_leave_a_page_that_may_ask_no_more)
+{
+    HttpServer server;
+    server.serve("/", html("<body style='background:#00ff00'>"));
+    show("<script>onbeforeunload = e => e.preventDefault()</script>");
+    view.click(100, 100);  // only pages that have been used may ask
+    ASSERT_TRUE(view.draw_until(
+        [&] { return view.evaluate("navigator.userActivation.hasBeenActive") == "true"; }));
+    start("alert(1); alert(2); console.log('after')");
+    ASSERT_TRUE(shows(view, ACCEPT));
+    view.type_text("\n");
+    ASSERT_TRUE(click_on(view, END));
+    ASSERT_TRUE(view.wait_for_console("after"));
+    view.run("location = '" + server.url("/") + "'");
+    EXPECT_TRUE(view.wait_for_colour(2, 2, GREEN));
+}
+
+TEST_F(PageDialogs, end_for_passwords_too)
+{
+    HttpServer server;
+    server.serve("/i", behind_password("ann", "s3cret", {.body = "in"}));
+    server.serve("/",
+                 html("<body style='background:white'><script>let left = 200;"
+                      "for (let i = 0; i < 200; ++i) {"
+                      "    const image = new Image;"
+                      "    image.onerror = () => --left || console.log('all refused');"
+                      "    image.src = '/i?' + i;"
+                      "}</script>"));
+    ASSERT_TRUE(view.show_html("<p>before"));
+    view->set_url(server.url("/"));
+    ASSERT_TRUE(shows(view, ACCEPT));
+    press_key(view, KEY_ESCAPE);
+    ASSERT_TRUE(click_on(view, END));
+    EXPECT_TRUE(view.wait_for_console("all refused"));
+    EXPECT_TRUE(shows_no(view, CARD));
+}
+
 TEST_F(PageDialogs, choose_a_colour_by_its_number)
 {
     show(input("type=color value='#336699'"));
@@ -387,6 +473,27 @@ TEST_F(PageDialogs, choose_a_folder)
     press_key(view, KEY_BACKTAB);
     view.type_text((folder.path / "inner").string() + "\n");
     ASSERT_TRUE(click_on(view, ACCEPT));
+    EXPECT_TRUE(view.wait_for_console("inner/three.txt"));
+}
+
+TEST_F(PageDialogs, take_no_folder_by_enter)
+{
+    // Enter has opened the dialog, is held, or is pressed once more.
+    const Folder folder;
+    show(input("type=file webkitdirectory"));
+    view.click(INPUT_X, INPUT_Y);
+    ASSERT_TRUE(shows(view, FIELD, 10000));
+    view.type_text("\n\n");
+    press_key(view, KEY_BACKTAB);
+    view.type_text(folder.path.string() + "\n\n\t");
+    ASSERT_TRUE(shows_entries(view));
+    press_key(view, KEY_DOWN);
+    view.type_text("\n\n\n");
+    ASSERT_TRUE(shows(view, ACCEPT)) << "the dialog has been answered";
+    EXPECT_EQ(view.evaluate("i.files.length"), "0");
+
+    // Its button takes the one that is shown, by a key too.
+    view.type_text("\t\t\n");
     EXPECT_TRUE(view.wait_for_console("inner/three.txt"));
 }
 

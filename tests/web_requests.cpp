@@ -179,6 +179,46 @@ TEST_F(PageRequests, a_window_without_a_page_leaves_the_page_alone)
               "\"/\"");
 }
 
+TEST_F(PageRequests, a_page_that_opens_windows_without_end_is_stopped)
+{
+    HttpServer other;
+    other.serve("/", html("<body style='background:#00ff00'>"));
+    open();
+    expect_message_matching(
+        "^WebView \\d+: the page has opened 10 windows by itself, and may open no more$");
+    view.run("for (let i = 0; i < 2000; ++i) open('about:blank'); console.log('done')");
+    view->set_url(other.url("/"));
+    EXPECT_TRUE(view.wait_for_colour(2, 2, GREEN));
+    // The next page may open some.
+    server.serve("/new", html("<body style='background:blue'>"));
+    view.run("open('" + server.url("/new") + "')");
+    EXPECT_TRUE(view.wait_for_colour(2, 2, BLUE));
+}
+
+TEST_F(PageRequests, a_page_cannot_fill_the_log)
+{
+    open();
+    for (int i = 0; i < 9; ++i)
+        expect_message_matching("asked for the location; refused$");
+    expect_message_matching("asked for the location; refused \\(no more messages of this kind for "
+                            "this page\\)$");
+    for (int i = 0; i < 15; ++i)
+        EXPECT_EQ(view.evaluate(WHERE_AM_I), "\"code 1\"");
+}
+
+TEST_F(PageRequests, a_download_is_ignored_with_a_message)
+{
+    server.serve("/saved", {.headers = {{"Content-Type", "application/zip"}}, .body = "zip"});
+    HostWebView other({640, 480});
+    ASSERT_TRUE(other.show_html("<p>another view, which has nothing to do with it"));
+    open();
+    expect_message_matching("^WebView \\d+: \"saved(\\.zip)?\" is a download; ignored, for views "
+                            "save no files: http://127\\.0\\.0\\.1:\\d+/saved$");
+    on_click("location = '/saved'");
+    EXPECT_TRUE(view.draw_until(all_expected_messages_came));
+    EXPECT_EQ(view.evaluate("location.pathname"), "\"/\"");
+}
+
 TEST_F(PageRequests, a_page_cannot_close_the_view)
 {
     open();

@@ -2,13 +2,16 @@
 
 #include "runtime/context.h"
 #include "support/host_web_view.h"
+#include "support/http_server.h"
 #include "support/library.h"
+#include "support/message_log.h"
 #include "web/url_interceptor.h"
 #include "web/web_view.h"
 
 #include <marlune/marlune.h>
 
 #include <QGuiApplication>
+#include <QJSValue>
 #include <QMetaProperty>
 #include <QQmlComponent>
 #include <QQmlContext>
@@ -214,6 +217,48 @@ TEST_F(WebScene, knows_the_view_as_a_property_of_its_context)
         return context->contextProperty(QStringLiteral("ctx")).value<WebView*>() != nullptr
             && context->contextProperty(QStringLiteral("customWebProfile")).value<QObject*>();
     }));
+}
+
+TEST_F(WebScene, keeps_the_last_calls_alone_while_there_is_no_page)
+{
+    ASSERT_TRUE(view.open("about:blank"));
+    on_qt([] { return the_root()->setProperty("started", false); });
+    for (int i = 0; i < 1100; ++i)
+        view->run_javascript("1");
+    const auto waiting = [] {
+        return on_qt([] {
+            return the_root()->property("waiting").value<QJSValue>().property("length").toInt();
+        });
+    };
+    EXPECT_EQ(waiting(), 1000);
+
+    expect_message_matching("the web engine draws on the graphics hardware");
+    on_qt([] { return QMetaObject::invokeMethod(the_root(), "decide", Q_ARG(bool, true)); });
+    view->run_javascript("1");
+    EXPECT_EQ(waiting(), 0) << "a page that can never be drawn";
+}
+
+TEST_F(WebScene, names_the_host_that_asks_for_a_password_and_not_the_user_in_its_address)
+{
+    HttpServer server;
+    server.serve("/", behind_password("ann", "s3cret", {.body = "in"}));
+    ASSERT_TRUE(view.open("about:blank"));
+    std::string address = server.url("/");
+    address.insert(address.find("127"), "bank.example%2Flogin@");
+    view->set_url(address);
+    const auto message = [] {
+        return on_qt([] {
+            for (QQuickItem* const item : the_root()->findChildren<QQuickItem*>()) {
+                if (item->property("server").isValid())
+                    return item->property("message").toString().toStdString();
+            }
+            return std::string();
+        });
+    };
+    ASSERT_TRUE(view.draw_until([&] { return !message().empty(); }));
+    EXPECT_EQ(message(),
+              "http://127.0.0.1:" + std::to_string(server.port())
+                  + " asks for a name and a password.");
 }
 
 TEST(GodotUrlInterceptor, can_be_made_by_a_scene)

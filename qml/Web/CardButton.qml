@@ -12,11 +12,13 @@ Button {
     required property real em
     // The one that Enter means.
     property bool primary
+    // One that steps back behind the others.
+    property bool quiet
 
     // Whether the click comes from Enter.
     property bool enterHeld
 
-    readonly property color base: primary ? "#7fd6d0" : "#1c3a5c"
+    readonly property color base: primary ? "#7fd6d0" : quiet ? "#142d4e" : "#1c3a5c"
 
     function enter(): void {
         button.enterHeld = true;

@@ -15,7 +15,9 @@ DialogCard {
 
     readonly property bool proxy:
         request.type === AuthenticationDialogRequest.AuthenticationTypeProxy
-    readonly property string server: request.url.toString().replace(/^(\w+:\/\/[^\/]*).*/, "$1")
+    // Without the name that a link may have put before the host: it looks like a host itself.
+    readonly property string server: request.url.toString()
+        .replace(/^(\w+:\/\/)(?:[^\/?#]*@)?([^\/?#]*).*$/, "$1$2")
 
     title: qsTr("Sign in")
     message: proxy ? qsTr("The proxy %1 asks for a name and a password.").arg(request.proxyHost)

@@ -23,6 +23,10 @@ FocusScope {
     // Empty for a question that can only be accepted; Escape ends that one too.
     property string rejectText: qsTr("Cancel")
     property bool acceptable: true
+    // False where Enter is not enough to accept, but only the button itself.
+    property bool acceptsEnter: true
+    // Whether the user may end all dialogs of the page by this one.
+    property bool endable
     property real preferredWidth: em * 30
     // What has the focus at first; null for the button that accepts.
     property Item firstFocus
@@ -35,6 +39,8 @@ FocusScope {
 
     signal accepted()
     signal rejected()
+    // The user wants no more dialogs; this one is still to be rejected.
+    signal ended()
 
     function accept(): void {
         if (card.answered || !card.acceptable)
@@ -52,7 +58,8 @@ FocusScope {
 
     function enter(): void {
         card.enterHeld = true;
-        card.accept();
+        if (card.acceptsEnter)
+            card.accept();
     }
 
     function takeFocus(): void {
@@ -183,6 +190,18 @@ FocusScope {
                         card.enterHeld = enterHeld;
                         card.accept();
                     }
+                }
+            }
+
+            CardButton {
+                Layout.fillWidth: true
+                em: card.em
+                quiet: true
+                text: qsTr("No more dialogs from this page")
+                visible: card.endable
+                onClicked: {
+                    card.enterHeld = enterHeld;
+                    card.ended();
                 }
             }
         }

@@ -23,6 +23,8 @@ DialogCard {
     // The model lists what is in that folder: it reads on a thread of its own, and keeps what it had until
     // it is done. Keys must not act on that.
     property bool listed
+    // For a moment the second click of the double click that has opened this dialog may be still to come.
+    property bool settled
     // The paths of the files that are marked.
     property list<string> marked
 
@@ -40,9 +42,10 @@ DialogCard {
     function open(path: string): void {
         dialog.marked = [];
         dialog.path = path;
-        const address = dialog.toUrl(path);
-        dialog.listed = dialog.listed && address.toString() === model.folder.toString();
-        model.folder = address;
+        // The model lists nothing anew where it is already.
+        const before = model.folder.toString();
+        model.folder = dialog.toUrl(path);
+        dialog.listed = dialog.listed && model.folder.toString() === before;
         list.currentIndex = -1;
     }
 
@@ -74,7 +77,7 @@ DialogCard {
     // What a double click or Enter does to an entry.
     function choose(index: int): void {
         if (index < 0) {
-            dialog.accept();
+            dialog.enter();
         } else if (model.isFolder(index)) {
             dialog.open(model.get(index, "filePath"));
         } else {
@@ -96,11 +99,19 @@ DialogCard {
         : several ? qsTr("Choose files") : qsTr("Choose a file")
     preferredWidth: em * 36
     acceptText: saves ? qsTr("Save") : takesFolder ? qsTr("Choose this folder") : qsTr("Open")
-    acceptable: takesFolder || (saves ? /^[^\/\\]+$/.test(fileName.text) : marked.length > 0)
+    acceptable: takesFolder ? settled : (saves ? /^[^\/\\]+$/.test(fileName.text) : marked.length > 0)
+    // A whole folder goes out by its button alone: Enter may be held, or pressed once too often.
+    acceptsEnter: !takesFolder
     firstFocus: saves ? fileName : list
 
     onAccepted: dialog.request.dialogAccept(dialog.choice())
     onRejected: dialog.request.dialogReject()
+
+    Timer {
+        interval: 500
+        running: true
+        onTriggered: dialog.settled = true
+    }
 
     FolderListModel {
         id: model

@@ -27,6 +27,22 @@ Item {
     // Dialogs to come, as { component, request }; the first one is shown as `dialog`.
     property var waiting: []
     property DialogCard dialog
+    // Of one site, until the host or the page goes on to another: the dialogs that it has shown, whether
+    // the user wants no more of them, the windows that its scripts have opened, and the lines that it has
+    // written to the log, by their kind.
+    property int shown
+    property bool silent
+    property int windows
+    property var lines: ({})
+    property string site
+    // The next page that is there starts from nothing: it is of another site, or the host has wanted it.
+    property bool forgiving
+
+    readonly property int mostWaiting: 20
+    readonly property int mostWindows: 10
+    readonly property int mostLines: 10
+    readonly property bool opensTooManyWindows: windows >= mostWindows
+
     // Where the user has last chosen a file.
     property string lastFolder
 
@@ -43,25 +59,61 @@ Item {
         [WebEnginePermission.PermissionType.LocalFontsAccess]: "the fonts"
     })
 
-    function log(text: string): void {
-        console.warn(`${extras.view.objectName}: ${text}`);
+    // A page can bring messages without end, and of any length.
+    function log(kind: string, text: string): void {
+        const count = (extras.lines[kind] ?? 0) + 1;
+        extras.lines[kind] = count;
+        if (count > extras.mostLines)
+            return;
+        const line = extras.view.shortened(text, 500, 1);
+        const last = count === extras.mostLines ? " (no more messages of this kind for this page)" : "";
+        console.warn(`${extras.view.objectName}: ${line}${last}`);
     }
 
     function refuse(origin: url, what: string): void {
-        extras.log(`${origin} asked for ${what}; refused`);
+        extras.log("permission", `${origin} asked for ${what}; refused`);
+    }
+
+    function forgive(): void {
+        if (!extras.forgiving)
+            return;
+        extras.forgiving = false;
+        extras.shown = 0;
+        extras.silent = false;
+        extras.windows = 0;
+        extras.lines = {};
     }
 
     // --- dialogs ---------------------------------------------------------------------------------
 
     function ask(component: Component, request: QtObject): void {
+        if (extras.waiting.length >= extras.mostWaiting) {
+            extras.log("dialog", `more than ${extras.mostWaiting} dialogs wait; this one is rejected`);
+            request.dialogReject();
+            return;
+        }
         extras.waiting.push({ component: component, request: request });
         if (extras.waiting.length === 1)
             extras.showNext();
     }
 
+    // For what a page can ask without any doing of the user.
+    function askUnlessSilent(component: Component, request: QtObject): void {
+        if (extras.silent)
+            refusal.add(request);
+        else
+            extras.ask(component, request);
+    }
+
+    function silence(): void {
+        extras.silent = true;
+        extras.dismiss();
+    }
+
     function showNext(): void {
         menu.close(WebEngineView.NoWebAction);
         tip.visible = false;
+        ++extras.shown;
         const next = extras.waiting[0];
         extras.dialog = next.component.createObject(extras, { request: next.request }) as DialogCard;
     }
@@ -92,6 +144,28 @@ Item {
         const orphans = extras.waiting.splice(1);
         extras.dialog?.reject();
         orphans.forEach(orphan => orphan.request.dialogReject());
+        refusal.rejectAll();
+    }
+
+    // A page that asks in a loop is answered at a pace that leaves the Qt thread to others.
+    Timer {
+        id: refusal
+
+        property var requests: []
+
+        function add(request: QtObject): void {
+            refusal.requests.push(request);
+            refusal.start();
+        }
+
+        function rejectAll(): void {
+            refusal.stop();
+            refusal.requests.splice(0).forEach(request => request.dialogReject());
+        }
+
+        interval: 50
+        onTriggered: refusal.rejectAll()
+        Component.onDestruction: refusal.rejectAll()
     }
 
     // Those that are not shown yet; the one that is shown rejects its own.
@@ -101,9 +175,13 @@ Item {
         id: pageDialog
 
         PageDialog {
+            id: asking
+
             anchors.fill: parent
             view: extras.view
             em: extras.em
+            endable: !asking.leaving && extras.shown > 1
+            onEnded: extras.silence()
         }
     }
 
@@ -114,6 +192,8 @@ Item {
             anchors.fill: parent
             view: extras.view
             em: extras.em
+            endable: extras.shown > 1
+            onEnded: extras.silence()
         }
     }
 
@@ -241,12 +321,16 @@ Item {
 
         function onJavaScriptDialogRequested(request: JavaScriptDialogRequest): void {
             request.accepted = true;
-            extras.ask(pageDialog, request);
+            // Whoever wants no more of a page may leave it.
+            if (extras.silent && request.type === JavaScriptDialogRequest.DialogTypeBeforeUnload)
+                request.dialogAccept();
+            else
+                extras.askUnlessSilent(pageDialog, request);
         }
 
         function onAuthenticationDialogRequested(request: AuthenticationDialogRequest): void {
             request.accepted = true;
-            extras.ask(credentialsDialog, request);
+            extras.askUnlessSilent(credentialsDialog, request);
         }
 
         function onColorDialogRequested(request: ColorDialogRequest): void {
@@ -282,10 +366,22 @@ Item {
         function onLoadingChanged(info: webEngineLoadingInfo): void {
             if (info.status === WebEngineView.LoadStartedStatus)
                 extras.dismiss();
+            else if (info.status === WebEngineView.LoadSucceededStatus)
+                extras.forgive();
+        }
+
+        // A loading begins at 10 %; more is the new page's.
+        function onLoadProgressChanged(): void {
+            if (extras.page.loading && extras.page.loadProgress > 10)
+                extras.forgive();
         }
 
         function onUrlChanged(): void {
             extras.dismiss();
+            const site = extras.page.url.toString().match(/^\w+:(\/\/[^\/]*)?/)?.[0] ?? "";
+            if (site !== extras.site)
+                extras.forgiving = true;
+            extras.site = site;
         }
 
         function onRenderProcessTerminated(): void {
@@ -295,6 +391,9 @@ Item {
         // There is one window, so links into new ones open in it. The engine asks the navigation
         // handler about that as about any other navigation.
         function onNewWindowRequested(request: WebEngineNewWindowRequest): void {
+            if (!request.userInitiated && ++extras.windows === extras.mostWindows)
+                extras.log("window", `the page has opened ${extras.mostWindows} windows by itself, and may `
+                           + "open no more");
             const address = request.requestedUrl.toString();
             // A script would run in the page that is open, whatever frame it comes from.
             if (address !== "" && !/^(about|javascript):/i.test(address))
@@ -302,7 +401,7 @@ Item {
         }
 
         function onWindowCloseRequested(): void {
-            extras.log("the page asked to be closed; ignored, for the view belongs to the host");
+            extras.log("close", "the page asked to be closed; ignored, for the view belongs to the host");
         }
 
         function onFullScreenRequested(request: fullScreenRequest): void {
@@ -335,7 +434,7 @@ Item {
 
         function onCertificateError(error: webEngineCertificateError): void {
             error.rejectCertificate();
-            extras.log(`the certificate of ${error.url} is not trusted, so it is not loaded: `
+            extras.log("certificate", `the certificate of ${error.url} is not trusted, so it is not loaded: `
                        + error.description);
         }
 
@@ -356,7 +455,7 @@ Item {
 
         function onWebAuthUxRequested(request: WebEngineWebAuthUxRequest): void {
             request.cancel();
-            extras.log(`${request.relyingPartyId} asked for a security key; refused`);
+            extras.log("permission", `${request.relyingPartyId} asked for a security key; refused`);
         }
 
         function onQuotaRequested(request: webEngineQuotaRequest): void {
@@ -364,11 +463,23 @@ Item {
         }
 
         function onPrintRequested(): void {
-            extras.log("the page asked to be printed; ignored, for there is nothing to print to");
+            extras.log("print", "the page asked to be printed; ignored, for there is nothing to print to");
         }
 
         function onPrintRequestedByFrame(): void {
-            extras.log("a frame of the page asked to be printed; ignored, for there is nothing to print to");
+            extras.log("print",
+                       "a frame of the page asked to be printed; ignored, for there is nothing to print to");
+        }
+    }
+
+    // The profile is that of all views.
+    Connections {
+        target: extras.page?.profile ?? null
+
+        function onDownloadRequested(download: WebEngineDownloadRequest): void {
+            if (download.view === extras.page)
+                extras.log("download", `"${download.suggestedFileName}" is a download; ignored, for views `
+                           + `save no files: ${download.url}`);
         }
     }
 }

@@ -33,8 +33,9 @@ Item {
     // The host's device cannot take the pictures that the engine makes.
     property bool undrawable
 
-    // What was asked of the page before it was there.
+    // What was asked of the page before it was there; the last of it, where no page ever comes.
     property var waiting: []
+    readonly property int mostWaiting: 1000
 
     readonly property var navigationTypes: ({
         [WebEngineNavigationRequest.LinkClickedNavigation]: "link_clicked",
@@ -87,11 +88,12 @@ Item {
     function whenThere(work: var): void {
         if (page)
             work(page);
-        else
-            waiting.push(work);
+        else if (!undrawable && waiting.push(work) > mostWaiting)
+            waiting.shift();
     }
 
     function load_html(html, base_url) {
+        extras.forgiving = true;
         whenThere(page => page.loadHtml(html, base_url));
     }
 
@@ -116,10 +118,12 @@ Item {
     }
 
     function reload(): void {
+        extras.forgiving = true;
         whenThere(page => page.reload());
     }
 
     function reload_and_bypass_cache(): void {
+        extras.forgiving = true;
         whenThere(page => page.reloadAndBypassCache());
     }
 
@@ -145,6 +149,8 @@ Item {
             const engineName = name.replace("fullscreen", "fullScreen");
             page.settings[engineName] = Qt.binding(() => view[name]);
         }
+        page.settings.javascriptCanOpenWindows =
+            Qt.binding(() => view.javascriptCanOpenWindows && !extras.opensTooManyWindows);
         started = true;
         open(page, view.url);
         const work = waiting;
@@ -162,6 +168,8 @@ Item {
 
     function decide(engineDrawsOnHardware: bool): void {
         undrawable = engineDrawsOnHardware;
+        if (undrawable)
+            waiting = [];
         engineDrawsInMemory = !engineDrawsOnHardware;
         if (engineDrawsOnHardware)
             console.warn(`${view.objectName}: the web engine draws on the graphics hardware, but the host's `
@@ -181,6 +189,7 @@ Item {
 
     // A relative URL would be taken as relative to this file.
     function open(page: WebEngineView, url: string): void {
+        extras.forgiving = true;
         if (/^[a-z][a-z0-9+.-]*:/i.test(url))
             page.url = url;
     }

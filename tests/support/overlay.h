@@ -16,6 +16,7 @@ namespace overlay {
 inline constexpr Colour CARD{0x0f, 0x23, 0x40, 255};     // dialogs and the menu
 inline constexpr Colour ACCEPT{0x7f, 0xd6, 0xd0, 255};   // the button that Enter means
 inline constexpr Colour REJECT{0x1c, 0x3a, 0x5c, 255};   // the other one
+inline constexpr Colour END{0x14, 0x2d, 0x4e, 255};      // "No more dialogs from this page"
 inline constexpr Colour FIELD{0x07, 0x13, 0x27, 255};    // a line to fill in
 inline constexpr Colour CURRENT{0x24, 0x50, 0x7a, 255};  // the menu's entry under the mouse
 
