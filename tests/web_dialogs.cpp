@@ -11,7 +11,9 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <string>
+#include <vector>
 
 namespace marlune::test {
 
@@ -387,6 +389,24 @@ TEST_F(PageDialogs, end_for_passwords_too)
     ASSERT_TRUE(click_on(view, END));
     EXPECT_TRUE(view.wait_for_console("all refused"));
     EXPECT_TRUE(shows_no(view, CARD));
+}
+
+TEST_F(PageDialogs, wait_twenty_at_most)
+{
+    // The engine asks few servers at a time for more than one image.
+    std::vector<std::unique_ptr<HttpServer>> servers;
+    std::string images;
+    for (int i = 0; i < 21; ++i) {
+        servers.push_back(std::make_unique<HttpServer>());
+        servers.back()->serve("/i", behind_password("ann", "s3cret", {.body = "in"}));
+        images += "<img src='" + servers.back()->url("/i") + "'>";
+    }
+    HttpServer page;
+    page.serve("/", html(images));
+    ASSERT_TRUE(view.show_html("<p>before"));
+    expect_message_matching("^WebView \\d+: more than 20 dialogs wait; this one is rejected$");
+    view->set_url(page.url("/"));
+    EXPECT_TRUE(view.draw_until(all_expected_messages_came));
 }
 
 TEST_F(PageDialogs, choose_a_colour_by_its_number)
