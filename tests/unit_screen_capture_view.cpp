@@ -240,6 +240,14 @@ TEST_F(ScreenCaptureViews, tell_of_a_written_property_only_when_it_differs)
     EXPECT_EQ(hint.count(), 1);
 }
 
+TEST_F(ScreenCaptureViews, are_active_with_any_number_but_zero)
+{
+    QSignalSpy active(view.get(), &ScreenCaptureView::activeChanged);
+    EXPECT_TRUE(view->setProperty("active", 2u));
+    EXPECT_EQ(view->property("active"), 1u);
+    EXPECT_EQ(active.count(), 0) << "nothing has changed";
+}
+
 TEST_F(ScreenCaptureViews, take_hints_from_any_thread_while_their_scene_reads_them)
 {
     QQmlEngine engine;
@@ -384,6 +392,14 @@ TEST_F(ScreenRecorders, keep_their_screen_when_only_the_hint_changes)
     QSignalSpy spy(capture(), &QScreenCapture::screenChanged);
     set_hint("no screen is called that");
     EXPECT_EQ(spy.count(), 0);
+}
+
+TEST_F(ScreenRecorders, are_active_with_any_number_but_zero)
+{
+    QSignalSpy active(recorder.get(), &ScreenRecorder::activeChanged);
+    EXPECT_TRUE(recorder->setProperty("active", 2u));
+    EXPECT_EQ(recorder->property("active"), 1u);
+    EXPECT_EQ(active.count(), 0) << "nothing has changed";
 }
 
 TEST_F(ScreenRecorders, capture_when_activity_is_told_of_and_not_before)

@@ -17,10 +17,10 @@ namespace {
 
 /** Carries a question to the view's camera; a view that has none gives the default too. */
 template <typename Result, typename Work>
-Result ask_camera(const char* name, View* view, Work work)
+Result ask_camera(const char* name, View* target, Work work)
 {
     return call<CameraView>(
-        name, view, Delivery::Queued, Result(), [&](CameraView& view) -> Result {
+        name, target, Delivery::Queued, Result(), [&](CameraView& view) -> Result {
             QCamera* const camera = view.camera();
             return camera ? static_cast<Result>(std::invoke(work, *camera)) : Result();
         });
@@ -40,9 +40,12 @@ auto on_camera(void (QCamera::*member)(Arguments...), std::decay_t<Arguments>...
 template <typename Mode>
 std::optional<Mode> to_mode(int number)
 {
-    if (!QMetaEnum::fromType<Mode>().valueToKey(number))
-        return std::nullopt;
-    return static_cast<Mode>(number);
+    const auto modes = QMetaEnum::fromType<Mode>();
+    for (int i = 0; i < modes.keyCount(); ++i) {
+        if (modes.value(i) == number)
+            return static_cast<Mode>(number);
+    }
+    return std::nullopt;
 }
 
 std::vector<float> to_host(const QPointF& point)

@@ -18,21 +18,23 @@ namespace {
 
 /** Carries a question to the view's player; a view whose scene has ended it gives the default too. */
 template <typename Result, typename Work>
-Result ask_player(const char* name, View* view, Result fallback, Work work)
+Result ask_player(const char* name, View* target, Result fallback, Work work)
 {
-    return call<VideoView>(name, view, Delivery::Queued, fallback, [&](VideoView& view) -> Result {
-        QMediaPlayer* const player = view.player();
-        return player ? static_cast<Result>(std::invoke(work, *player)) : fallback;
-    });
+    return call<VideoView>(
+        name, target, Delivery::Queued, fallback, [&](VideoView& view) -> Result {
+            QMediaPlayer* const player = view.player();
+            return player ? static_cast<Result>(std::invoke(work, *player)) : fallback;
+        });
 }
 
 template <typename Result, typename Work>
-Result ask_output(const char* name, View* view, Result fallback, Work work)
+Result ask_output(const char* name, View* target, Result fallback, Work work)
 {
-    return call<VideoView>(name, view, Delivery::Queued, fallback, [&](VideoView& view) -> Result {
-        QAudioOutput* const output = view.audio_output();
-        return output ? static_cast<Result>(std::invoke(work, *output)) : fallback;
-    });
+    return call<VideoView>(
+        name, target, Delivery::Queued, fallback, [&](VideoView& view) -> Result {
+            QAudioOutput* const output = view.audio_output();
+            return output ? static_cast<Result>(std::invoke(work, *output)) : fallback;
+        });
 }
 
 /** Work on the player, to be carried in one way or another. */
@@ -71,8 +73,8 @@ void MVideoPlayerView::stop() const
 
 void MVideoPlayerView::reset() const
 {
-    post<VideoView>("marlune::MVideoPlayerView::reset", view_, [](VideoView& view) {
-        run_outside_callbacks(view, [](VideoView& view) { view.reset(); });
+    post<VideoView>("marlune::MVideoPlayerView::reset", view_, [](VideoView& target) {
+        run_outside_callbacks(target, [](VideoView& view) { view.reset(); });
     });
 }
 

@@ -58,7 +58,14 @@ void ScreenCaptureView::set_physical_screen_hint(const QString& hint)
     emit physical_screen_hintChanged();
 }
 
-/** As any property's: an equal value is not told of. */
+// What a scene writes is reported only when it differs, as with any property.
+
+void ScreenCaptureView::write_active(uint active)
+{
+    if ((active != 0) != active_)
+        set_active(active != 0);
+}
+
 void ScreenCaptureView::write_physical_screen_hint(const QString& hint)
 {
     if (hint != physical_screen_hint())

@@ -11,7 +11,7 @@ namespace marlune {
 /** The view that shows a screen: what its scene, the component "ScreenCapture", binds to. */
 class ScreenCaptureView : public QuickView {
     Q_OBJECT
-    Q_PROPERTY(uint active MEMBER active_ NOTIFY activeChanged)
+    Q_PROPERTY(uint active READ active WRITE write_active NOTIFY activeChanged)
     Q_PROPERTY(QString physical_screen_hint READ physical_screen_hint WRITE
                    write_physical_screen_hint NOTIFY physical_screen_hintChanged)
 
@@ -35,6 +35,7 @@ signals:
     void physical_screen_hintChanged();
 
 private:
+    void write_active(uint active);
     void write_physical_screen_hint(const QString& hint);
 
     bool active_ = true;

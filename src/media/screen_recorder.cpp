@@ -59,6 +59,14 @@ ScreenRecorder::~ScreenRecorder()
     delete screen_capture_;
 }
 
+void ScreenRecorder::set_active(uint active)
+{
+    if ((active != 0) == active_)
+        return;
+    active_ = active != 0;
+    emit activeChanged();
+}
+
 void ScreenRecorder::set_video_sink(QVideoSink* sink)
 {
     if (sink == video_sink_)

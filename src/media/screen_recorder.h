@@ -19,7 +19,7 @@ namespace marlune {
  */
 class ScreenRecorder : public QObject {
     Q_OBJECT
-    Q_PROPERTY(uint active MEMBER active_ NOTIFY activeChanged)
+    Q_PROPERTY(uint active READ active WRITE set_active NOTIFY activeChanged)
     Q_PROPERTY(QString physical_screen_hint MEMBER physical_screen_hint_)
     Q_PROPERTY(QVideoSink* videoSink READ video_sink WRITE set_video_sink NOTIFY videoSinkChanged)
     // For the scene alone, which says it in words: hosts are not told of errors.
@@ -28,6 +28,9 @@ class ScreenRecorder : public QObject {
 public:
     explicit ScreenRecorder(QObject* parent = nullptr);
     ~ScreenRecorder() override;
+
+    bool active() const { return active_; }
+    void set_active(uint active);
 
     QVideoSink* video_sink() const { return video_sink_; }
     void set_video_sink(QVideoSink* sink);

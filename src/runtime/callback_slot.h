@@ -52,7 +52,7 @@ public:
 
     class Stored : public HostFunction {
     public:
-        explicit Stored(Function function) : function(std::move(function)) {}
+        explicit Stored(Function stored) : function(std::move(stored)) {}
 
         const Function function;
     };

@@ -42,7 +42,8 @@ constexpr Modifier modifiers[] = {
 quint64 timestamp()
 {
     using namespace std::chrono;
-    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+    const auto now = duration_cast<milliseconds>(steady_clock::now().time_since_epoch());
+    return static_cast<quint64>(now.count());
 }
 
 /** The one modifier that a key event brings; "Ctrl+c" loses the word and the sign after it. */

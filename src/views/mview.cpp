@@ -49,9 +49,9 @@ MView& MView::operator=(MView&& other)
 void MView::set_view_monitor(VkInstance& instance) const
 {
     call<View>("marlune::MView::set_view_monitor", view_, Delivery::Blocking,
-               [instance](View& view) {
+               [instance](View& target) {
                    run_outside_callbacks(
-                       view, [instance](View& view) { view.set_view_monitor(instance); });
+                       target, [instance](View& view) { view.set_view_monitor(instance); });
                });
 }
 
@@ -77,7 +77,8 @@ std::tuple<uint32_t, uint32_t> MView::get_resolution() const
     return call<View>("marlune::MView::get_resolution", view_, Delivery::Queued, Resolution(0, 0),
                       [](View& view) {
                           const QSizeF size = view.get_resolution();
-                          return Resolution(size.width(), size.height());
+                          return Resolution(static_cast<uint32_t>(size.width()),
+                                            static_cast<uint32_t>(size.height()));
                       });
 }
 
@@ -119,15 +120,17 @@ uint64_t MView::get_texture() const
 
 void MView::reset() const
 {
-    call<View>("marlune::MView::reset", view_, Delivery::Blocking,
-               [](View& view) { run_outside_callbacks(view, [](View& view) { view.reset(); }); });
+    call<View>("marlune::MView::reset", view_, Delivery::Blocking, [](View& target) {
+        run_outside_callbacks(target, [](View& view) { view.reset(); });
+    });
 }
 
 void MView::destroy()
 {
     // Another thread's copy may have deleted the view by now: then the call does not run.
-    call<View>("marlune::MView::destroy", view_, Delivery::Blocking,
-               [](View& view) { run_outside_callbacks(view, [](View& view) { delete &view; }); });
+    call<View>("marlune::MView::destroy", view_, Delivery::Blocking, [](View& target) {
+        run_outside_callbacks(target, [](View& view) { delete &view; });
+    });
     view_ = nullptr;
 }
 

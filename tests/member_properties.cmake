@@ -1,0 +1,25 @@
+# moc reads and writes a property that is a MEMBER without conversion, so that MSVC warns in its output
+# where the types are not the same, as of a uint and a bool. No other compiler does.
+cmake_minimum_required(VERSION 3.25)
+
+file(GLOB_RECURSE headers "${SOURCE_DIR}/*.h")
+set(found 0)
+set(problems "")
+foreach(header IN LISTS headers)
+    file(READ "${header}" text)
+    string(REPLACE "qint64" "qlonglong" text "${text}")  # one type, two names
+    string(REGEX MATCHALL "Q_PROPERTY[(][^()]+ MEMBER [A-Za-z0-9_]+" properties "${text}")
+    foreach(property IN LISTS properties)
+        string(REGEX MATCH "[(](.*[^A-Za-z0-9_])[A-Za-z0-9_]+[ \n]+MEMBER (.*)$" _ "${property}")
+        string(STRIP "${CMAKE_MATCH_1}" type)
+        set(member "${CMAKE_MATCH_2}")
+        math(EXPR found "${found} + 1")
+        if(NOT type MATCHES "[*]$" AND NOT text MATCHES "\n +${type} ${member}( =|;|{)")
+            list(APPEND problems "${header}: ${member} is no ${type}")
+        endif()
+    endforeach()
+endforeach()
+if(problems OR found EQUAL 0)
+    list(JOIN problems "\n" problems)
+    message(FATAL_ERROR "${found} properties are members. Give these accessors:\n${problems}\n")
+endif()
