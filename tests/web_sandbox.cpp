@@ -12,10 +12,13 @@
 #include <gtest/gtest.h>
 
 #include <grp.h>
+#include <linux/seccomp.h>
 #include <sched.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -39,15 +42,46 @@ void become_ordinary()
         throw std::runtime_error("cannot become an ordinary user");
 }
 
-/** Whether the system lets ordinary users make what the sandbox is made of. */
-bool may_make_namespaces()
+/** What the sandbox is made of: each asks as an ordinary user, in a process that ends then. */
+struct Need {
+    const char* name;
+    bool (*is_met)();
+};
+
+/** Some systems let everybody make one, but give nobody any rights in it. */
+bool has_rights_in_namespaces()
+{
+    return unshare(CLONE_NEWUSER | CLONE_NEWPID | CLONE_NEWNET) == 0
+        && chroot("/proc/self/fdinfo") == 0;
+}
+
+bool has_shared_memory()
+{
+    std::string path = "/dev/shm/marlune-XXXXXX";
+    const int file = mkstemp(path.data());
+    return file >= 0 && unlink(path.c_str()) == 0;
+}
+
+/** The kernel reads a filter, if there is any, before it looks whether it may be set. */
+bool has_filters_of_calls()
+{
+    return prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, nullptr) == -1 && errno == EFAULT;
+}
+
+constexpr Need NEEDS[] = {
+    {"user namespaces with rights of their own", has_rights_in_namespaces},
+    {"/dev/shm to write to", has_shared_memory},
+    {"filters of system calls", has_filters_of_calls},
+};
+
+bool is_met(const Need& need)
 {
     const pid_t child = fork();
     if (child == 0) {
         become_ordinary();
-        _exit(unshare(CLONE_NEWUSER) == 0 ? EXIT_SUCCESS : EXIT_FAILURE);
+        _exit(need.is_met() ? EXIT_SUCCESS : EXIT_FAILURE);
     }
-    int status = 0;
+    int status = -1;
     waitpid(child, &status, 0);
     return status == 0;
 }
@@ -169,8 +203,10 @@ protected:
 
 TEST_F(Sandbox, guards_pages_and_keeps_origins_apart)
 {
-    if (!may_make_namespaces())
-        GTEST_SKIP() << "this system lets ordinary users make no user namespaces";
+    for (const Need& need : NEEDS) {
+        if (!is_met(need))
+            GTEST_SKIP() << "this system gives ordinary users no " << need.name;
+    }
     EXPECT_TRUE(ends_cleanly("sandboxed"));
 }
 

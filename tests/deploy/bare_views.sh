@@ -36,12 +36,13 @@ echo "--- over the add-on directory"
 
 echo "--- a page in the engine's sandbox, which wants an ordinary user"
 player=(setpriv --reuid 54321 --regid 54321 --clear-groups)
-if "$here/run_bare.sh" "$root" "${player[@]}" unshare --user true; then
+if "$here/run_bare.sh" "$root" "${player[@]}" \
+    unshare --user --map-root-user --net --pid --fork chroot / true; then
     "$here/run_bare.sh" "$root" MARLUNE_PROJECT_ROOT=/game SANDBOXED=1 HOME=/tmp XDG_RUNTIME_DIR=/tmp \
         unshare --pid --fork --mount-proc \
         "${player[@]}" timeout 60 /game/host /tmp/pictures /game/clip.mp4 page
 else
-    echo "not tried: this system lets nobody make user namespaces"
+    echo "not tried: this system gives nobody user namespaces with rights of their own"
 fi
 
 echo "--- the smallest example"
