@@ -11,7 +11,7 @@ DISPLAY='' PATH=$PATH:/usr/sbin:/sbin
 
 # The script's functions, for a repository that lies in $work.
 take_functions() {
-    set -- # the script looks at its arguments
+    qt=
     # shellcheck source=../dev
     source "$work/dev"
     root=$work/.root/trixie
