@@ -42,6 +42,16 @@ protected:
     /** Runs a script after the call that brings it: one that asks the user does not end before. */
     void start(const std::string& script) { view.run("setTimeout(() => { " + script + " })"); }
 
+    /** Lets the page ask, and the user want no more of that. */
+    void end_dialogs()
+    {
+        start("alert(1); alert(2); console.log('after')");
+        ASSERT_TRUE(shows(view, ACCEPT));
+        view.type_text("\n");
+        ASSERT_TRUE(click_on(view, END));
+        ASSERT_TRUE(view.wait_for_console("after"));
+    }
+
 private:
     WindowWatch watch_;
 
@@ -333,11 +343,7 @@ TEST_F(PageDialogs, are_back_when_the_host_loads_the_page_again)
     server.serve("/", html("<body style='background:white'>"));
     ASSERT_TRUE(view.open(server.url("/")));
     ASSERT_TRUE(view.wait_for_colour(2, 2, WHITE));
-    start("alert(1); alert(2); console.log('after')");
-    ASSERT_TRUE(shows(view, ACCEPT));
-    view.type_text("\n");
-    ASSERT_TRUE(click_on(view, END));
-    ASSERT_TRUE(view.wait_for_console("after"));
+    ASSERT_NO_FATAL_FAILURE(end_dialogs());
 
     // The page itself cannot bring them back.
     size_t loads = view.loads().size();
@@ -362,11 +368,7 @@ TEST_F(PageDialogs, let_the_user_leave_a_page_that_may_ask_no_more)
     view.click(100, 100);  // only pages that have been used may ask
     ASSERT_TRUE(view.draw_until(
         [&] { return view.evaluate("navigator.userActivation.hasBeenActive") == "true"; }));
-    start("alert(1); alert(2); console.log('after')");
-    ASSERT_TRUE(shows(view, ACCEPT));
-    view.type_text("\n");
-    ASSERT_TRUE(click_on(view, END));
-    ASSERT_TRUE(view.wait_for_console("after"));
+    ASSERT_NO_FATAL_FAILURE(end_dialogs());
     view.run("location = '" + server.url("/") + "'");
     EXPECT_TRUE(view.wait_for_colour(2, 2, GREEN));
 }
