@@ -3,6 +3,7 @@
 
 #include "support/host_web_view.h"
 #include "support/http_server.h"
+#include "support/memory.h"
 #include "support/message_log.h"
 #include "support/resource_pack.h"
 
@@ -15,9 +16,11 @@
 #include <map>
 #include <memory>
 #include <numeric>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace marlune::test {
@@ -300,6 +303,57 @@ TEST(ResourceCallback, that_gives_nothing_means_that_there_is_nothing)
     }
 }
 
+TEST(ResourceCallback, that_gives_more_than_there_can_be_is_reported)
+{
+    uint8_t byte = 'x';
+    uint64_t given = 0;
+    const Serving serving(beside_the_page([&](std::string, bool&, uint64_t& size) {
+        size = given;
+        return &byte;
+    }));
+    HostWebView view;
+    ASSERT_TRUE(view.open("res://pack/"));
+    for (const uint64_t impossible : {UINT64_MAX, uint64_t(1) << 63, uint64_t(INT64_MAX)}) {
+        given = impossible;
+        expect_message("marlune: the resource callback has given a size of "
+                       + std::to_string(impossible) + " bytes, for which there is no memory");
+        EXPECT_EQ(view.evaluate("ask('/file')"), "400") << impossible;
+    }
+}
+
+TEST(ResourceCallback, may_end_the_request_that_it_serves)
+{
+    std::optional<HostWebView> view(std::in_place);
+    std::atomic<int> ended = 0;
+    std::function<void()> end;
+    uint8_t byte = 'x';
+    const Serving serving(beside_the_page([&](std::string, bool&, uint64_t& size) {
+        end();
+        ++ended;
+        size = 1;
+        return &byte;
+    }));
+    MWebView& facade = view->facade();
+    const std::pair<const char*, std::function<void()>> ends[] = {
+        {"set_url", [&] { facade.set_url("about:blank"); }},
+        {"load_html", [&] { facade.load_html("<p>", ""); }},
+        {"reload", [&] { facade.reload(); }},
+        {"set_otr", [&] { facade.set_otr(true); }},
+        {"reset", [&] { facade.reset(); }},
+        {"destroy", [&] { facade.destroy(); }},
+    };
+    for (const auto& [name, act] : ends) {
+        SCOPED_TRACE(name);
+        end = act;
+        const int before = ended;
+        ASSERT_TRUE(view->open("res://pack/"));
+        view->run("ask('/file')");
+        EXPECT_TRUE(view->draw_until([&] { return ended > before; }));
+    }
+    view.emplace();
+    EXPECT_TRUE(view->open("about:blank"));
+}
+
 TEST(ResourceCallback, need_not_care_for_the_flag)
 {
     std::atomic<int> asked = 0;
@@ -378,6 +432,25 @@ TEST(ResourceCallback, may_give_64_mib)
               "[67108864," + std::to_string(checksum(content)) + "]");
 }
 
+TEST(ResourceCallback, may_give_a_large_file_to_many_that_do_not_read_it)
+{
+    // A buffer of its own each time, as from a host that reads its pack.
+    constexpr size_t SIZE = 64 * 1024 * 1024;
+    std::vector<uint8_t> buffers[2] = {std::vector<uint8_t>(SIZE, 7), std::vector<uint8_t>(SIZE, 7)};
+    size_t asked = 0;
+    const Serving serving(beside_the_page([&](std::string, bool&, uint64_t& size) {
+        size = SIZE;
+        return buffers[asked++ % 2].data();
+    }));
+    HostWebView view;
+    ASSERT_TRUE(view.open("res://pack/"));
+    const double before = holdings().resident_kib;
+    EXPECT_EQ(view.evaluate("Promise.all(Array.from({length: 10}, (_, i) => fetch('/' + i)))"
+                            ".then(all => window.replies = all).then(all => all.length)"),
+              "10");
+    EXPECT_LT(holdings().resident_kib - before, 2.0 * SIZE / 1024) << "once, and some for the rest";
+}
+
 TEST(ResourceCallback, may_use_its_buffer_again_at_the_next_call)
 {
     constexpr size_t size_of_each = 100'000;
@@ -434,6 +507,31 @@ TEST(ResourceCallback, that_comes_late_serves_the_page_once_it_is_reloaded)
     const ResourcePack pack({{"/index.html", PAGE}});
     EXPECT_TRUE(view.go_to("res://pack/"));
     EXPECT_EQ(view.evaluate("document.title"), quoted("resources"));
+}
+
+// --- Ranges
+
+TEST_F(Resources, are_sent_in_part_where_a_page_asks_for_a_part)
+{
+    pack.put("/a.txt", "0123456789");
+    ASSERT_TRUE(view.open("res://pack/"));
+    EXPECT_EQ(ask("a.txt", "{headers: {Range: 'bytes=0-3'}}"), quoted("text/plain 0123"));
+    EXPECT_EQ(ask("a.txt", "{headers: {Range: 'bytes=9-'}}"), quoted("text/plain 9"));
+}
+
+TEST_F(Resources, are_sent_whole_where_a_page_asks_for_a_part_that_they_do_not_have)
+{
+    pack.put("/a.txt", "0123456789");
+    ASSERT_TRUE(view.open("res://pack/"));
+    for (const char* const range :
+         {"bytes=10-", "bytes=10-20", "BYTES = 100 - ", "bytes=9223372036854775807-",
+          "bytes=99999999999999999999999-", "bytes=-0", "bytes=5-4", "bytes=0-1,5-6", "bytes=x",
+          "letters=10-", "bytes=10-, 20-", ""}) {
+        EXPECT_EQ(ask("a.txt", std::string("{headers: {Range: '") + range + "'}}"),
+                  quoted("text/plain 0123456789"))
+            << range;
+    }
+    EXPECT_EQ(ask("a.txt", "{headers: {rANGE: 'bytes=10-'}}"), quoted("text/plain 0123456789"));
 }
 
 // --- From elsewhere

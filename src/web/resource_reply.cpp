@@ -1,0 +1,74 @@
+#include "web/resource_reply.h"
+
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <vector>
+
+namespace marlune {
+
+namespace {
+
+// All that a page has not read to the end yet. On the Qt thread only.
+std::vector<const ResourceReply*> open_replies;
+
+bool holds(const ResourceReply& reply, const uint8_t* bytes, qsizetype size)
+{
+    return reply.data().size() == size
+        && std::memcmp(reply.data().constData(), bytes, static_cast<size_t>(size)) == 0;
+}
+
+QByteArray copy_of(const uint8_t* bytes, uint64_t size)
+{
+    if (size > static_cast<uint64_t>(std::numeric_limits<qsizetype>::max()))
+        throw std::bad_alloc();
+    const auto length = static_cast<qsizetype>(size);
+    const auto same = std::ranges::find_if(
+        open_replies, [&](const ResourceReply* reply) { return holds(*reply, bytes, length); });
+    if (same != open_replies.end())
+        return (*same)->data();
+    return QByteArray(reinterpret_cast<const char*>(bytes), length);
+}
+
+/** True when all of it, or a part that is there, is certainly asked for. */
+bool is_within(const QByteArray& range, qsizetype size)
+{
+    if (range.isEmpty())
+        return true;
+    static const QRegularExpression first_byte(QStringLiteral("^bytes=([0-9]+)-[0-9]*$"));
+    const auto match = first_byte.match(QString::fromLatin1(range));
+    bool is_number = false;
+    const qlonglong first = match.captured(1).toLongLong(&is_number);
+    return is_number && first < size;
+}
+
+}  // namespace
+
+ResourceReply::ResourceReply(const uint8_t* bytes, uint64_t size, const QByteArray& range,
+                             QObject* parent)
+    : QBuffer(parent)
+{
+    setData(copy_of(bytes, size));
+    hides_size_ = !is_within(range, data().size());
+    open_replies.push_back(this);
+}
+
+ResourceReply::~ResourceReply()
+{
+    std::erase(open_replies, this);
+}
+
+qint64 ResourceReply::size() const
+{
+    return hides_size_ ? 0 : QBuffer::size();
+}
+
+bool ResourceReply::seek(qint64 position)
+{
+    return !hides_size_ && QBuffer::seek(position);
+}
+
+}  // namespace marlune
