@@ -4,6 +4,7 @@
 #include "support/fill_slot.h"
 #include "support/message_log.h"
 #include "support/qt_loop.h"
+#include "web/page_watch.h"
 #include "web/url_interceptor.h"
 #include "web/web_view.h"
 
@@ -12,9 +13,11 @@
 #include <QMetaMethod>
 #include <QMetaProperty>
 #include <QSignalSpy>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -343,6 +346,72 @@ TEST_F(WebViewObject, warns_of_a_relative_url_and_keeps_it)
     expect_message_matching("\"\" is not an absolute URL");
     view.set_url(QString());
     EXPECT_EQ(view.url(), QString());
+}
+
+// --- What becomes of a page that does not answer
+
+namespace {
+
+class Watch : public testing::Test {
+protected:
+    Watch()
+    {
+        have_application();
+        QObject::connect(&watch, &PageWatch::asked, [this] {
+            ++asked;
+            if (answers)
+                watch.answer();
+        });
+        QObject::connect(&watch, &PageWatch::hangingChanged,
+                         [this](bool hanging) { said.push_back(hanging); });
+        watch.set_active(true);
+    }
+
+    bool becomes(const std::vector<bool>& expected)
+    {
+        return QTest::qWaitFor([&] { return said == expected; });
+    }
+
+    int asked = 0;
+    bool answers = false;
+    std::vector<bool> said;
+    PageWatch watch{nullptr, std::chrono::milliseconds(1)};
+};
+
+}  // namespace
+
+TEST_F(Watch, finds_that_a_page_hangs_after_five_questions)
+{
+    ASSERT_TRUE(becomes({true}));
+    EXPECT_TRUE(watch.is_hanging());
+    EXPECT_EQ(asked, PageWatch::PATIENCE) << "what hangs is not asked any more";
+    watch.answer();
+    EXPECT_TRUE(becomes({true, false}));
+    EXPECT_TRUE(becomes({true, false, true})) << "it may hang again";
+}
+
+TEST_F(Watch, says_nothing_of_a_page_that_answers)
+{
+    answers = true;
+    ASSERT_TRUE(QTest::qWaitFor([&] { return asked > 3 * PageWatch::PATIENCE; }));
+    EXPECT_EQ(said, std::vector<bool>());
+}
+
+TEST_F(Watch, begins_again_when_it_is_switched_on)
+{
+    ASSERT_TRUE(becomes({true}));
+    watch.set_active(false);
+    EXPECT_EQ(said, (std::vector<bool>{true, false})) << "nothing hangs that nobody watches";
+    const int before = asked;
+    watch.set_active(true);
+    ASSERT_TRUE(becomes({true, false, true}));
+    EXPECT_EQ(asked, before + PageWatch::PATIENCE);
+}
+
+TEST_F(Watch, does_not_end_the_game_itself)
+{
+    watch.end_process(QCoreApplication::applicationPid());
+    EXPECT_EQ(said, std::vector<bool>()) << "and is there to say so";
 }
 
 TEST(ZoomFactor, is_that_of_the_table_or_two)

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <climits>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -597,6 +598,70 @@ TEST_F(Navigation, lets_the_handler_read_the_view)
     EXPECT_EQ(*seen, url("/b"));
 }
 
+// --- Pages that do not want to be left -----------------------------------------------------------
+
+class UnsavedPage : public Navigation {
+protected:
+    /** Opens a page that asks before it is left, and has the question shown for a first order. */
+    void ask_to_leave()
+    {
+        server.serve("/unsaved",
+                     html("<body style='background: #0000ff'>"
+                          "<script>onbeforeunload = e => e.preventDefault()</script>"));
+        ASSERT_TRUE(view.open(url("/a")));
+        ASSERT_TRUE(view.go_to(url("/unsaved")));
+        ASSERT_TRUE(view.wait_for_colour(2, 2, BLUE));
+        view.click(100, 100);  // only pages that have been used may ask
+        ASSERT_TRUE(view.draw_until(
+            [&] { return view.evaluate("navigator.userActivation.hasBeenActive") == "true"; }));
+        view->set_url(url("/slow"));
+        ASSERT_TRUE(is_asked());
+    }
+
+    /** The page is dimmed behind the question. */
+    testing::AssertionResult is_asked()
+    {
+        if (view.draw_until([&] { return view.picture().pixel(2, 2) != BLUE; }))
+            return testing::AssertionSuccess();
+        return testing::AssertionFailure() << "nothing is asked";
+    }
+
+    void answer(uint32_t key) { view.type(key, key == KEY_ENTER ? "\r" : ""); }
+};
+
+TEST_F(UnsavedPage, is_left_by_the_last_order)
+{
+    const std::pair<std::string, std::function<void(MWebView&)>> orders[] = {
+        {"/b", [&](MWebView& facade) { facade.set_url(url("/b")); }},
+        {"/unsaved", [](MWebView& facade) { facade.reload(); }},
+        {"/a", [](MWebView& facade) { facade.back(); }},
+    };
+    for (const auto& [path, give] : orders) {
+        SCOPED_TRACE(path);
+        ask_to_leave();
+        ASSERT_TRUE(arrives(url(path), [&] {
+            give(view.facade());
+            // The question comes again, and may take a while to go for that.
+            const size_t first = view.loads().size();
+            view.draw_until([&] {
+                answer(KEY_ENTER);
+                return view.loads().size() > first;
+            });
+        }));
+    }
+    EXPECT_TRUE(server.requests("/slow").empty());
+}
+
+TEST_F(UnsavedPage, that_the_user_does_not_leave_stops_the_loading)
+{
+    ask_to_leave();
+    const size_t first = view.loads().size();
+    answer(KEY_ESCAPE);
+    expect_end(first, Load::STOPPED, url("/slow"), "internal", -3);
+    EXPECT_EQ(place(), quoted(url("/unsaved")));
+    EXPECT_TRUE(server.requests("/slow").empty());
+}
+
 // --- Windows -----------------------------------------------------------------------------------
 
 TEST_F(Navigation, opens_links_into_new_windows_in_the_same_view)
@@ -605,7 +670,7 @@ TEST_F(Navigation, opens_links_into_new_windows_in_the_same_view)
     ASSERT_TRUE(view.open(url("/page")));
     ask_the_gate();
     ASSERT_TRUE(arrives(url("/b"), [&] { click_the_link(); }));
-    EXPECT_EQ(gate->take_questions(), (std::vector<Question>{{"typed", url("/b")}}));
+    EXPECT_EQ(gate->take_questions(), (std::vector<Question>{{"new_window", url("/b")}}));
     EXPECT_TRUE(view->can_go_back());
 }
 
@@ -614,7 +679,47 @@ TEST_F(Navigation, opens_windows_of_scripts_in_the_same_view)
     ASSERT_TRUE(view.open(url("/a")));
     ask_the_gate();
     ASSERT_TRUE(arrives(url("/b"), [&] { view.run("window.open('/b', '', 'width=200')"); }));
-    EXPECT_EQ(gate->take_questions(), (std::vector<Question>{{"typed", url("/b")}}));
+    EXPECT_EQ(gate->take_questions(), (std::vector<Question>{{"new_window", url("/b")}}));
+}
+
+TEST_F(Navigation, opens_no_window_of_what_a_page_has_written_itself)
+{
+    ASSERT_TRUE(view.open(url("/b")));
+    ask_the_gate();
+    view.run("open('data:text/html,<title>taken over</title>');"
+             "open(URL.createObjectURL(new Blob(['<title>taken over</title>'],"
+             " {type: 'text/html'})));"
+             "open('javascript:document.title = \"taken over\"'); open('about:blank')");
+    // What comes after it shows that nothing has come of it.
+    ASSERT_TRUE(arrives(url("/a"), [&] { view.run("open('/a')"); }));
+    EXPECT_EQ(gate->take_questions(), (std::vector<Question>{{"new_window", url("/a")}}));
+}
+
+TEST_F(Navigation, opens_windows_as_the_page_and_not_as_the_host)
+{
+    server.serve("/strict", {.headers = {{"Set-Cookie", "strict=there; SameSite=Strict"}}});
+    ASSERT_TRUE(view.open(url("/strict")));
+    HttpServer foreign;
+    foreign.serve("/", html("<title>foreign</title>"));
+    ASSERT_TRUE(view.go_to(foreign.url("/", "localhost")));
+    ASSERT_TRUE(arrives(url("/b"), [&] { view.run("open('" + url("/b") + "')"); }));
+    EXPECT_EQ(server.requests("/b").back().header("cookie"), "");
+    ASSERT_TRUE(view.go_to(url("/b")));
+    EXPECT_EQ(server.requests("/b").back().header("cookie"), "strict=there")
+        << "which the host's own orders are sent with";
+}
+
+TEST_F(Navigation, opens_no_window_without_the_user_where_the_settings_say_so)
+{
+    server.serve(
+        "/page",
+        html(
+            "<body style='position: fixed; inset: 0; background: #0000ff' onclick=\"window.open('/b')\">"));
+    view->set_javascript_can_open_windows(false);
+    ASSERT_TRUE(view.open(url("/page")));
+    EXPECT_EQ(view.evaluate("open('/b')"), "null");
+    ASSERT_TRUE(arrives(url("/b"), [&] { click_the_link(); }));
+    EXPECT_EQ(server.requests("/b").size(), 1u);
 }
 
 TEST_F(Navigation, opens_no_window_where_the_handler_refuses)
@@ -631,6 +736,82 @@ TEST_F(Navigation, opens_no_window_where_the_handler_refuses)
     expect_end(first, Load::STOPPED, url("/b"), "internal", -3);
     EXPECT_EQ(place(), quoted(url("/page")));
     EXPECT_TRUE(server.requests("/b").empty());
+}
+
+// --- Other programs, and the disk --------------------------------------------------------------
+
+TEST_F(Navigation, asks_of_urls_that_are_commands_for_the_game)
+{
+    server.serve("/framed", html("<iframe src='mygame://framed'></iframe>"));
+    ASSERT_TRUE(view.open(url("/b")));
+    ask_the_gate();
+    for (const int policy : {0, 1, -1, 4, 77}) {
+        view->set_unknown_url_scheme_policy(policy);
+        const std::string command = "mygame://quit/" + std::to_string(policy);
+        gate->refuse(command);
+        view.run("location = '" + command + "'");
+        std::vector<Question> asked;
+        ASSERT_TRUE(view.draw_until([&] { return !(asked = gate->take_questions()).empty(); }))
+            << policy;
+        EXPECT_EQ(asked, (std::vector<Question>{{"link_clicked", command}}));
+    }
+    gate->refuse("mygame://framed");
+    view.run("location = '/framed'");
+    EXPECT_TRUE(view.draw_until([&] {
+        const auto asked = gate->take_questions();
+        return std::ranges::any_of(
+            asked, [](const Question& question) { return question.url == "mygame://framed"; });
+    }));
+}
+
+TEST_F(Navigation, opens_no_other_program_unless_the_policy_says_so)
+{
+    ask_the_gate();
+    for (const int policy : {0, 1, -1, 4, 77, INT_MAX}) {
+        view->set_unknown_url_scheme_policy(policy);
+        ASSERT_TRUE(view.open(url("/b")));
+        if (policy == 0)
+            expect_message_matching("\"mygame://quit\" is for another program and is not opened");
+        const size_t first = view.loads().size();
+        view.run("location = 'mygame://quit'");
+        expect_end(first, Load::STOPPED, "mygame://quit", "internal", -3);
+    }
+}
+
+TEST_F(Navigation, says_little_of_a_page_that_calls_programs_again_and_again)
+{
+    ASSERT_TRUE(view.open(url("/b")));
+    ask_the_gate();
+    allow_messages_matching("is for another program and is not opened");
+    expect_message_matching("is for another program .* no more messages of this kind");
+    view.run(
+        "for (let i = 0; i < 20; ++i) setTimeout(() => { location = 'mygame://' + i; }, 10 * i)");
+    EXPECT_TRUE(view.draw_until([&, asked = size_t(0)]() mutable {
+        asked += gate->take_questions().size();
+        return asked >= 15;
+    }));
+}
+
+TEST_F(Navigation, to_the_disk_is_for_the_host_alone)
+{
+    ResourcePack pack({{"/index.html", "<title>pack</title>"}});
+    for (const std::string& page : {std::string("res://pack/"), url("/b")}) {
+        for (const std::string disk :
+             {"file:///etc/passwd", "qrc:/Web/page_scripts/full_screen.js"}) {
+            ASSERT_TRUE(view.open(page));
+            ask_the_gate();
+            allow_messages_matching("the page wants to go to a file of the disk; refused");
+            view.run("location = '" + disk + "'; open('" + disk + "')");
+            EXPECT_EQ(
+                view.evaluate("new Promise(done => setTimeout(() => done(location.href), 300))"),
+                quoted(page))
+                << disk;
+        }
+    }
+    ASSERT_TRUE(view.go_to("file:///etc/passwd")) << "which is the host's to show";
+    ASSERT_TRUE(arrives("file:///etc/hostname", [&] {
+        view.run("location = 'file:///etc/hostname'");
+    })) << "and pages of the disk may lead to others";
 }
 
 // --- What is told of loading -------------------------------------------------------------------

@@ -5,6 +5,7 @@
 #include "support/http_server.h"
 #include "support/library.h"
 #include "support/lives.h"
+#include "support/message_log.h"
 #include "support/processes.h"
 #include "support/sanitizers.h"
 
@@ -16,6 +17,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <fstream>
+#include <iterator>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
@@ -280,6 +284,193 @@ TEST_F(HangingPage, ends_with_its_view)
         << "nobody goes on looping";
 }
 
+constexpr auto ENDED = "^WebView \\d+: the page has not answered and is ended";
+
+/** A page of the same site as the next one, which holds up whoever wants to leave it. */
+struct Holder {
+    const char* name;
+    const char* script;
+};
+
+std::ostream& operator<<(std::ostream& out, const Holder& holder)
+{
+    return out << holder.name;
+}
+
+constexpr Holder HOLDERS[] = {
+    {"loop", "while (true);"},
+    {"alerts", "for (;;) alert('x')"},
+    {"unload", "onunload = () => { while (true); }"},
+    {"pagehide", "onpagehide = () => { while (true); }"},
+    {"beforeunload", "onbeforeunload = () => { while (true); }"},
+};
+
+class HeldPage : public PageProcess, public testing::WithParamInterface<Holder> {
+protected:
+    /** The page holds when this returns; its console has said so. */
+    void hold()
+    {
+        server.serve("/held",
+                     html("<title>held</title><body style='background: #0000ff'>"
+                          "<script>function hold() { console.log('holds'); "
+                          + std::string(GetParam().script) + "}</script>"));
+        ASSERT_TRUE(view.open(server.url("/")));
+        ASSERT_TRUE(view.go_to(server.url("/held")));
+        ASSERT_TRUE(view.wait_for_colour(100, 100, BLUE));
+        view.click(100, 100);
+        view.run("hold()");
+        ASSERT_TRUE(view.wait_for_console("holds"));
+        held = view.loads().size();
+    }
+
+    testing::AssertionResult arrives(const std::string& path, const std::string& title)
+    {
+        const auto is_there = [&] {
+            const std::vector<Load> all = view.loads();
+            return all.size() > held && all.back().status == Load::SUCCEEDED
+                && all.back().url == server.url(path);
+        };
+        return view.draw_until(is_there, 25s)
+            ? comes_back(title)
+            : testing::AssertionFailure() << path << " never came";
+    }
+
+    size_t held = 0;  // what had been said of loading before
+};
+
+TEST_P(HeldPage, is_left_by_a_url_of_its_site)
+{
+    hold();
+    expect_message_matching(ENDED);
+    view->set_url(server.url("/other"));
+    ASSERT_TRUE(arrives("/other", "other"));
+    ASSERT_TRUE(view.go_to(server.url("/"))) << "the view goes on";
+}
+
+INSTANTIATE_TEST_SUITE_P(Page, HeldPage, testing::ValuesIn(HOLDERS),
+                         [](const auto& test) { return test.param.name; });
+
+using LoopingPage = HeldPage;
+
+TEST_P(LoopingPage, is_left_by_reloading)
+{
+    hold();
+    expect_message_matching(ENDED);
+    view->reload();
+    EXPECT_TRUE(arrives("/held", "held"));
+}
+
+TEST_P(LoopingPage, is_left_by_html)
+{
+    hold();
+    expect_message_matching(ENDED);
+    view->load_html("<title>mine</title>", server.url("/base"));
+    EXPECT_TRUE(arrives("/base", "mine"));
+}
+
+TEST_P(LoopingPage, is_left_by_going_back)
+{
+    hold();
+    expect_message_matching(ENDED);
+    view->back();
+    EXPECT_TRUE(arrives("/", "one"));
+    EXPECT_TRUE(view->can_go_forward());
+}
+
+TEST_P(LoopingPage, is_left_by_the_last_order)
+{
+    hold();
+    expect_message_matching(ENDED);
+    view->set_url(server.url("/held"));
+    view->reload();
+    view->set_url(server.url("/other"));
+    EXPECT_TRUE(arrives("/other", "other"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Page, LoopingPage, testing::Values(HOLDERS[0]),
+                         [](const auto& test) { return test.param.name; });
+
+// --- What the host learns of it ----------------------------------------------------------------
+
+/** What a view has said of its page, in order. For any thread. */
+class Responses {
+public:
+    MWebView::PageResponding callback()
+    {
+        return [this](bool responding) {
+            const std::lock_guard lock(mutex_);
+            responses_.push_back(responding);
+        };
+    }
+
+    std::vector<bool> all()
+    {
+        const std::lock_guard lock(mutex_);
+        return responses_;
+    }
+
+private:
+    std::mutex mutex_;
+    std::vector<bool> responses_;
+};
+
+class ReportedPage : public HangingPage {
+protected:
+    ~ReportedPage() override { view->set_func_page_responding({}); }
+
+    testing::AssertionResult says(const std::vector<bool>& expected)
+    {
+        if (view.draw_until([&] { return responses.all() == expected; }, 25s))
+            return testing::AssertionSuccess();
+        return testing::AssertionFailure() << "not so after " << responses.all().size();
+    }
+
+    Responses responses;
+};
+
+TEST_F(ReportedPage, hangs_until_its_process_is_gone)
+{
+    view->set_func_page_responding(responses.callback());
+    hang();
+    ASSERT_TRUE(says({false}));
+    expect_message_matching(ENDED);
+    const size_t first = view.loads().size();
+    view->set_url(server.url("/other"));
+    ASSERT_TRUE(says({false, true}));
+    ASSERT_TRUE(view.wait_for_load(Load::SUCCEEDED, first));
+    EXPECT_TRUE(comes_back("other"));
+    for (const Load& load : view.loads())
+        EXPECT_NE(load.error_domain, "process") << "the host has wanted the page to end";
+}
+
+TEST_F(ReportedPage, hangs_until_it_goes_on)
+{
+    view->set_func_page_responding(responses.callback());
+    server.serve("/wait", {.headers = {{"Content-Type", "text/plain"}}, .hold = HttpReply::ALL});
+    ASSERT_TRUE(view.open(server.url("/")));
+    view.run("const wait = new XMLHttpRequest(); wait.open('GET', '/wait', false); wait.send()");
+    ASSERT_TRUE(says({false}));
+    server.release();
+    EXPECT_TRUE(says({false, true}));
+}
+
+TEST_F(ReportedPage, does_not_hang_when_it_stands_still_or_runs_no_scripts)
+{
+    server.serve("/sandboxed",
+                 {.headers = {{"Content-Security-Policy", "sandbox"}}, .body = "<p>"});
+    HostWebView without_scripts, sandboxed;
+    without_scripts->set_javascript_enabled(false);
+    ASSERT_TRUE(view.open(server.url("/")));
+    ASSERT_TRUE(without_scripts.open(server.url("/other")));
+    ASSERT_TRUE(sandboxed.open(server.url("/sandboxed")));
+    for (MWebView* const facade : {&view.facade(), &without_scripts.facade(), &sandboxed.facade()})
+        facade->set_func_page_responding(responses.callback());
+    view.run("alert('and waits')");
+    EXPECT_FALSE(view.draw_until([&] { return !responses.all().empty(); }, 7s));
+    without_scripts->set_func_page_responding({});
+    sandboxed->set_func_page_responding({});
+}
+
 // --- Processes that end with pages open --------------------------------------------------------
 
 /** For what is never destroyed. */
@@ -383,7 +574,50 @@ void calls_after_the_end()
     view->destroy();
 }
 
+/** Those that the engine makes its page processes from. */
+std::vector<Process> starters()
+{
+    std::vector<Process> result;
+    for (const Process& process : engine_processes()) {
+        std::ifstream file("/proc/" + std::to_string(process.id) + "/cmdline");
+        const std::string arguments(std::istreambuf_iterator<char>(file), {});
+        if (arguments.find("--type=zygote") != std::string::npos)
+            result.push_back(process);
+    }
+    return result;
+}
+
+void starters_killed()
+{
+    HttpServer server;
+    server.serve("/", html("<title>one</title>"));
+    HostWebView view;
+    require(view.open(server.url("/")), "the page loads");
+    require(!starters().empty(), "the engine has starters");
+    allow_messages_matching(".");
+    for (const Process& starter : starters())
+        kill(starter.id, SIGKILL);
+    for (const Process& page : page_processes())
+        kill(page.id, SIGKILL);
+    require(view.wait_for_load(Load::FAILED), "the page is gone");
+    for (int i = 0; i < 2; ++i) {
+        const size_t first = view.loads().size();
+        view->reload();
+        const auto is_reported = [&] {
+            const std::vector<Load> all = view.loads();
+            return std::any_of(
+                all.begin() + std::ptrdiff_t(first), all.end(), [](const Load& load) {
+                    return load.status == Load::FAILED && load.error_domain == "process";
+                });
+        };
+        require(view.draw_until(is_reported), "no page comes back, and the host learns why");
+    }
+    view->destroy();
+    M::destroy();
+}
+
 const Lives LIVES = {
+    {"starters_killed", starters_killed},
     {"page_being_asked_for", page_being_asked_for},
     {"page_half_there", page_half_there},
     {"scene_just_made", scene_just_made},

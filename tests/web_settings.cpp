@@ -37,6 +37,12 @@ static_assert(is_const(&MWebView::get_unknown_url_scheme_policy));
 static_assert(is_const(&MWebView::get_zoom_factor));
 static_assert(std::is_same_v<decltype(MWebView().get_zoom_factor()), double>);
 
+static_assert(std::is_same_v<decltype(&MWebView::set_javascript_enabled), void (MWebView::*)(bool) const>);
+static_assert(std::is_same_v<decltype(&MWebView::set_unknown_url_scheme_policy),
+                             void (MWebView::*)(int) const>);
+static_assert(std::is_same_v<decltype(&MWebView::set_default_text_encoding),
+                             void (MWebView::*)(const std::string&) const>);
+
 std::vector<bool> other_values(bool initial)
 {
     return {!initial, initial, initial};

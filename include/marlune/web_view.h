@@ -17,6 +17,10 @@ namespace detail {
 using WebSettingBool = bool;
 using WebSettingInt = int;
 using WebSettingText = std::string;
+// What the setters take.
+using WebSettingBoolValue = bool;
+using WebSettingIntValue = int;
+using WebSettingTextValue = const std::string&;
 }  // namespace detail
 
 /**
@@ -49,6 +53,7 @@ public:
     using NavigationHandler = std::function<bool(std::string url, std::string navigation_type)>;
     using LoadingChanged = std::function<void(int status, std::string url, std::string error_domain,
                                               std::string error_string, int error_code)>;
+    using PageResponding = std::function<void(bool responding)>;
 
     /** Makes a view. Blocks until the Qt thread is ready; waits for ever if the library is never started. */
     MWebView();
@@ -110,12 +115,20 @@ public:
      * of these types:
      *
      * - "link_clicked", also for a page's script that goes elsewhere;
-     * - "typed": set_url(), what opens in a new window, and load_html(), whose text comes as a "data:" URL;
+     * - "typed": set_url(), and load_html(), whose text comes as a "data:" URL;
+     * - "new_window": a link or a script that asks for a new window, which opens in this view;
      * - "form_submitted", "back_forward", "reload";
      * - "redirect" by a server, or of a page that refreshes itself;
      * - "other": what frames begin with.
      *
      * The page stays where a navigation is refused.
+     *
+     * URLs of schemes that the engine does not know, as in "mygame://quit", are asked about like all
+     * others, so that pages can command the game by them. Whatever the answer is, the engine goes nowhere
+     * then, and no program of the system opens them unless set_unknown_url_scheme_policy() allows it.
+     * Three navigations are refused after the question whatever the answer is: windows with "data:",
+     * "blob:", "filesystem:" or "javascript:" URLs, of which no question is asked at all, and pages that
+     * go to "file:" or "qrc:" URLs without being such themselves.
      */
     void set_func_navigation_handler(NavigationHandler handler) const;
 
@@ -138,10 +151,20 @@ public:
      */
     void set_func_loading_changed(LoadingChanged callback) const;
 
+    /**
+     * Sets who is called when the page hangs. Empty: nobody. Blocks. Called on the Qt thread with false
+     * when the page has not answered for 5 s, as in an endless loop, and with true when it answers again
+     * or is gone. A page that waits for the user's answer to a dialog does not hang.
+     *
+     * set_url(), load_html(), reload() and the moves in the history end a page that hangs, or that holds
+     * them up for 5 s, whatever it does; a message in the log says so. Until then the page stays as it is.
+     */
+    void set_func_page_responding(PageResponding callback) const;
+
 // The settings: for each, a member that sets it and one that reads it. They block, and take effect at
 // once in a loaded view.
 #define MARLUNE_DECLARE_WEB_SETTING(type, name, property, initial, constness) \
-    void set_##name(const detail::WebSetting##type& value) const;             \
+    void set_##name(detail::WebSetting##type##Value value) const;             \
     detail::WebSetting##type get_##name() constness;
     MARLUNE_WEB_SETTINGS(MARLUNE_DECLARE_WEB_SETTING)
 #undef MARLUNE_DECLARE_WEB_SETTING

@@ -27,6 +27,10 @@ Item {
     // Dialogs to come, as { component, request }; the first one is shown as `dialog`.
     property var waiting: []
     property DialogCard dialog
+    // The user is asked whether to leave the page.
+    readonly property bool leaving: (dialog as PageDialog)?.leaving ?? false
+    // It is not the user who rejects the dialog.
+    property bool withdrawing
     // Of one site, until the host or the page goes on to another: the dialogs that it has shown, whether
     // the user wants no more of them, the windows that its scripts have opened, and the lines that it has
     // written to the log, by their kind.
@@ -58,6 +62,11 @@ Item {
         [WebEnginePermission.PermissionType.ClipboardReadWrite]: "the clipboard",
         [WebEnginePermission.PermissionType.LocalFontsAccess]: "the fonts"
     })
+
+    // The user does not leave the page.
+    signal stayed()
+    // The page wants a window for an address.
+    signal windowRequested(address: string)
 
     // A page can bring messages without end, and of any length.
     function log(kind: string, text: string): void {
@@ -137,12 +146,19 @@ Item {
             extras.page?.forceActiveFocus();
     }
 
+    // Takes back the question that is shown.
+    function withdraw(): void {
+        extras.withdrawing = true;
+        extras.dialog?.reject();
+        extras.withdrawing = false;
+    }
+
     // Rejects all that a page which is gone has asked.
     function dismiss(): void {
         menu.close(WebEngineView.NoWebAction);
         tip.visible = false;
         const orphans = extras.waiting.splice(1);
-        extras.dialog?.reject();
+        extras.withdraw();
         orphans.forEach(orphan => orphan.request.dialogReject());
         refusal.rejectAll();
     }
@@ -240,7 +256,10 @@ Item {
         }
 
         function onRejected(): void {
+            const stays = extras.leaving && !extras.withdrawing;
             extras.dialogAnswered();
+            if (stays)
+                extras.stayed();
         }
     }
 
@@ -388,16 +407,15 @@ Item {
             extras.dismiss();
         }
 
-        // There is one window, so links into new ones open in it. The engine asks the navigation
-        // handler about that as about any other navigation.
+        // There is one window, so links into new ones open in it.
         function onNewWindowRequested(request: WebEngineNewWindowRequest): void {
             if (!request.userInitiated && ++extras.windows === extras.mostWindows)
                 extras.log("window", `the page has opened ${extras.mostWindows} windows by itself, and may `
                            + "open no more");
             const address = request.requestedUrl.toString();
-            // A script would run in the page that is open, whatever frame it comes from.
-            if (address !== "" && !/^(about|javascript):/i.test(address))
-                extras.page.url = request.requestedUrl;
+            // What a frame has written itself would become the page, or run in it.
+            if (address !== "" && !/^(about|blob|data|filesystem|javascript):/i.test(address))
+                extras.windowRequested(address);
         }
 
         function onWindowCloseRequested(): void {

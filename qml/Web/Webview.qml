@@ -24,6 +24,7 @@ Item {
     // The device can take what the engine makes, as far as is known by now.
     readonly property bool fits: webDeviceFits // qmllint disable unqualified
     readonly property list<string> settingNames: webSettings // qmllint disable unqualified
+    readonly property var watch: pageWatch // qmllint disable unqualified
     readonly property WebEngineView page: started ? browser.item as WebEngineView : null
 
     // It follows the view.
@@ -36,7 +37,19 @@ Item {
     // What was asked of the page before it was there; the last of it, where no page ever comes.
     property var waiting: []
     readonly property int mostWaiting: 1000
+    // Where the host has sent the page last, as long as nothing has come of it.
+    property var order: null
+    // It may have to be given once more.
+    property bool again
+    // There is a process that can be asked for a sign of life.
+    property bool answering
+    // The order for the sake of which it has been ended.
+    property var heldUp: null
+    // What the page wants a new window for.
+    property string windowAddress
 
+    // What pages do by themselves.
+    readonly property list<string> ofPages: ["link_clicked", "form_submitted", "redirect"]
     readonly property var navigationTypes: ({
         [WebEngineNavigationRequest.LinkClickedNavigation]: "link_clicked",
         [WebEngineNavigationRequest.TypedNavigation]: "typed",
@@ -92,21 +105,76 @@ Item {
             waiting.shift();
     }
 
-    function load_html(html, base_url) {
+    // Sends the page elsewhere, and does not let it hold that up.
+    function send(work: var): void {
         extras.forgiving = true;
-        whenThere(page => page.loadHtml(html, base_url));
+        whenThere(page => {
+            if (heldUp) {
+                heldUp = work;
+                return;
+            }
+            order = work;
+            again = false;
+            if (watch.hanging)
+                endPage();
+            else if (extras.leaving)
+                askAgain(page);
+            else
+                work(page);
+        });
+    }
+
+    // The question whether to leave the page is about an older order. The engine can be given the new
+    // one when the page goes on; given too early, it is lost with the older one, and given once more.
+    function askAgain(page: WebEngineView): void {
+        const work = order;
+        again = true;
+        extras.withdraw();
+        page.runJavaScript("0", WebEngineScript.ApplicationWorld, () => {
+            if (order === work)
+                work(page);
+        });
+    }
+
+    // The page has had the order for a while and goes nowhere.
+    function settle(page: WebEngineView): void {
+        const work = order;
+        if (again)
+            work(page);
+        else
+            order = null;
+        again = false;
+    }
+
+    function endPage(): void {
+        console.warn(`${view.objectName}: the page has not answered and is ended, so that the view can go on`);
+        heldUp = order;
+        order = null;
+        watch.end_process(page.renderProcessPid);
+    }
+
+    // Once: what hangs after that is not what has held the view up.
+    function takeUpOrder(): void {
+        const work = heldUp;
+        heldUp = null;
+        if (work)
+            whenThere(work);
+    }
+
+    function load_html(html, base_url) {
+        send(page => page.loadHtml(html, base_url));
     }
 
     function back(): void {
-        whenThere(page => page.goBack());
+        send(page => page.goBack());
     }
 
     function forward(): void {
-        whenThere(page => page.goForward());
+        send(page => page.goForward());
     }
 
     function back_or_forward(offset: int): void {
-        whenThere(page => page.goBackOrForward(offset));
+        send(page => page.goBackOrForward(offset));
     }
 
     function can_go_back() {
@@ -118,27 +186,61 @@ Item {
     }
 
     function reload(): void {
-        extras.forgiving = true;
-        whenThere(page => page.reload());
+        send(page => page.reload());
     }
 
     function reload_and_bypass_cache(): void {
-        extras.forgiving = true;
-        whenThere(page => page.reloadAndBypassCache());
+        send(page => page.reloadAndBypassCache());
     }
 
     function run_javascript(script) {
         whenThere(page => page.runJavaScript(script));
     }
 
+    function typeOf(request: var): string {
+        const type = navigationTypes[request.navigationType] ?? "other";
+        const opens = request.isMainFrame && ofPages.includes(type)
+            && request.url.toString() === windowAddress;
+        if (opens)
+            windowAddress = "";
+        return opens ? "new_window" : type;
+    }
+
+    // The host is asked first, of what is refused afterwards too.
+    function mayGo(request: var): bool {
+        const type = typeOf(request);
+        const url = request.url.toString();
+        return view.navigation_handler(url, type) && !isForOthers(url)
+            && !(request.isMainFrame && leavesForDisk(url, type));
+    }
+
     // The engine would have the system open it, with a window of its own. Only a host that has chosen a
     // policy wants that.
     function isForOthers(url: string): bool {
-        if (view.unknownUrlSchemePolicy !== 0 || ownSchemes.test(url))
+        const policy = view.unknownUrlSchemePolicy;
+        if (policy === WebEngineSettings.AllowUnknownUrlSchemesFromUserInteraction
+                || policy === WebEngineSettings.AllowAllUnknownUrlSchemes || ownSchemes.test(url))
             return false;
-        console.warn(`${view.objectName}: "${url}" is for another program and is not opened; `
-                     + "see set_unknown_url_scheme_policy");
+        if (policy === 0)
+            extras.log("program", `"${view.shortened(url, 200, 1)}" is for another program and is not opened; `
+                       + "see set_unknown_url_scheme_policy");
         return true;
+    }
+
+    // Only the host takes the view to files, and pages that are such themselves.
+    function leavesForDisk(url: string, type: string): bool {
+        const onDisk = /^(file|qrc):/i;
+        if (!ofPages.includes(type) && type !== "new_window" || !onDisk.test(url)
+                || onDisk.test(page.url.toString()))
+            return false;
+        extras.log("disk", "the page wants to go to a file of the disk; refused");
+        return true;
+    }
+
+    // A script goes there, so that the page and not the host is who begins it, with no rights but its own.
+    function openWindow(address: string): void {
+        windowAddress = address;
+        page.runJavaScript(`location.assign(${JSON.stringify(address)})`, WebEngineScript.ApplicationWorld);
     }
 
     function start(): void {
@@ -151,6 +253,12 @@ Item {
         }
         page.settings.javascriptCanOpenWindows =
             Qt.binding(() => view.javascriptCanOpenWindows && !extras.opensTooManyWindows);
+        // With any other policy the engine would not ask about URLs for other programs, and some numbers
+        // of hosts are none of its own.
+        const onUserAction = WebEngineSettings.AllowUnknownUrlSchemesFromUserInteraction;
+        page.settings.unknownUrlSchemePolicy = Qt.binding(
+            () => view.unknownUrlSchemePolicy === onUserAction
+                ? onUserAction : WebEngineSettings.AllowAllUnknownUrlSchemes);
         started = true;
         open(page, view.url);
         const work = waiting;
@@ -161,6 +269,8 @@ Item {
     // With the next frame there is a new one.
     function close_page(): void {
         extras.dismiss();
+        answering = false;
+        order = heldUp = null;
         started = false;
         probe.active = false;
         browser.active = false;
@@ -189,7 +299,6 @@ Item {
 
     // A relative URL would be taken as relative to this file.
     function open(page: WebEngineView, url: string): void {
-        extras.forgiving = true;
         if (/^[a-z][a-z0-9+.-]*:/i.test(url))
             page.url = url;
     }
@@ -211,7 +320,25 @@ Item {
 
         function onUrlChanged(url: string): void {
             if (root.page)
-                root.open(root.page, url);
+                root.send(page => root.open(page, url));
+        }
+    }
+
+    Connections {
+        target: root.watch
+
+        function onAsked(): void {
+            const order = root.order;
+            root.page?.runJavaScript("0", WebEngineScript.ApplicationWorld, () => {
+                root.watch.answer();
+                if (root.order && root.order === order && !root.page?.loading)
+                    root.settle(root.page);
+            });
+        }
+
+        function onHangingChanged(hanging: bool): void {
+            if (hanging && root.order)
+                root.endPage();
         }
     }
 
@@ -276,17 +403,18 @@ Item {
             audioMuted: root.view.audio_muted
 
             onNavigationRequested: request => {
-                const url = request.url.toString();
-                const type = root.navigationTypes[request.navigationType] ?? "other";
-                if (root.isForOthers(url) || !root.view.navigation_handler(url, type))
-                    request.reject();
-                else
+                if (root.mayGo(request))
                     request.accept();
+                else
+                    request.reject();
             }
 
             onLoadingChanged: info => {
                 const domain = root.errorDomains[info.errorDomain] ?? "internal";
                 const failed = info.status === WebEngineView.LoadFailedStatus;
+                root.answering = true;
+                if (failed || info.status === WebEngineView.LoadSucceededStatus)
+                    root.order = null;
                 if (failed)
                     gone = domain !== "" && !settings.errorPageEnabled;
                 else if (info.status === WebEngineView.LoadSucceededStatus)
@@ -310,8 +438,12 @@ Item {
                     lineNumber, root.view.shortened(sourceID))
 
             onRenderProcessTerminated: (status, exitCode) => {
-                if (status === WebEngineView.NormalTerminationStatus)
+                root.answering = false;
+                if (root.heldUp) {
+                    Qt.callLater(root.takeUpOrder);
                     return;
+                }
+                root.order = null;
                 const text = `The page's process has ended (exit code ${exitCode}); reload brings it back`;
                 root.view.onLoadingChanged(WebEngineView.LoadFailedStatus, page.url.toString(),
                                            "process", text, exitCode);
@@ -340,5 +472,20 @@ Item {
         anchors.fill: parent
         page: root.page
         view: root.view
+        onWindowRequested: address => root.openWindow(address)
+        onStayed: {
+            if (root.order)
+                root.view.onLoadingChanged(WebEngineView.LoadStoppedStatus, root.page.url.toString(),
+                                           "internal", "", -3);
+            root.order = null;
+        }
+    }
+
+    // A page that asks the user stands still, which is no hanging; but it may not hold an order up by it,
+    // unless it asks whether it is to be left.
+    Binding {
+        target: root.watch
+        property: "active"
+        value: root.answering && !extras.leaving && (extras.dialog === null || root.order !== null)
     }
 }

@@ -26,6 +26,9 @@ struct MemorySharing {
 };
 extern const MemorySharing memory_sharing;
 
+/** Ends a process of this user's at once, by its number, without asking it. */
+void end_process(std::int64_t id);
+
 /** The system's code for the failure that this thread met last. */
 long last_error();
 

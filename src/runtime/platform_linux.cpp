@@ -1,5 +1,6 @@
 #include "runtime/platform.h"
 
+#include <signal.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -68,6 +69,11 @@ bool write_debug_pipe(PipeHandle pipe, std::string_view bytes)
 }
 
 const MemorySharing memory_sharing{"VK_KHR_external_memory_fd", "vkGetMemoryFdPropertiesKHR"};
+
+void end_process(std::int64_t id)
+{
+    ::kill(static_cast<pid_t>(id), SIGKILL);
+}
 
 long last_error()
 {

@@ -26,6 +26,15 @@ bool write_debug_pipe(PipeHandle pipe, std::string_view bytes)
 
 const MemorySharing memory_sharing{"VK_KHR_external_memory_win32", "vkGetMemoryWin32HandlePropertiesKHR"};
 
+void end_process(std::int64_t id)
+{
+    const HANDLE process = OpenProcess(PROCESS_TERMINATE, FALSE, static_cast<DWORD>(id));
+    if (!process)
+        return;
+    TerminateProcess(process, 1);
+    CloseHandle(process);
+}
+
 long last_error()
 {
     return static_cast<long>(GetLastError());

@@ -167,8 +167,14 @@ void MWebView::set_func_loading_changed(LoadingChanged callback) const
                           &WebView::loading_callback, std::move(callback));
 }
 
+void MWebView::set_func_page_responding(PageResponding callback) const
+{
+    set_callback<WebView>("marlune::MWebView::set_func_page_responding", view_, Delivery::Queued,
+                          &WebView::responding_callback, std::move(callback));
+}
+
 #define MARLUNE_DEFINE_WEB_SETTING(type, name, property, initial, constness)            \
-    void MWebView::set_##name(const detail::WebSetting##type& value) const              \
+    void MWebView::set_##name(detail::WebSetting##type##Value value) const              \
     {                                                                                   \
         call<WebView>("marlune::MWebView::set_" #name, view_, Delivery::Queued,         \
                       [&value](WebView& view) { view.set_##name(to_qt(value)); });      \

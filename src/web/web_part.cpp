@@ -40,8 +40,8 @@ void initialize_engine()
 
 void set_up_profile()
 {
-    handler = new GodotSchemeHandler;
     QQuickWebEngineProfile* const profile = set_up_shared_profile();
+    handler = new GodotSchemeHandler;
     profile->installUrlSchemeHandler("res", handler);
     default_storage_path = profile->persistentStoragePath();
     qmlRegisterType<GodotURLInterceptor>("Web", 1, 0, "GodotURLInterceptor");

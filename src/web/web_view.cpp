@@ -82,6 +82,8 @@ WebView::WebView()
     : View("WebView"), idx_(next_idx()), user_agent_(QLatin1StringView(default_user_agent))
 {
     web_views.insert(this);
+    connect(&watch_, &PageWatch::hangingChanged, this,
+            [this](bool hanging) { responding_.call(this, !hanging); });
 }
 
 WebView::~WebView()
@@ -101,6 +103,7 @@ void WebView::prepare_context(QQmlContext* root_context)
 {
     root_context->setContextProperty(QStringLiteral("ctx"), this);
     root_context->setContextProperty(QStringLiteral("customWebProfile"), profile_);
+    root_context->setContextProperty(QStringLiteral("pageWatch"), &watch_);
     root_context->setContextProperty(QStringLiteral("webSettings"), setting_names());
     root_context->setContextProperty(QStringLiteral("webDeviceFits"),
                                      engine_draws_in_memory() || device_shares_memory());
@@ -112,6 +115,7 @@ void WebView::prepare_context(QQmlContext* root_context)
 void WebView::before_reset()
 {
     found_to_draw_in_memory |= has_found_out_about_engine();
+    watch_.set_active(false);
 }
 
 void WebView::post_setup(QQmlEngine*, QObject* root)

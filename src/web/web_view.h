@@ -1,6 +1,7 @@
 #pragma once
 
 #include "views/view.h"
+#include "web/page_watch.h"
 
 #include "marlune/web_settings.h"
 
@@ -24,6 +25,10 @@ struct AbstractContextObjectStd;
 using QtWebSettingBool = bool;
 using QtWebSettingInt = int;
 using QtWebSettingText = QString;
+// What the setters take.
+using QtWebSettingBoolValue = bool;
+using QtWebSettingIntValue = int;
+using QtWebSettingTextValue = const QString&;
 
 /** The view that shows a web page: what its scene, the component "Webview", binds to and calls. */
 class WebView : public View {
@@ -47,6 +52,7 @@ class WebView : public View {
 public:
     using NavigationHandler = CallbackSlot<bool(std::string, std::string)>;
     using LoadingChanged = CallbackSlot<void(int, std::string, std::string, std::string, int)>;
+    using PageResponding = CallbackSlot<void(bool)>;
 
     WebView();
     ~WebView() override;
@@ -103,7 +109,7 @@ public:
     {                                                                           \
         return property##_;                                                     \
     }                                                                           \
-    void set_##name(const QtWebSetting##type& value)                            \
+    void set_##name(QtWebSetting##type##Value value)                            \
     {                                                                           \
         property##_ = value;                                                    \
         emit property##Changed(value);                                          \
@@ -127,6 +133,11 @@ public:
     LoadingChanged& loading_callback()
     {
         return loading_changed_;
+    }
+
+    PageResponding& responding_callback()
+    {
+        return responding_;
     }
 
     bool register_object(const std::string& name, db::AbstractContextObjectStd* object);
@@ -166,6 +177,8 @@ private:
     std::unique_ptr<db::DataBindingContextManager> manager_;
     NavigationHandler navigation_handler_;
     LoadingChanged loading_changed_;
+    PageResponding responding_;
+    PageWatch watch_{this};
     QQuickWebEngineProfile* profile_ = nullptr;
     int idx_;
     QString url_ = QStringLiteral("about:blank");

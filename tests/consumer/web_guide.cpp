@@ -4,6 +4,7 @@
 #include <marlune/marlune.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <map>
@@ -24,6 +25,11 @@ marlune::MWebView first_page(VkInstance instance, VkPhysicalDevice physical_devi
     if (!view.load())
         std::fprintf(stderr, "the view cannot be loaded, see the messages above\n");
     return view;
+}
+
+void watch_page(const marlune::MWebView& view, std::atomic<bool>& hangs)
+{
+    view.set_func_page_responding([&hangs](bool responding) { hangs = !responding; });
 }
 
 void tell_of_loading(const marlune::MWebView& view)
