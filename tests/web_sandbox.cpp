@@ -1,11 +1,14 @@
 // Pages in the engine's sandbox, which wants an ordinary user, and what it takes from them. Each case
 // is a process of its own, since the engine reads its flags once.
 
+#include "support/host_object.h"
 #include "support/host_web_view.h"
 #include "support/http_server.h"
 #include "support/library.h"
 #include "support/lives.h"
+#include "support/message_log.h"
 #include "support/processes.h"
+#include "support/resource_pack.h"
 
 #include <marlune/marlune.h>
 
@@ -168,7 +171,95 @@ void unsandboxed()
                  + findings.seccomp);
 }
 
+/** The rules of SANDBOXED without the sandbox itself, which root could not have. */
+void keep_origins_apart()
+{
+    opts::SANDBOXED = true;
+    setenv("QTWEBENGINE_DISABLE_SANDBOX", "1", 1);
+}
+
+// What a frame of a foreign site reaches, each as it finds it.
+constexpr auto FOREIGN_FRAME = R"(<script>
+const attempt = act => { try { return String(act()); } catch (error) { return error.name; } };
+const channel = window.qt && window.qt.webChannelTransport;
+parent.postMessage({
+    objects: attempt(() => window.$g),
+    channel: attempt(() => channel),
+    objectsOfThePage: attempt(() => parent.$g),
+    documentOfThePage: attempt(() => parent.document.title),
+}, "*");
+onmessage = () => {
+    try { top.location = "file:///etc/passwd"; } catch {}
+    setTimeout(() => parent.postMessage("tried", "*"), 100);
+};
+</script>)";
+
+/** What a frame of another site finds in a page that has objects, as JSON. */
+std::string explore_from_a_frame()
+{
+    HttpServer server;
+    server.serve("/frame", html(FOREIGN_FRAME));
+    server.serve("/",
+                 html("<script>window.heard = []; onmessage = event => heard.push(event.data);"
+                      "addEventListener('godot.ready', () => {"
+                      " const frame = document.createElement('iframe');"
+                      " frame.src = '"
+                      + server.url("/frame", "localhost")
+                      + "'; document.documentElement.append(frame); });</script>"));
+    HostObject object("game");
+    object.property("health", db::VariantTypeStd::INT, db::ValueStd(100));
+    HostWebView view;
+    view->webchannel_registerObject("game", &object.record());
+    require(view.open(server.url("/")), "the page loads");
+    require(view.draw_until([&] { return view.evaluate("heard.length") == "1"; }),
+            "the frame speaks");
+    const std::string found = view.evaluate("heard[0]");
+    view.run("frames[0].postMessage('try', '*')");
+    require(view.draw_until([&] { return view.evaluate("heard[1]") == "\"tried\""; }),
+            "the page is still there, and not on the disk");
+    view->destroy();
+    return found;
+}
+
+void foreign_frame_with_rules()
+{
+    keep_origins_apart();
+    const std::string found = explore_from_a_frame();
+    end_life(found
+                 == R"({"objects":"undefined","channel":"undefined",)"
+                    R"("objectsOfThePage":"SecurityError","documentOfThePage":"SecurityError"})",
+             "a foreign frame reaches nothing: " + found);
+}
+
+void foreign_frame_without_rules()
+{
+    const std::string found = explore_from_a_frame();
+    end_life(found.find(R"("objects":"undefined","channel":"undefined")") != std::string::npos
+                 && found.find(R"("objectsOfThePage":"[object Object]")") != std::string::npos,
+             "a foreign frame has nothing of its own, but all that the page has: " + found);
+}
+
+void pack_goes_to_the_disk()
+{
+    keep_origins_apart();
+    ResourcePack pack({{"/index.html", "<title>pack</title>"}});
+    HostWebView view;
+    require(view.open("res://pack/"), "the page loads");
+    allow_messages_matching("the page wants to go to a file of the disk; refused");
+    for (const std::string disk : {"file:///etc/passwd", "qrc:/Web/page_scripts/full_screen.js"}) {
+        view.run("location = '" + disk + "'");
+        const std::string place =
+            view.evaluate("new Promise(done => setTimeout(() => done(location.href), 300))");
+        require(place == "\"res://pack/\"", "the page stays, not at " + place);
+    }
+    view->destroy();
+    end_life(true, "the pages of the pack stay in the pack");
+}
+
 const Lives LIVES = {
+    {"foreign_frame_with_rules", foreign_frame_with_rules},
+    {"foreign_frame_without_rules", foreign_frame_without_rules},
+    {"pack_goes_to_the_disk", pack_goes_to_the_disk},
     {"sandboxed", sandboxed},
     {"unsandboxed", unsandboxed},
 };
@@ -213,6 +304,21 @@ TEST_F(Sandbox, guards_pages_and_keeps_origins_apart)
 TEST_F(Sandbox, is_not_there_by_default)
 {
     EXPECT_TRUE(ends_cleanly("unsandboxed"));
+}
+
+TEST(ForeignFrame, reaches_nothing_of_a_page_with_objects)
+{
+    EXPECT_TRUE(ends_cleanly("foreign_frame_with_rules"));
+}
+
+TEST(ForeignFrame, reaches_all_that_the_page_has_by_default)
+{
+    EXPECT_TRUE(ends_cleanly("foreign_frame_without_rules"));
+}
+
+TEST(Pack, does_not_lead_to_the_disk)
+{
+    EXPECT_TRUE(ends_cleanly("pack_goes_to_the_disk"));
 }
 
 }  // namespace
