@@ -1,11 +1,16 @@
 // What the start makes of the options, step by step and without an application.
 
 #include "runtime/startup.h"
+#include "support/message_log.h"
 
 #include <marlune/marlune.h>
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QLibraryInfo>
+#include <QRegularExpression>
 #include <QtEnvironmentVariables>
+#include <QVersionNumber>
 
 #include <gtest/gtest.h>
 
@@ -139,6 +144,28 @@ TEST_F(StartOptions, leave_settings_of_the_user_alone)
     startup::set_defaults();
     for (const auto& [name, value] : settings)
         EXPECT_EQ(qgetenv(name), value) << name;
+}
+
+TEST_F(StartOptions, say_so_when_the_project_root_is_no_absolute_path)
+{
+    startup::warn_of_relative_root(QDir::currentPath().toStdString());
+    startup::warn_of_relative_root("");
+    for (const char* const root : {".", "game", "../game"}) {
+        expect_message_matching("^PATH_PROJECT_ROOT \""
+                                + QRegularExpression::escape(QString(root)).toStdString()
+                                + "\" is not an absolute path");
+        startup::warn_of_relative_root(root);
+    }
+}
+
+TEST(QtVersion, is_named_when_it_is_not_the_one_that_was_built_with)
+{
+    startup::warn_of_other_qt(QLibraryInfo::version());
+    startup::warn_of_other_qt(QVersionNumber(QT_VERSION_MAJOR, QT_VERSION_MINOR, 99));
+    expect_message_matching("built with Qt [0-9.]+ and .* runs with Qt 6\\.99\\.1 ");
+    startup::warn_of_other_qt(QVersionNumber(6, 99, 1));
+    expect_message_matching("runs with Qt 7");
+    startup::warn_of_other_qt(QVersionNumber(7, QT_VERSION_MINOR));
 }
 
 TEST_F(StartOptions, name_the_application_and_its_makers)

@@ -2,6 +2,7 @@
 
 #include "media/media_view.h"
 #include "media/screen_choice.h"
+#include "runtime/media_part.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -9,25 +10,6 @@
 namespace marlune {
 
 namespace {
-
-/**
- * In a session of X11 Qt takes pictures in a way of its own, which takes the whole desktop for the first
- * screen and cannot find the others; the other way is slower. Qt chooses once, at the first capture.
- */
-void keep_screens_apart()
-{
-    constexpr auto choice = "QT_SCREEN_CAPTURE_BACKEND";
-    const bool is_x11 = qgetenv("XDG_SESSION_TYPE").toLower() == "x11";
-    const bool has_several = QGuiApplication::screens().size() > 1;
-    if (is_x11 && has_several && !qEnvironmentVariableIsSet(choice))
-        qputenv(choice, "grabwindow");
-}
-
-QScreenCapture* make_capture(QObject* parent)
-{
-    keep_screens_apart();
-    return new QScreenCapture(parent);
-}
 
 /** Null where there is no screen at all. */
 QScreen* screen_for(const QString& hint)
@@ -44,8 +26,22 @@ QScreen* screen_for(const QString& hint)
 
 }  // namespace
 
+/**
+ * In a session of X11 Qt takes pictures in a way of its own, which takes the whole desktop for the first
+ * screen and cannot find the others; the other way is slower. Chosen here and not at the first capture:
+ * threads of a running game may be reading the environment.
+ */
+void media_part::choose_screen_capture()
+{
+    constexpr auto choice = "QT_SCREEN_CAPTURE_BACKEND";
+    const bool is_x11 = qgetenv("XDG_SESSION_TYPE").toLower() == "x11";
+    const bool has_several = QGuiApplication::screens().size() > 1;
+    if (is_x11 && has_several && !qEnvironmentVariableIsSet(choice))
+        qputenv(choice, "grabwindow");
+}
+
 ScreenRecorder::ScreenRecorder(QObject* parent)
-    : QObject(parent), screen_capture_(make_capture(this))
+    : QObject(parent), screen_capture_(new QScreenCapture(this))
 {
     end_with_library(screen_capture_);
     connect(this, &ScreenRecorder::activeChanged, this, &ScreenRecorder::on_set_active);

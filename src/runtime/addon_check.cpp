@@ -12,6 +12,12 @@ namespace marlune {
 
 namespace {
 
+/** What a shipped directory has; any other is passed over in silence. */
+QString manifest_of(const QString& addon_dir)
+{
+    return addon_dir + QStringLiteral("manifest.json");
+}
+
 // A game may keep the licences elsewhere, and bring fewer languages.
 bool is_optional(const QString& path)
 {
@@ -21,7 +27,7 @@ bool is_optional(const QString& path)
 QStringList missing_files(const QString& addon_dir)
 {
     QStringList missing;
-    QFile manifest(addon_dir + QStringLiteral("manifest.json"));
+    QFile manifest(manifest_of(addon_dir));
     if (!manifest.open(QIODevice::ReadOnly))
         return missing;
     const QJsonDocument document = QJsonDocument::fromJson(manifest.readAll());
@@ -47,11 +53,8 @@ void warn_of_lost_rights(const QString& addon_dir)
 void warn_of_missing_files(const std::string& addon_dir)
 {
     const QString directory = QString::fromLocal8Bit(addon_dir);
-    if (!QFileInfo(directory).isDir()) {
-        qWarning("there is no add-on directory \"%s\": is PATH_PROJECT_ROOT right?",
-                 qUtf8Printable(directory));
+    if (!QFileInfo::exists(manifest_of(directory)))
         return;
-    }
     warn_of_lost_rights(directory);
     const QStringList missing = missing_files(directory);
     if (missing.isEmpty())

@@ -169,6 +169,7 @@ void M::_create_app()
     Application* const application = startup::make_application();
     publish<void*>(MARLUNE_APP, application);
     web_part::set_up_profile();
+    startup::after_application();
     publish(MARLUNE, new M);
     publish<void*>(MARLUNE_CTX, new MarluneCtx);
 

@@ -5,16 +5,23 @@
 #include "runtime/addon_check.h"
 #include "runtime/application.h"
 #include "runtime/debug_pipe.h"
+#include "runtime/media_part.h"
 #include "runtime/platform.h"
 #include "runtime/qml_modules.h"
 #include "runtime/web_part.h"
 
 #include <QByteArray>
 #include <QCoreApplication>
+#include <QDebug>
+#include <QDir>
+#include <QLibraryInfo>
 #include <QQuickWindow>
 #include <QResource>
 #include <QString>
 #include <QtEnvironmentVariables>
+#include <QVersionNumber>
+
+#include <clocale>
 
 namespace marlune {
 
@@ -24,6 +31,11 @@ std::string& addon_dir_storage()
 {
     static std::string directory;
     return directory;
+}
+
+std::string addon_dir_of(const std::string& root)
+{
+    return root + "/addons/webview/";
 }
 
 struct Variable {
@@ -66,16 +78,37 @@ namespace startup {
 
 void set_directories()
 {
-    addon_dir_storage() = opts::PATH_PROJECT_ROOT + "/addons/webview/";
+    addon_dir_storage() = addon_dir_of(opts::PATH_PROJECT_ROOT);
     platform::set_library_directory(addon_dir());
     for (const auto& [name, suffix] : directory_variables)
         qputenv(name, QByteArray::fromStdString(addon_dir() + suffix));
 }
 
-void set_qt_configuration()
+void set_qt_configuration(const std::string& addon_dir)
 {
     // A directory that is shipped has a qt.conf in it, by which no Qt of the machine is mixed in.
-    QResource::registerResource(QString::fromLocal8Bit(addon_dir() + "qt.rcc"));
+    QResource::registerResource(QString::fromLocal8Bit(addon_dir + "qt.rcc"));
+}
+
+void warn_of_other_qt(const QVersionNumber& running)
+{
+    if (running.majorVersion() == QT_VERSION_MAJOR && running.minorVersion() == QT_VERSION_MINOR)
+        return;
+    qWarning(
+        "this library was built with Qt %d.%d and uses parts of it that change between versions; "
+        "it runs with Qt %s and may crash: use Qt %d.%d, or build the library with the other",
+        QT_VERSION_MAJOR, QT_VERSION_MINOR, qUtf8Printable(running.toString()), QT_VERSION_MAJOR,
+        QT_VERSION_MINOR);
+}
+
+void warn_of_relative_root(const std::string& root)
+{
+    const QString path = QString::fromLocal8Bit(addon_dir_of(root));
+    if (QDir::isAbsolutePath(path))
+        return;
+    qWarning("PATH_PROJECT_ROOT \"%s\" is not an absolute path, and the web engine will end the "
+             "program: write it in full",
+             qUtf8Printable(QString::fromLocal8Bit(root)));
 }
 
 void set_application_identity()
@@ -122,19 +155,23 @@ void set_defaults()
 
 void before_application()
 {
+    // What is the library's own comes first: the rest is in a fixed order.
+    const std::string directory = addon_dir_of(opts::PATH_PROJECT_ROOT);
+    set_qt_configuration(directory);
+    set_defaults();
+    warn_of_other_qt(QLibraryInfo::version());
+    warn_of_relative_root(opts::PATH_PROJECT_ROOT);
+    warn_of_missing_files(directory);  // before Qt misses them, which may end the program
+
     if (opts::LOGGING_DEBUG)
         start_debug_pipe();
     set_directories();
-    set_qt_configuration();
     set_application_identity();
     set_multimedia();
     set_chromium_flags();
-    set_defaults();
-    warn_of_missing_files(addon_dir());  // before Qt misses them, which may end the program
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Vulkan);
     web_part::register_scheme();
     web_part::initialize_engine();
-    declare_qml_modules();
 }
 
 Application* make_application()
@@ -143,7 +180,17 @@ Application* make_application()
     static char name[] = "libmarlune";
     static char* arguments[] = {name, nullptr};
     static int argument_count = 1;
-    return new Application(argument_count, arguments);
+    // Qt sets the process's locale to the user's, and the game's numbers would get decimal commas.
+    const std::string locale = std::setlocale(LC_ALL, nullptr);
+    auto* const application = new Application(argument_count, arguments);
+    std::setlocale(LC_ALL, locale.c_str());
+    return application;
+}
+
+void after_application()
+{
+    declare_qml_modules();
+    media_part::choose_screen_capture();
 }
 
 }  // namespace startup
