@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <memory>
 #include <tuple>
 #include <type_traits>
 #include <utility>
@@ -91,12 +92,23 @@ TEST(PlainFacade, is_destroyed_without_effect)
 TEST(PlainFacade, installs_the_resource_callback_for_all_views)
 {
     start_library();
-    const MView facade;
-    facade.set_func_resource_file([](std::string, bool&, uint64_t& size) -> uint8_t* {
-        size = 0;
-        return nullptr;
-    });
-    facade.set_func_resource_file({});
+    const auto token = std::make_shared<int>();
+    const auto callback = [token](std::string, bool&, uint64_t&) -> uint8_t* { return nullptr; };
+    MView().set_func_resource_file(callback);
+    EXPECT_EQ(token.use_count(), 3) << "it is kept";
+    MQuickView other;
+    other.set_func_resource_file({});
+    EXPECT_EQ(token.use_count(), 2) << "it was the one of all views";
+    other.destroy();
+}
+
+TEST(PlainFacade, lets_go_of_the_callback_for_freeing_and_never_calls_it)
+{
+    bool called = false;
+    const auto token = std::make_shared<int>();
+    MView().set_func_resource_file_free([&called, token] { called = true; });
+    EXPECT_EQ(token.use_count(), 1);
+    EXPECT_FALSE(called);
 }
 
 TEST(QuickFacade, has_a_view_with_the_defaults_of_one)
@@ -198,8 +210,9 @@ TEST(Library, can_be_copied_without_effect)
 {
     M one;
     M other(one);
-    one = other;
-    one = M();
+    EXPECT_EQ(&(one = other), &one);
+    EXPECT_EQ(&(one = M()), &one);
+    static_assert(std::is_empty_v<M>, "there is no state to be copied");
 }
 
 TEST(Library, tells_its_version)
@@ -219,15 +232,6 @@ TEST(Library, keeps_the_debug_option_whatever_the_setter_is_given)
 {
     M::set_ffmpeg_debug(true);
     EXPECT_FALSE(opts::FFMPEG_DEBUG);
-}
-
-TEST(Library, declares_its_qml_modules_as_often_as_one_likes)
-{
-    start_library();
-    qml_register_types_Debug();
-    qml_register_types_Multimedia();
-    qml_register_types_Splash();
-    qml_register_types_Web();
 }
 
 TEST(Library, publishes_its_objects_once_it_is_ready)

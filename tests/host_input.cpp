@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace marlune::test {
@@ -52,6 +53,22 @@ protected:
 
     HostView view;
 };
+
+TEST_F(Input, of_a_key_is_over_when_the_scene_has_reacted)
+{
+    bool reacted = false, reacted_in_time = false;
+    // On the Qt thread, where nothing but the call itself can serve the scene meanwhile.
+    view->set_func_javascript_console_log(
+        [&, is_first = true](int, std::string message, int, std::string) mutable {
+            reacted = reacted || message == "reacted";
+            if (!std::exchange(is_first, false))
+                return;
+            press(KEY_A, "later");
+            reacted_in_time = reacted;
+        });
+    press(KEY_A, "a");
+    EXPECT_TRUE(reacted_in_time);
+}
 
 TEST_F(Input, brings_a_click_with_the_buttons_that_are_held)
 {

@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <iterator>
 #include <optional>
 #include <string>
 
@@ -110,6 +111,20 @@ TEST_F(DebugPipe, is_looked_for_in_the_temporary_directory_without_a_runtime_dir
     ::unsetenv("TMPDIR");
     ASSERT_NE(pipe, platform::no_pipe);
     ::close(static_cast<int>(pipe));
+}
+
+TEST_F(DebugPipe, has_no_writer_thread_where_it_could_not_connect)
+{
+    const auto threads = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/task"),
+                             std::filesystem::directory_iterator());
+    };
+    const auto before = threads();
+    testing::internal::CaptureStderr();
+    start_debug_pipe();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Failed to connect to named pipe. Error: " + std::to_string(ENOENT) + "\n");
+    EXPECT_EQ(threads(), before);
 }
 
 TEST_F(DebugPipe, connects_at_the_start)

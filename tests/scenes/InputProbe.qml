@@ -1,6 +1,6 @@
 import QtQuick
 
-// Reports each event that it gets as a console message. Numbers are those of Qt's enumerations.
+// Reports each event that it gets as a console message; what types "later" is reacted to later as well. Numbers are those of Qt's enumerations.
 Item {
     id: root
 
@@ -19,7 +19,11 @@ Item {
     }
 
     focus: true
-    Keys.onPressed: event => report("key press " + describeKey(event))
+    Keys.onPressed: event => {
+        report("key press " + describeKey(event));
+        if (event.text === "later")
+            Qt.callLater(report, "reacted");
+    }
     Keys.onReleased: event => report("key release " + describeKey(event))
 
     MouseArea {
