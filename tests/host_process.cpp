@@ -12,8 +12,11 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -78,6 +81,74 @@ void start_after_stop()
     M::ensure_qt_eventloop_is_running();
     M::destroy();
     M::create_app();
+}
+
+void two_starts_in_quick_succession()
+{
+    start_library();
+    M::create_app();
+    M::create_app();
+    MQuickView view = loaded_view();
+    view.render();
+    view.destroy();
+    M::destroy();
+    release_host();
+}
+
+void screens_during_the_start()
+{
+    start_library();
+    while (MView().get_physical_screens().empty())
+        std::this_thread::yield();
+    require(std::atomic_ref(MARLUNE_CTX).load() != nullptr, "the library is ready by then");
+    M::destroy();
+}
+
+void start_without_a_reader_of_the_debug_pipe()
+{
+    ::setenv("XDG_RUNTIME_DIR", "/no/such/folder", 1);
+    opts::LOGGING_DEBUG = true;
+    start_library();
+    M::ensure_qt_eventloop_is_running();
+    M::destroy();
+}
+
+std::string number_of_the_host()
+{
+    char text[8];
+    std::snprintf(text, sizeof(text), "%.1f", 1.5);
+    return text;
+}
+
+void require_points_in_rates()
+{
+    for (const auto& screen : MView().get_physical_screens())
+        require(screen.at("refreshRate").find('.') != std::string::npos, "a rate has a point");
+}
+
+/** Of a user whose environment is German, with a game that knows nothing of locales. */
+void german_user()
+{
+    start_library();
+    MWebView page;
+    set_up(page);
+    require(page.load(), "the page loads");
+    require(number_of_the_host() == "1.5", "the game's numbers have points");
+    require(std::setlocale(LC_ALL, nullptr) == std::string("C"), "the game keeps its locale");
+    require_points_in_rates();
+    page.destroy();
+    M::destroy();
+    release_host();
+}
+
+void german_game()
+{
+    require(std::setlocale(LC_ALL, "") != nullptr, "there is a German locale");
+    start_library();
+    M::ensure_qt_eventloop_is_running();
+    require(number_of_the_host() == "1,5", "the game's numbers have commas, as it wants");
+    require_points_in_rates();
+    M::destroy();
 }
 
 void stop_without_start()
@@ -211,6 +282,11 @@ const Lives LIVES = {
     {"ordinary_life", ordinary_life},
     {"second_start", second_start},
     {"start_after_stop", start_after_stop},
+    {"two_starts_in_quick_succession", two_starts_in_quick_succession},
+    {"screens_during_the_start", screens_during_the_start},
+    {"start_without_a_reader_of_the_debug_pipe", start_without_a_reader_of_the_debug_pipe},
+    {"german_user", german_user},
+    {"german_game", german_game},
     {"stop_without_start", stop_without_start},
     {"stop_right_after_start", stop_right_after_start},
     {"stop_twice", stop_twice},
@@ -259,9 +335,11 @@ TEST_P(Lives, end_cleanly_without_a_word_and_leave_no_process_behind)
 
 INSTANTIATE_TEST_SUITE_P(Process, Lives,
                          testing::Values("ordinary_life", "engine_with_processes_of_its_own",
-                                         "stop_without_start", "stop_right_after_start",
-                                         "stop_twice", "stop_with_a_loaded_view",
-                                         "calls_after_stop", "calls_on_several_threads_during_stop",
+                                         "two_starts_in_quick_succession",
+                                         "screens_during_the_start", "stop_without_start",
+                                         "stop_right_after_start", "stop_twice",
+                                         "stop_with_a_loaded_view", "calls_after_stop",
+                                         "calls_on_several_threads_during_stop",
                                          "view_right_after_start", "view_before_start",
                                          "thread_of_the_host", "stop_from_a_callback",
                                          "before_the_start", "exit_instead_of_return"),
@@ -270,6 +348,46 @@ INSTANTIATE_TEST_SUITE_P(Process, Lives,
 TEST(Start, a_second_time_is_refused_on_the_error_stream)
 {
     EXPECT_EQ(live("second_start"), Lines{ALREADY});
+}
+
+/** Processes of a user whose language writes numbers with commas. */
+class GermanProcess : public testing::TestWithParam<std::string> {
+protected:
+    void SetUp() override
+    {
+        std::filesystem::create_directories(folder_);
+        run_program({"/usr/bin/localedef", "--inputfile=de_DE", "--charmap=UTF-8",
+                     folder_ / "de_DE.UTF-8"});
+        if (!std::filesystem::exists(folder_ / "de_DE.UTF-8"))
+            GTEST_SKIP() << "the package locales is not installed";
+        ::setenv("LOCPATH", folder_.c_str(), 1);
+        ::setenv("LC_ALL", "de_DE.UTF-8", 1);
+    }
+
+    void TearDown() override
+    {
+        ::unsetenv("LC_ALL");
+        ::unsetenv("LOCPATH");
+        std::filesystem::remove_all(folder_);
+    }
+
+private:
+    const std::filesystem::path folder_ =
+        std::filesystem::path(testing::TempDir()) / "german_locale";
+};
+
+TEST_P(GermanProcess, keeps_its_numbers)
+{
+    EXPECT_EQ(live(GetParam()), Lines());
+}
+
+INSTANTIATE_TEST_SUITE_P(Start, GermanProcess, testing::Values("german_user", "german_game"),
+                         [](const auto& test) { return test.param; });
+
+TEST(Start, says_that_nobody_reads_the_debug_pipe)
+{
+    EXPECT_EQ(live("start_without_a_reader_of_the_debug_pipe"),
+              Lines{"Failed to connect to named pipe. Error: 2"});
 }
 
 TEST(Start, after_the_end_is_refused_on_the_error_stream)

@@ -10,6 +10,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QEventLoop>
 #include <QFile>
 #include <QPluginLoader>
 #include <QQuickWebEngineProfile>
@@ -20,6 +21,7 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <string>
 #include <type_traits>
 
@@ -118,6 +120,32 @@ TEST_F(StartedLibrary, has_declared_its_qml_modules)
             << name;
     }
     EXPECT_FALSE(QQmlMetaType::latestModuleVersion(QStringLiteral("Nope")).isValid());
+}
+
+TEST_F(StartedLibrary, bears_its_modules_being_declared_again)
+{
+    for (const auto declare : {qml_register_types_Debug, qml_register_types_Multimedia,
+                               qml_register_types_Splash, qml_register_types_Web})
+        declare();
+    EXPECT_EQ(QQmlMetaType::latestModuleVersion(QStringLiteral("Web")),
+              QTypeRevision::fromVersion(1, 0));
+}
+
+TEST_F(StartedLibrary, processes_the_events_of_the_calling_thread)
+{
+    const QEventLoop loop;  // gives this thread what serves events
+    QObject here;
+    bool ran = false;
+    QMetaObject::invokeMethod(
+        &here, [&] { ran = true; }, Qt::QueuedConnection);
+    EXPECT_FALSE(ran);
+    M::processEvents();
+    EXPECT_TRUE(ran);
+}
+
+TEST_F(StartedLibrary, keeps_the_locale_of_the_process)
+{
+    EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "C");
 }
 
 TEST_F(StartedLibrary, brings_a_static_plugin_and_a_qmldir_for_each_module)

@@ -41,8 +41,8 @@ public:
      *
      * A call made after the library has started (even if it has been stopped since) writes
      * "application is already constructed" to the standard error stream and does nothing else.
-     * The test is made on MARLUNE, which is set late in the start: do not call this twice in quick
-     * succession.
+     * The test is made on MARLUNE, which is set late in the start: a second call in quick succession
+     * writes nothing, and has no effect either.
      *
      * @throws std::system_error when the thread cannot be started.
      */
@@ -50,7 +50,8 @@ public:
 
     /**
      * The body of the Qt thread, for a host that wants to supply that thread itself.
-     * Blocks until destroy() has been called. Call it instead of create_app(), never beside it.
+     * Blocks until destroy() has been called. Call it instead of create_app(). Returns at once where
+     * the library has been started already.
      */
     static void _create_app();
 
@@ -68,7 +69,8 @@ public:
      *
      * Call it last, after MView::destroy() of every facade: views that still live then are not
      * destroyed, and calls on them return their defaults from then on. The host may leave `main` as
-     * soon as this has returned. Without a start it does nothing.
+     * soon as this has returned. Without a start it does nothing. On Linux it is called by exit()
+     * where the host has not.
      *
      * Blocks for as long as the work under way on the Qt thread takes, but no longer than 10 s.
      * Called on the Qt thread (in a host callback) it does not block.

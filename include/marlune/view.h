@@ -222,9 +222,9 @@ public:
     /**
      * The screens of the machine, each with "name", "model", "manufacturer", "serialNumber",
      * "availableSize" and "virtualSize" (as in "1920x1040", px), "isPortrait" and "isLandscape"
-     * ("true" or "false"), "refreshRate" (Hz, as in "60.000000"). Empty before the library has
-     * started. Reads Qt's screen list on the calling thread, without blocking: call it when
-     * no screen is being plugged in or out.
+     * ("true" or "false"), "refreshRate" (Hz, as in "60.000000", with a point in every locale). Empty
+     * until the library is ready. Reads Qt's screen list on the calling thread, without blocking: call
+     * it when no screen is being plugged in or out.
      */
     std::vector<std::map<std::string, std::string>> get_physical_screens() const;
 

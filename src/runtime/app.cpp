@@ -5,6 +5,8 @@
 #include "runtime/host_callback.h"
 #include "runtime/live_objects.h"
 #include "runtime/media_part.h"
+#include "runtime/platform.h"
+#include "runtime/process_end.h"
 #include "runtime/qt_thread.h"
 #include "runtime/startup.h"
 #include "runtime/trace.h"
@@ -56,6 +58,9 @@ QtThread& qt_thread()
 
 std::atomic<std::thread::id> qt_thread_id;
 std::atomic<bool> start_requested = false;
+std::atomic<bool> start_begun = false;
+std::atomic<bool> end_given_up = false;
+std::atomic<bool> forked = false;
 
 /** Tells M::destroy that the event loop has ended. Never destroyed either. */
 struct LoopEnd {
@@ -110,6 +115,15 @@ void stop_engine()
 {
     web_part::close_pages();
     qt_call_post_routines();
+    platform::end_engine_processes();
+}
+
+/** All that the end of the event loop gives rise to. */
+void stop()
+{
+    close_calls();
+    media_part::close_players();
+    stop_engine();
 }
 
 void report_end()
@@ -126,7 +140,51 @@ bool wait_for_loop_end()
     return loop_end().changed.wait_for(lock, stop_limit, [] { return loop_end().reached; });
 }
 
+/** The threads of the host and the Qt thread may still be at work in what exit() takes down next. */
+void end_with_process()
+{
+    if (forked || end_given_up)
+        return;
+    if (!on_qt_thread())
+        return M::destroy();
+    // exit() was called in a callback, to which it does not return.
+    if (!LiveObjects::instance().is_closed())
+        stop();
+}
+
+/** There is no Qt thread in the child, and nobody to let go of a lock. */
+void leave_to_parent()
+{
+    forked = true;
+    LiveObjects::instance().abandon();
+}
+
+/** What the library needs of the process, whoever gives the Qt thread. */
+void prepare_process()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        platform::stay_loaded();
+        end_before_what_stands();
+        platform::run_in_forked_child(leave_to_parent);
+    });
+}
+
 }  // namespace
+
+void end_before_what_stands()
+{
+    // Enough for all that comes with the first scenes of each kind; a game may load for ever.
+    constexpr int most = 64;
+    static std::atomic<int> times = 0;
+    if (times.fetch_add(1, std::memory_order_relaxed) < most)
+        platform::run_at_exit(end_with_process);
+}
+
+bool is_ready()
+{
+    return context() != nullptr;
+}
 
 bool on_qt_thread()
 {
@@ -151,19 +209,25 @@ void M::create_app()
         std::fflush(stderr);
         return;
     }
+    prepare_process();
     const std::lock_guard lock(qt_thread().mutex);
-    // Two starts in quick succession are the host's mistake, but not one that ends its game.
-    if (qt_thread().handle.joinable())
-        qt_thread().handle.detach();
-    qt_thread().handle = std::thread(_create_app);
+    std::thread started(_create_app);
     start_requested = true;
+    // Of two starts in quick succession, the second thread finds nothing to do.
+    if (qt_thread().handle.joinable())
+        started.detach();
+    else
+        qt_thread().handle = std::move(started);
 }
 
 void M::_create_app()
 {
     trace("marlune::_create_app()", "T");
+    if (start_begun.exchange(true))
+        return;
     start_requested = true;
     qt_thread_id = std::this_thread::get_id();
+    prepare_process();
 
     startup::before_application();
     Application* const application = startup::make_application();
@@ -175,17 +239,16 @@ void M::_create_app()
 
     trace("marlune::_create_app", "T");
     trace("static_cast<QApplication*>(MARLUNE_APP)->exec()", "T");
+    end_before_what_stands();
     QApplication::exec();
-    close_calls();
-    media_part::close_players();
-    stop_engine();
+    stop();
     report_end();
 }
 
 void M::ensure_qt_eventloop_is_running()
 {
     trace("marlune::qt_is_running?", "M");
-    while (!context())
+    while (!is_ready() && !forked)
         std::this_thread::sleep_for(readiness_step);
 }
 
@@ -200,7 +263,7 @@ void M::destroy()
     trace("marlune::destroy", "M");
     if (on_qt_thread())
         return QCoreApplication::quit();
-    if (!start_requested)
+    if (!start_requested || forked)
         return;
 
     // Posted, not called: a loop that is about to be entered would miss a quit that comes before it.
@@ -208,6 +271,7 @@ void M::destroy()
     LiveObjects::instance().post(context(), [] { QCoreApplication::quit(); });
 
     if (!wait_for_loop_end()) {
+        end_given_up = true;
         std::fprintf(stderr,
                      "marlune: the Qt thread is still at work 10 s after M::destroy; "
                      "is a host callback waiting for something?\n");

@@ -25,6 +25,8 @@ void LiveObjects::remove(QObject* object)
 
 bool LiveObjects::contains(QObject* object) const
 {
+    if (closed_)
+        return false;
     const std::shared_lock lock(mutex_);
     return objects_.contains(object);
 }

@@ -3,6 +3,7 @@
 #include <QMetaObject>
 #include <QObject>
 
+#include <atomic>
 #include <shared_mutex>
 #include <unordered_set>
 
@@ -31,10 +32,17 @@ public:
     /** For good: nothing is live any more. The Qt thread calls it once its event loop has ended. */
     void close();
 
+    /** The same in a forked process, where the lock may be held by a thread that is not there. */
+    void abandon() { closed_ = true; }
+
+    bool is_closed() const { return closed_; }
+
     /** Queues the functor on the object. False, with the functor destroyed, when it is not live. */
     template <typename Functor>
     bool post(QObject* object, Functor&& functor) const
     {
+        if (closed_)
+            return false;
         const std::shared_lock lock(mutex_);
         return objects_.contains(object)
             && QMetaObject::invokeMethod(object, std::forward<Functor>(functor),
@@ -48,6 +56,8 @@ public:
     template <typename Functor>
     void visit(QObject* object, Functor&& look) const
     {
+        if (closed_)
+            return;
         const std::shared_lock lock(mutex_);
         if (objects_.contains(object))
             look(*object);
@@ -58,7 +68,7 @@ private:
 
     mutable std::shared_mutex mutex_;
     std::unordered_set<QObject*> objects_;
-    bool closed_ = false;
+    std::atomic<bool> closed_ = false;
 };
 
 /** A member of each object that calls are carried to: keeps it in LiveObjects while it lives. */

@@ -1,6 +1,9 @@
 #pragma once
 
-/** What the library's start and stop ask of the media part. Implemented in src/media, as web_part is in src/web. */
+/**
+ * What the library's start and stop ask of the media part. Implemented in src/media, as web_part is in
+ * src/web.
+ */
 namespace marlune::media_part {
 
 /** Decides how screens are captured, which Qt reads from the environment. At the start. */

@@ -10,6 +10,21 @@ namespace marlune::platform {
 /** Makes the directory one in which the system looks for shared libraries, where that takes a call. */
 void set_library_directory(const std::string& path);
 
+/** Keeps the library loaded until the process ends, whatever the host unloads. */
+void stay_loaded();
+
+/**
+ * Has `end` run when the process exits, before what has been set up until now is taken down. Where the
+ * system ends a process's threads before anything else, nothing is left to be ended, and it is not run.
+ */
+void run_at_exit(void (*end)());
+
+/** Has `leave` run in the child of each fork of this process, which has none of its threads. */
+void run_in_forked_child(void (*leave)());
+
+/** Ends what the stopped web engine leaves of its processes. */
+void end_engine_processes();
+
 using PipeHandle = std::intptr_t;
 inline constexpr PipeHandle no_pipe = -1;
 

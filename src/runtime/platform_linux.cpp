@@ -1,14 +1,19 @@
 #include "runtime/platform.h"
 
+#include <pthread.h>
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <vector>
 
 namespace marlune::platform {
 
@@ -23,11 +28,69 @@ std::string debug_socket_path()
     return directory / "webview.debug.sock";
 }
 
+/** The number of the process whose child it is; -1 for one that has gone. */
+pid_t parent_of(const std::filesystem::path& process)
+{
+    std::ifstream status(process / "status");
+    for (std::string word; status >> word;) {
+        pid_t parent = -1;
+        if (word == "PPid:" && status >> parent)
+            return parent;
+    }
+    return -1;
+}
+
+/** The engine starts new processes from ones that it keeps for that and does not end. */
+bool is_engine_zygote(const std::filesystem::path& process)
+{
+    std::ifstream file(process / "cmdline");
+    const std::string command_line(std::istreambuf_iterator<char>(file), {});
+    return command_line.find("QtWebEngineProcess") != std::string::npos
+        && command_line.find("--type=zygote") != std::string::npos;
+}
+
+std::vector<pid_t> engine_children()
+{
+    std::vector<pid_t> children;
+    std::error_code error;
+    std::filesystem::directory_iterator entry("/proc", error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        const pid_t process = std::atoi(entry->path().filename().c_str());
+        if (process > 0 && parent_of(entry->path()) == ::getpid()
+            && is_engine_zygote(entry->path()))
+            children.push_back(process);
+    }
+    return children;
+}
+
 }  // namespace
 
 void set_library_directory(const std::string&)
 {
     // The libraries beside this one are found by their run path.
+}
+
+void stay_loaded()
+{
+    // The library is linked with "nodelete".
+}
+
+void run_at_exit(void (*end)())
+{
+    std::atexit(end);
+}
+
+void run_in_forked_child(void (*leave)())
+{
+    ::pthread_atfork(nullptr, nullptr, leave);
+}
+
+void end_engine_processes()
+{
+    for (const pid_t child : engine_children()) {
+        ::kill(child, SIGKILL);
+        ::waitpid(child, nullptr, 0);
+    }
 }
 
 PipeHandle open_debug_pipe()

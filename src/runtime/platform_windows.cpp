@@ -9,6 +9,28 @@ void set_library_directory(const std::string& path)
     SetDllDirectoryA(path.c_str());
 }
 
+void stay_loaded()
+{
+    HMODULE ignored = nullptr;
+    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                       reinterpret_cast<LPCSTR>(&stay_loaded), &ignored);
+}
+
+void run_at_exit(void (*)())
+{
+    // What a library has registered runs when the system has ended all other threads.
+}
+
+void run_in_forked_child(void (*)())
+{
+    // There is no fork.
+}
+
+void end_engine_processes()
+{
+    // They end with the engine.
+}
+
 PipeHandle open_debug_pipe()
 {
     const HANDLE pipe = CreateFileA(R"(\\.\pipe\webview.debug.sock)", GENERIC_WRITE, 0, nullptr,
@@ -24,7 +46,8 @@ bool write_debug_pipe(PipeHandle pipe, std::string_view bytes)
         != 0;
 }
 
-const MemorySharing memory_sharing{"VK_KHR_external_memory_win32", "vkGetMemoryWin32HandlePropertiesKHR"};
+const MemorySharing memory_sharing{"VK_KHR_external_memory_win32",
+                                   "vkGetMemoryWin32HandlePropertiesKHR"};
 
 void end_process(std::int64_t id)
 {

@@ -23,8 +23,9 @@ template <typename Slot, typename Reach>
 void replace_callback(typename Slot::Function callback, Reach reach)
 {
     auto stored = Slot::store(std::move(callback));
-    reach([&](Slot& slot) { stored = slot.exchange(std::move(stored)); });
-    HostFunction::let_go(std::move(stored));
+    HostFunction::Owner former;
+    reach([&](Slot& slot) { former = slot.exchange(std::move(stored)); });
+    HostFunction::let_go(std::move(former));
 }
 
 }  // namespace detail

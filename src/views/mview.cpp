@@ -189,6 +189,8 @@ std::vector<std::map<std::string, std::string>> MView::get_physical_screens() co
 {
     trace("marlune::MView::get_physical_screens", "M");
     std::vector<std::map<std::string, std::string>> screens;
+    if (!is_ready())
+        return screens;  // Qt's list is being filled
     for (const QScreen* const screen : QGuiApplication::screens()) {
         screens.push_back({
             {"name", screen->name().toStdString()},
@@ -199,7 +201,7 @@ std::vector<std::map<std::string, std::string>> MView::get_physical_screens() co
             {"virtualSize", to_text(screen->virtualSize())},
             {"isPortrait", yes_or_no(screen->isPortrait(screen->orientation()))},
             {"isLandscape", yes_or_no(screen->isLandscape(screen->orientation()))},
-            {"refreshRate", std::to_string(screen->refreshRate())},
+            {"refreshRate", QString::number(screen->refreshRate(), 'f', 6).toStdString()},
         });
     }
     return screens;

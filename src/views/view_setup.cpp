@@ -4,6 +4,7 @@
 
 #include "runtime/host_callback.h"
 #include "runtime/platform.h"
+#include "runtime/process_end.h"
 #include "runtime/startup.h"
 #include "runtime/trace.h"
 #include "views/component_files.h"
@@ -69,6 +70,7 @@ bool View::load_module(const QString& module, const QString& name)
     trace("load_module done", "T");
     post_setup(engine_.get(), root_item_);
     ready_ = true;
+    end_before_what_stands();
     return true;
 }
 
