@@ -35,6 +35,7 @@ marlune_add_test(unit_camera_view LABELS unit SOURCES unit_camera_view.cpp WHITE
 
 # The player through its facade, playing real clips.
 foreach(name IN ITEMS
+        media_callbacks
         media_controls
         media_lifetime
         media_player

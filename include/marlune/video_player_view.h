@@ -63,6 +63,9 @@ public:
      * Sets what is played: a URL ("file:///a b.mp4", "https://...") or a file's path. Blocks, but not for
      * the loading, of which the callbacks tell. Stops what is playing; the new source waits for play().
      * In a view without a scene it is loaded too, and set_auto_play() tells whether load() starts it.
+     *
+     * In a callback it returns at once, and takes place when the callback has returned; so does what the
+     * callback does to the player after it, in its order.
      */
     void set_source(std::string source) const;
 

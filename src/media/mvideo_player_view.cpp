@@ -47,6 +47,13 @@ auto on_player(Work work)
     };
 }
 
+/** The same, for work that belongs to a source. */
+template <typename Work>
+auto in_turn(Work work)
+{
+    return [work = std::move(work)](VideoView& view) { view.in_turn(work); };
+}
+
 }  // namespace
 
 MVideoPlayerView::MVideoPlayerView()
@@ -102,7 +109,7 @@ uint64_t MVideoPlayerView::get_position() const
 void MVideoPlayerView::set_position(uint64_t position) const
 {
     post<VideoView>("marlune::MVideoPlayerView::set_position", view_,
-                    on_player([position](QMediaPlayer& player) {
+                    in_turn([position](QMediaPlayer& player) {
                         player.setPosition(static_cast<qint64>(position));
                     }));
 }
@@ -259,9 +266,8 @@ int MVideoPlayerView::get_active_audio_track() const
 
 void MVideoPlayerView::set_active_audio_track(int track) const
 {
-    post<VideoView>(
-        "marlune::MVideoPlayerView::set_active_audio_track", view_,
-        on_player([track](QMediaPlayer& player) { player.setActiveAudioTrack(track); }));
+    post<VideoView>("marlune::MVideoPlayerView::set_active_audio_track", view_,
+                    in_turn([track](QMediaPlayer& player) { player.setActiveAudioTrack(track); }));
 }
 
 int MVideoPlayerView::get_active_video_track() const
@@ -272,9 +278,8 @@ int MVideoPlayerView::get_active_video_track() const
 
 void MVideoPlayerView::set_active_video_track(int track) const
 {
-    post<VideoView>(
-        "marlune::MVideoPlayerView::set_active_video_track", view_,
-        on_player([track](QMediaPlayer& player) { player.setActiveVideoTrack(track); }));
+    post<VideoView>("marlune::MVideoPlayerView::set_active_video_track", view_,
+                    in_turn([track](QMediaPlayer& player) { player.setActiveVideoTrack(track); }));
 }
 
 int MVideoPlayerView::get_active_subtitle_track() const

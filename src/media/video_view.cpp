@@ -2,6 +2,7 @@
 
 #include "media/media_view.h"
 #include "media/time_text.h"
+#include "runtime/host_callback.h"
 #include "runtime/trace.h"
 
 #include <QFile>
@@ -11,6 +12,7 @@
 #include <QtQml>
 
 #include <chrono>
+#include <utility>
 
 namespace marlune {
 
@@ -100,6 +102,7 @@ void VideoView::prepare_context(QQmlContext* root_context)
 
 void VideoView::post_setup(QQmlEngine*, QObject* root)
 {
+    do_waiting_work();
     if (audio_output_)
         audio_output_->setParent(root);
     if (!player_)
@@ -112,6 +115,8 @@ void VideoView::post_setup(QQmlEngine*, QObject* root)
 
 void VideoView::before_reset()
 {
+    if (!is_ending_)
+        do_waiting_work();
     if (player_)
         player_->stop();
     const bool goes_with_scene = !player_ || player_->parent() != this;
@@ -145,6 +150,34 @@ void VideoView::replace_player()
 }
 
 void VideoView::set_source(const QString& source)
+{
+    if (!HostCallbackScope::active()) {
+        do_waiting_work();
+        return open(source);
+    }
+    waiting_.emplace_back([this, source] { open(source); });
+    run_outside_callbacks(*this, [](VideoView& view) { view.do_waiting_work(); });
+}
+
+void VideoView::in_turn(std::function<void(QMediaPlayer& player)> work)
+{
+    const auto on_player = [this, work = std::move(work)] {
+        if (player_)
+            work(*player_);
+    };
+    if (HostCallbackScope::active() && !waiting_.empty())
+        return waiting_.push_back(on_player);
+    do_waiting_work();
+    on_player();
+}
+
+void VideoView::do_waiting_work()
+{
+    for (const auto& work : std::exchange(waiting_, {}))
+        work();
+}
+
+void VideoView::open(const QString& source)
 {
     path_or_url_ = source;
     if (player_)
@@ -221,20 +254,17 @@ void VideoView::set_controls_auto_hide(bool enabled)
 
 void VideoView::play()
 {
-    if (player_)
-        player_->play();
+    in_turn(&QMediaPlayer::play);
 }
 
 void VideoView::pause()
 {
-    if (player_)
-        player_->pause();
+    in_turn(&QMediaPlayer::pause);
 }
 
 void VideoView::stop()
 {
-    if (player_)
-        player_->stop();
+    in_turn(&QMediaPlayer::stop);
 }
 
 void VideoView::mute()
@@ -251,12 +281,12 @@ void VideoView::unmute()
 
 void VideoView::set_active_subtitle_track(int track)
 {
-    if (!player_)
-        return;
-    const auto count = player_->subtitleTracks().size();
-    const bool there = qint64(track) + 1 <= count;
-    player_->setActiveSubtitleTrack(there ? track : no_track);
-    emit activeTracksChanged();
+    in_turn([this, track](QMediaPlayer& player) {
+        const auto count = player.subtitleTracks().size();
+        const bool there = qint64(track) + 1 <= count;
+        player.setActiveSubtitleTrack(there ? track : no_track);
+        emit activeTracksChanged();
+    });
 }
 
 QString VideoView::get_current_subtitle_name()

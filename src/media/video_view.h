@@ -12,7 +12,9 @@
 #include <QVideoSink>
 
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <vector>
 
 class QTimer;
 
@@ -66,7 +68,12 @@ public:
     /** Its slots may be filled by any thread. */
     VideoCallbacks& callbacks() { return callbacks_; }
 
+    /** In a callback it waits for its end: the player may be in the midst of loading another source. */
     void set_source(const QString& source);
+
+    /** Runs work on the player, if there is one: at once, but after any source that waits. */
+    void in_turn(std::function<void(QMediaPlayer& player)> work);
+
     void set_auto_play(bool enabled) { auto_play_ = enabled; }
     uint fill_mode() const { return fill_mode_; }
     bool controls_enabled() const { return controls_enabled_; }
@@ -136,6 +143,8 @@ private:
     void connect_callbacks();
     void connect_player();
     void replace_player();
+    void do_waiting_work();
+    void open(const QString& source);
     void take_source(const QUrl& source);
     void take_duration(qint64 duration);
     void follow_state(QMediaPlayer::PlaybackState state);
@@ -163,6 +172,7 @@ private:
     bool controls_enabled_ = true;
     bool controls_auto_hide_ = false;
     uint fill_mode_ = 1;
+    std::vector<std::function<void()>> waiting_;  // for the end of a callback
     bool is_ending_ = false;
 };
 
