@@ -66,6 +66,7 @@ target_link_libraries(marlune_camera_support PUBLIC marlune_media_support marlun
 # Cameras through their facade.
 foreach(name IN ITEMS
         media_camera
+        media_camera_callbacks
         media_camera_controls
         media_camera_hints)
     marlune_add_test(${name} LABELS media SOURCES ${name}.cpp LIBRARIES marlune_camera_support)

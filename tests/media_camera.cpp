@@ -291,6 +291,50 @@ TEST_F(Camera, tells_that_it_may_not_be_used)
     EXPECT_TRUE(view.draw_until([&] { return shows_something(view.picture(), "words"); }));
 }
 
+void set_and_ask_everything(const MCameraView& camera)
+{
+    camera.set_exposure_mode(1);
+    camera.set_exposure_compensation(0.5f);
+    camera.set_manual_exposure_time(0.02f);
+    camera.set_auto_exposure_time();
+    camera.set_manual_iso_sensitivity(200);
+    camera.set_auto_iso_sensitivity();
+    camera.set_focus_mode(5);
+    camera.set_focus_distance(0.5f);
+    camera.set_focus_mode(0);
+    camera.set_flash_mode(1);
+    camera.set_torch_mode(1);
+    camera.set_white_balance_mode(1);
+    camera.set_color_temperature(4000);
+    camera.set_zoom_factor(1.5f);
+    camera.zoom_to(2, 1);
+    EXPECT_EQ(camera.get_exposure_time(), -1);
+    EXPECT_EQ(camera.get_iso_sensitivity(), -1);
+    camera.get_is_flash_ready();
+}
+
+TEST_F(Camera, that_may_not_be_used_takes_no_setting)
+{
+    expect_message_matching("Unable to open the camera \"/dev/video0\".*Permission denied");
+    plug_cameras({{.name = "Locked", .is_locked = true}});
+    HostCameraView view;
+    view->set_camera_hint("0");
+    set_and_ask_everything(view.facade());
+    EXPECT_EQ(view->get_error(), CAMERA_ERROR);
+}
+
+TEST_F(Camera, that_is_unplugged_takes_no_setting)
+{
+    allow_qt_to_miss_it();
+    HostCameraView view;
+    ASSERT_TRUE(view.show("0"));
+    view->set_focus_mode(5);
+    unplug_camera("Integrated Webcam");
+    ASSERT_TRUE(view.draw_until([] { return open_cameras().empty(); }));
+    set_and_ask_everything(view.facade());
+    EXPECT_TRUE(view->is_available());
+}
+
 TEST_F(Camera, that_is_unplugged_says_so_and_harms_nothing)
 {
     allow_qt_to_miss_it();
@@ -350,23 +394,45 @@ TEST_F(Camera, that_is_found_later_is_shown_in_the_scene_that_is_there)
 
 // --- Its end ----------------------------------------------------------------------------------------
 
-TEST_F(Camera, is_switched_off_by_reset)
+TEST_F(Camera, goes_with_its_scene)
 {
     HostCameraView view;
     ASSERT_TRUE(view.show("usb"));
     view->set_focus_distance(0.25f);
     view->reset();
-    EXPECT_FALSE(view->get_is_active()) << "in turn, before any later call";
-    EXPECT_TRUE(running_cameras().empty());
+    EXPECT_TRUE(open_cameras().empty()) << "others can have it";
     EXPECT_TRUE(view.wait_for_event("active_changed"));
-    view->reset();
-
-    ASSERT_TRUE(view.load()) << "and is there again for the next scene";
     EXPECT_FALSE(view->get_is_active());
-    EXPECT_EQ(view->get_focus_distance(), 0.25f);
+    EXPECT_FALSE(view->is_available());
+    EXPECT_EQ(view->get_focus_distance(), 0);
+    EXPECT_EQ(view->get_focus_point(), std::vector<float>());
+    view->start();
+    EXPECT_TRUE(open_cameras().empty()) << "there is none to start";
+    view->reset();
+}
+
+TEST_F(Camera, is_chosen_again_for_the_next_scene)
+{
+    HostCameraView view;
+    ASSERT_TRUE(view.show("usb"));
+    view->set_focus_distance(0.25f);
+    ASSERT_TRUE(view.load());
+    EXPECT_FALSE(view->get_is_active());
+    EXPECT_TRUE(view->is_available());
+    EXPECT_EQ(view->get_focus_distance(), 1) << "as it comes";
     view->start();
     EXPECT_TRUE(view.goes_on());
     EXPECT_TRUE(view.wait_for_border(CYAN));
+}
+
+TEST_F(Camera, is_kept_by_reset_while_no_scene_has_it)
+{
+    HostCameraView view;
+    view->set_camera_hint("usb");
+    view->start();
+    view->reset();
+    EXPECT_FALSE(view->get_is_active());
+    EXPECT_TRUE(view->is_available());
 }
 
 TEST_F(Camera, can_be_followed_by_another_component)

@@ -26,12 +26,13 @@ namespace marlune {
  * set_camera_hint() chooses the camera, and start() switches it on: neither load() nor the choice does.
  * The component "Camera" shows the picture, and says in words why there is none.
  *
- * The camera stays, with what has been set on it, until another hint chooses another one: reset() and
- * load() switch it off and no more.
+ * The camera goes with its scene: reset(), and a load() over another scene, give its device back, and what
+ * was set on it is gone. load() then chooses it again by the hint, and it waits for start(). Before the
+ * first load(), reset() only switches it off.
  *
  * Without a view (see MView), and before a camera has been chosen, a member returns at once or does
  * nothing: 0, false, or an empty string or list. Modes and values that the camera does not have are
- * not taken.
+ * not taken, nor is any by one that could not be opened or has been unplugged.
  *
  * Making one makes a second view, which is not used and stays until the process ends: keep such a view
  * and load it again, rather than making one each time.

@@ -68,17 +68,17 @@ void CameraView::prepare_context(QQmlContext* root_context)
 
 void CameraView::post_setup(QQmlEngine*, QObject* root)
 {
+    // The one that was chosen has gone with the scene before.
+    if (is_chosen_ && !camera_)
+        choose_by_hint();
     if (camera_)
         camera_->setParent(root);
 }
 
 void CameraView::before_reset()
 {
-    if (!camera_)
-        return;
-    camera_->setActive(false);
-    // What the host has chosen and set is there again for the next scene.
-    camera_->setParent(this);
+    if (camera_)
+        camera_->setActive(false);
 }
 
 void CameraView::set_camera_hint(const QString& hint)
@@ -119,14 +119,33 @@ void CameraView::install(const QCameraDevice& device)
         give_up_camera();
     set_free(device);
     camera_ = new QCamera(device, this);
+    is_chosen_ = true;
+    has_device_ = camera_->error() == QCamera::NoError;
     end_with_library(camera_);
     connect_callbacks();
+    follow_devices();
     emit cameraChanged();
     // That it cannot be opened shows while it is made, when nobody listens yet.
-    if (camera_ && camera_->error() != QCamera::NoError) {
+    if (camera_ && !has_device_) {
         onErroroccurred(camera_->error(), camera_->errorString());
         onErrorchanged();
     }
+}
+
+void CameraView::follow_devices()
+{
+    if (devices_)
+        return;
+    devices_ = new QMediaDevices(this);
+    connect(devices_, &QMediaDevices::videoInputsChanged, this, &CameraView::look_for_device);
+}
+
+/** One that is plugged again has to be chosen again. */
+void CameraView::look_for_device()
+{
+    const bool is_plugged =
+        camera_ && QMediaDevices::videoInputs().contains(camera_->cameraDevice());
+    has_device_ = has_device_ && is_plugged;
 }
 
 void CameraView::give_up_camera()

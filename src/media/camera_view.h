@@ -12,6 +12,8 @@
 #include <mutex>
 #include <string>
 
+class QMediaDevices;
+
 namespace marlune {
 
 /** The functions of the host that a camera calls. */
@@ -36,8 +38,13 @@ public:
     void post_setup(QQmlEngine* engine, QObject* root) override;
     void before_reset() override;
 
-    /** Null until one has been chosen. */
+    /** Null until one has been chosen, and when it has gone with its scene. */
     QCamera* camera() const { return camera_; }
+    /**
+     * Whether its controls can be asked and set. Without a device to ask, because it could not be opened
+     * or was unplugged, Qt's camera would follow a null pointer.
+     */
+    bool has_device() const { return camera_ && has_device_; }
     /** Its slots may be filled by any thread. */
     CameraCallbacks& callbacks() { return callbacks_; }
 
@@ -90,10 +97,15 @@ signals:
 private:
     void choose_by_hint();
     void give_up_camera();
+    void follow_devices();
+    void look_for_device();
     void connect_callbacks();
 
-    // A child of the view, and with a scene one of the scene.
+    // A child of the view, and with a scene one of the scene, with which it goes.
     QPointer<QCamera> camera_;
+    bool is_chosen_ = false;
+    bool has_device_ = false;
+    QMediaDevices* devices_ = nullptr;
     CameraCallbacks callbacks_;
     bool auto_play_ = true;
     mutable std::mutex hint_mutex_;

@@ -26,6 +26,18 @@ Result ask_camera(const char* name, View* target, Work work)
         });
 }
 
+/** The same for what only the device knows. */
+template <typename Result, typename Work>
+Result ask_device(const char* name, View* view, Result unknown, Work work)
+{
+    return call<CameraView>(name, view, Delivery::Queued, Result(),
+                            [&](CameraView& view) -> Result {
+                                if (!view.has_device())
+                                    return view.camera() ? unknown : Result();
+                                return std::invoke(work, *view.camera());
+                            });
+}
+
 /** Work on the camera, to be carried in one way or another. */
 template <typename... Arguments>
 auto on_camera(void (QCamera::*member)(Arguments...), std::decay_t<Arguments>... arguments)
@@ -33,6 +45,16 @@ auto on_camera(void (QCamera::*member)(Arguments...), std::decay_t<Arguments>...
     return [=](CameraView& view) {
         if (QCamera* const camera = view.camera())
             (camera->*member)(arguments...);
+    };
+}
+
+/** The same for what is set on the device. */
+template <typename... Arguments>
+auto on_device(void (QCamera::*member)(Arguments...), std::decay_t<Arguments>... arguments)
+{
+    return [=](CameraView& view) {
+        if (view.has_device())
+            (view.camera()->*member)(arguments...);
     };
 }
 
@@ -122,9 +144,21 @@ void MCameraView::set_custom_focus_point(std::vector<float> point) const
                          if (point.size() < 2)
                              qWarning("set_custom_focus_point: give both x and y");
                          else
-                             on_camera(&QCamera::setCustomFocusPoint,
+                             on_device(&QCamera::setCustomFocusPoint,
                                        QPointF(point[0], point[1]))(view);
                      });
+}
+
+float MCameraView::get_exposure_time() const
+{
+    return ask_device("marlune::MCameraView::get_exposure_time", view_, -1.0f,
+                      &QCamera::exposureTime);
+}
+
+int MCameraView::get_iso_sensitivity() const
+{
+    return ask_device("marlune::MCameraView::get_iso_sensitivity", view_, -1,
+                      &QCamera::isoSensitivity);
 }
 
 // The members that do no more than what the camera's own do.
@@ -140,11 +174,9 @@ MARLUNE_ASK(bool, is_available, isAvailable)
 MARLUNE_ASK(int, get_error, error)
 MARLUNE_ASK(int, get_exposure_mode, exposureMode)
 MARLUNE_ASK(float, get_exposure_compensation, exposureCompensation)
-MARLUNE_ASK(float, get_exposure_time, exposureTime)
 MARLUNE_ASK(float, get_manual_exposure_time, manualExposureTime)
 MARLUNE_ASK(float, minimum_exposure_time, minimumExposureTime)
 MARLUNE_ASK(float, maximum_exposure_time, maximumExposureTime)
-MARLUNE_ASK(int, get_iso_sensitivity, isoSensitivity)
 MARLUNE_ASK(int, get_manual_iso_sensitivity, manualIsoSensitivity)
 MARLUNE_ASK(int, minimum_iso_sensitivity, minimumIsoSensitivity)
 MARLUNE_ASK(int, maximum_iso_sensitivity, maximumIsoSensitivity)
@@ -178,17 +210,17 @@ MARLUNE_ASK_ABOUT(is_white_balance_mode_supported, WhiteBalanceMode, isWhiteBala
 
 #undef MARLUNE_ASK_ABOUT
 
-#define MARLUNE_CALL(name, parameters, ...)                                         \
+#define MARLUNE_CALL(on, name, parameters, ...)                                     \
     void MCameraView::name parameters const                                         \
     {                                                                               \
         call<CameraView>("marlune::MCameraView::" #name, view_, Delivery::Blocking, \
-                         on_camera(&QCamera::__VA_ARGS__));                         \
+                         on(&QCamera::__VA_ARGS__));                                \
     }
 
-MARLUNE_CALL(start, (), start)
-MARLUNE_CALL(stop, (), stop)
-MARLUNE_CALL(set_zoom_factor, (float factor), setZoomFactor, factor)
-MARLUNE_CALL(zoom_to, (float factor, float rate), zoomTo, factor, rate)
+MARLUNE_CALL(on_camera, start, (), start)
+MARLUNE_CALL(on_camera, stop, (), stop)
+MARLUNE_CALL(on_device, set_zoom_factor, (float factor), setZoomFactor, factor)
+MARLUNE_CALL(on_device, zoom_to, (float factor, float rate), zoomTo, factor, rate)
 
 #undef MARLUNE_CALL
 
@@ -198,7 +230,7 @@ MARLUNE_CALL(zoom_to, (float factor, float rate), zoomTo, factor, rate)
         call<CameraView>("marlune::MCameraView::" #name, view_, Delivery::Blocking, \
                          [mode](CameraView& view) {                                 \
                              if (const auto wanted = to_mode<QCamera::Mode>(mode))  \
-                                 on_camera(&QCamera::member, *wanted)(view);        \
+                                 on_device(&QCamera::member, *wanted)(view);        \
                          });                                                        \
     }
 
@@ -210,20 +242,22 @@ MARLUNE_SET_MODE(set_white_balance_mode, WhiteBalanceMode, setWhiteBalanceMode)
 
 #undef MARLUNE_SET_MODE
 
-#define MARLUNE_POST(name, parameters, ...)                                                        \
-    void MCameraView::name parameters const                                                        \
-    {                                                                                              \
-        post<CameraView>("marlune::MCameraView::" #name, view_, on_camera(&QCamera::__VA_ARGS__)); \
+#define MARLUNE_POST(on, name, parameters, ...)                                             \
+    void MCameraView::name parameters const                                                 \
+    {                                                                                       \
+        post<CameraView>("marlune::MCameraView::" #name, view_, on(&QCamera::__VA_ARGS__)); \
     }
 
-MARLUNE_POST(set_active, (bool active), setActive, active)
-MARLUNE_POST(set_exposure_compensation, (float compensation), setExposureCompensation, compensation)
-MARLUNE_POST(set_manual_exposure_time, (float seconds), setManualExposureTime, seconds)
-MARLUNE_POST(set_auto_exposure_time, (), setAutoExposureTime)
-MARLUNE_POST(set_manual_iso_sensitivity, (int sensitivity), setManualIsoSensitivity, sensitivity)
-MARLUNE_POST(set_auto_iso_sensitivity, (), setAutoIsoSensitivity)
-MARLUNE_POST(set_focus_distance, (float distance), setFocusDistance, distance)
-MARLUNE_POST(set_color_temperature, (int kelvin), setColorTemperature, kelvin)
+MARLUNE_POST(on_camera, set_active, (bool active), setActive, active)
+MARLUNE_POST(on_device, set_exposure_compensation, (float compensation), setExposureCompensation,
+             compensation)
+MARLUNE_POST(on_device, set_manual_exposure_time, (float seconds), setManualExposureTime, seconds)
+MARLUNE_POST(on_device, set_auto_exposure_time, (), setAutoExposureTime)
+MARLUNE_POST(on_device, set_manual_iso_sensitivity, (int sensitivity), setManualIsoSensitivity,
+             sensitivity)
+MARLUNE_POST(on_device, set_auto_iso_sensitivity, (), setAutoIsoSensitivity)
+MARLUNE_POST(on_device, set_focus_distance, (float distance), setFocusDistance, distance)
+MARLUNE_POST(on_device, set_color_temperature, (int kelvin), setColorTemperature, kelvin)
 
 #undef MARLUNE_POST
 
