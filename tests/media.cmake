@@ -37,6 +37,7 @@ marlune_add_test(unit_camera_view LABELS unit SOURCES unit_camera_view.cpp WHITE
 foreach(name IN ITEMS
         media_callbacks
         media_controls
+        media_frames
         media_lifetime
         media_player
         media_sound

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -116,6 +117,44 @@ TEST_F(Tracks, of_subtitles_are_drawn_on_the_picture)
     view->set_active_subtitle_track(-1);
     EXPECT_EQ(view->get_current_subtitle_name(), "");
     EXPECT_TRUE(shows_none());
+}
+
+TEST_F(Tracks, of_subtitles_go_at_once_when_they_are_switched_off_while_paused)
+{
+    view->set_active_subtitle_track(0);
+    ASSERT_TRUE(shows_subtitle());
+    view->pause();
+    view->set_active_subtitle_track(-1);
+    EXPECT_TRUE(shows_none());
+}
+
+TEST_F(Tracks, of_subtitles_are_drawn_without_their_marks)
+{
+    view->set_active_subtitle_track(-1);
+    ASSERT_TRUE(view.change_to("subtitles.mkv"));
+    view->play();
+    view->set_active_subtitle_track(0);
+    ASSERT_TRUE(shows_subtitle());
+    // Nothing but upright strokes: no bright pixel has a bright neighbour in a row of serifs or braces.
+    const Image image = view.picture();
+    int widest = 0;
+    for (uint32_t y = 280; y < 360; ++y) {
+        int run = 0;
+        for (uint32_t x = 0; x < 640; ++x) {
+            run = image.pixel(x, y).r > 200 ? run + 1 : 0;
+            widest = std::max(widest, run);
+        }
+    }
+    EXPECT_LT(widest, 8) << "see " << keep_picture(image);
+}
+
+TEST_F(Tracks, of_subtitles_leave_the_picture_its_room)
+{
+    ASSERT_TRUE(view.change_to("subtitles.mkv"));
+    view->play();
+    view->set_active_subtitle_track(1);
+    ASSERT_TRUE(shows_subtitle());
+    EXPECT_TRUE(is_close(view.picture().pixel(320, 4), GROUND, 8));
 }
 
 TEST_F(Tracks, of_subtitles_that_there_are_not_switch_them_off)

@@ -2,6 +2,7 @@
 // host is told of.
 
 #include "media/metadata.h"
+#include "media/subtitle_text.h"
 #include "media/time_text.h"
 #include "media/video_view.h"
 #include "runtime/media_part.h"
@@ -402,6 +403,14 @@ TEST_F(VideoViews, name_what_is_no_file_by_its_url)
     }
 }
 
+TEST_F(VideoViews, name_what_has_no_file_in_its_path_by_its_url)
+{
+    for (const char* const url : {"http://example.invalid/", "rtsp://camera.invalid/"}) {
+        emit view->player()->sourceChanged(QUrl(QString::fromLatin1(url)));
+        EXPECT_EQ(text("path_or_url_humanized"), QLatin1StringView(url)) << "folders are no files";
+    }
+}
+
 // --- What the scene asks ---------------------------------------------------------------------------
 
 TEST_F(VideoViews, take_fill_modes_that_there_are_and_tell_of_each)
@@ -645,6 +654,25 @@ TEST_F(VideoViews, do_without_callbacks)
     emit view->audio_output()->volumeChanged(1);
     emit view->player()->durationChanged(1);
     EXPECT_EQ(view->property("duration"), 1) << "it goes on as it was";
+}
+
+// --- Subtitles ---------------------------------------------------------------------------------------
+
+TEST(Subtitles, lose_the_marks_for_their_looks)
+{
+    EXPECT_EQ(plain_subtitle(QStringLiteral("{\\b1}bold{\\b0} and {\\c&HFF&\\i1}red")),
+              u"bold and red");
+    EXPECT_EQ(plain_subtitle(QStringLiteral("a\\hb")), u"a b");
+    EXPECT_EQ(plain_subtitle(QStringLiteral("{laughs} C:\\new")), u"{laughs} C:\\new");
+    EXPECT_EQ(plain_subtitle(QStringLiteral("{\\b1")), u"{\\b1") << "which is no mark";
+    EXPECT_EQ(plain_subtitle({}), u"");
+}
+
+TEST(Subtitles, end_where_nobody_can_read_on)
+{
+    const QString long_line(5'000'000, u'x');
+    EXPECT_EQ(plain_subtitle(long_line), QString(2000, u'x') + u'\u2026');
+    EXPECT_EQ(plain_subtitle(QString(5'000'000, u'\n')).count(u'\n'), 39);
 }
 
 // --- Metadata ----------------------------------------------------------------------------------------

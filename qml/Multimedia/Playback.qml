@@ -43,18 +43,23 @@ QtObject {
 
     // The source's name as the host wants it shown. A signal of its own tells of it.
     property string name
-    readonly property string title: player?.metaData.stringValue(MediaMetaData.Title) ?? ""
+    readonly property string title: line(player?.metaData.stringValue(MediaMetaData.Title) ?? "")
     readonly property string author: {
         const metaData = player?.metaData;
-        return metaData?.stringValue(MediaMetaData.ContributingArtist)
-            || metaData?.stringValue(MediaMetaData.Author) || "";
+        return playback.line(metaData?.stringValue(MediaMetaData.ContributingArtist)
+                             || metaData?.stringValue(MediaMetaData.Author) || "");
+    }
+
+    // A file can say of itself whatever it wants, at any length: a line of it is shown.
+    function line(text: string): string {
+        return playback.view?.shortened(text, 200, 1) ?? text;
     }
 
     function names(tracks: var): list<string> {
         const list = [];
         for (let i = 0; i < tracks.length; ++i) {
-            const title = tracks[i].stringValue(MediaMetaData.Title);
-            const language = tracks[i].stringValue(MediaMetaData.Language);
+            const title = playback.line(tracks[i].stringValue(MediaMetaData.Title));
+            const language = playback.line(tracks[i].stringValue(MediaMetaData.Language));
             const known = [language, title].filter(text => text !== "").join(" \u2013 ");
             list.push(known !== "" ? known : qsTr("Track %1").arg(i + 1));
         }
@@ -65,8 +70,8 @@ QtObject {
         const view = playback.view;
         if (!view)
             return;
-        playback.name = view.ui_controls_source_humanized ? view.path_or_url_humanized
-                                                           : view.path_or_url;
+        playback.name = playback.line(view.ui_controls_source_humanized
+                                      ? view.path_or_url_humanized : view.path_or_url);
     }
 
     function updateTracks(): void {

@@ -13,9 +13,11 @@ Item {
 
     required property Playback playback
     required property real em
-    // What the picture says just now in its own subtitles, and where.
+    // What is said just now, and how far down it stands in the picture.
     property string subtitle
-    property rect subtitleArea
+    property real subtitleEdge
+    // Where they would cover it, it stands above them.
+    readonly property bool liftsSubtitle: subtitleEdge > lower.y
 
     // Keys are no more taken here.
     signal released()
@@ -65,15 +67,6 @@ Item {
         }
     }
 
-    // Where the controls would cover the picture's own subtitles, these stand above the controls.
-    Rectangle {
-        y: Math.min(controls.subtitleArea.top, ground.y + ground.height * 0.5)
-        width: parent.width
-        height: parent.height - y
-        color: "#071327"
-        visible: lifted.visible
-    }
-
     Rectangle {
         id: ground
 
@@ -100,15 +93,17 @@ Item {
 
         anchors.horizontalCenter: parent.horizontalCenter
         // Between them and the bar, the time under the pointer has its place.
-        y: Math.min(lower.y, controls.subtitleArea.top) - height - controls.em * 2.4
+        y: lower.y - height - controls.em * 2.4
         width: parent.width - 2 * controls.margin
         text: controls.subtitle
         textFormat: Text.PlainText
-        visible: text !== "" && controls.subtitleArea.bottom > lower.y
+        visible: text !== "" && controls.liftsSubtitle
         color: "#ffffff"
         font.pixelSize: Math.max(controls.em, controls.height * 0.05)
         horizontalAlignment: Text.AlignHCenter
         wrapMode: Text.Wrap
+        maximumLineCount: 12
+        elide: Text.ElideRight
     }
 
     Text {

@@ -1,6 +1,7 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
+import Custom 1.0
 import Multimedia // qmllint disable unused-imports
 
 /*!
@@ -23,14 +24,6 @@ MediaScene {
     property bool awake: true
     readonly property bool controlsShown: controlsEnabled
         && (!autoHide || awake || !playback.playing || controls.busy)
-
-    // The picture draws its subtitles into its lower part: above a margin of 1/20, in lines of about 1/14.
-    readonly property rect subtitleArea: {
-        const lines = picture.videoSink.subtitleText.split("\n").length;
-        const area = picture.contentRect;
-        const height = area.height * lines * 0.075;
-        return Qt.rect(area.x, area.y + area.height * 0.95 - height, area.width, height);
-    }
 
     function wake(): void {
         root.awake = true;
@@ -69,7 +62,8 @@ MediaScene {
     onAutoHideChanged: root.wake()
 
     Component.onCompleted: {
-        root.host?.setVideoSink(picture.videoSink);
+        filter.output = picture.videoSink;
+        root.host?.setVideoSink(filter.videoSink);
         root.wake();
     }
 
@@ -90,6 +84,21 @@ MediaScene {
         id: picture
 
         mode: playback.fillMode
+    }
+
+    FrameFilter {
+        id: filter
+    }
+
+    Subtitles {
+        id: subtitles
+
+        readonly property rect shown: picture.contentRect
+
+        anchors.fill: parent
+        area: Qt.rect(Math.max(0, shown.x), Math.max(0, shown.y), Math.min(width, shown.width),
+                      Math.min(height, shown.height))
+        words: controls.visible && controls.liftsSubtitle ? "" : filter.subtitleText
     }
 
     HoverHandler {
@@ -133,8 +142,8 @@ MediaScene {
         opacity: root.controlsShown ? 1 : 0
         playback: playback
         em: root.em
-        subtitle: picture.videoSink.subtitleText
-        subtitleArea: root.subtitleArea
+        subtitle: filter.subtitleText
+        subtitleEdge: subtitles.lowerEdge
         onReleased: root.forceActiveFocus()
 
         Behavior on opacity {

@@ -1,5 +1,6 @@
 #include "media/video_view.h"
 
+#include "media/frame_filter.h"
 #include "media/media_view.h"
 #include "media/time_text.h"
 #include "runtime/host_callback.h"
@@ -29,6 +30,8 @@ void register_type()
     // Once: each registration would only add to Qt's tables.
     [[maybe_unused]] static const int id = qmlRegisterUncreatableType<VideoView>(
         "Custom", 1, 0, "VideoView", QStringLiteral("Don't try to add to a qml definition"));
+    [[maybe_unused]] static const int filter =
+        qmlRegisterType<FrameFilter>("Custom", 1, 0, "FrameFilter");
 }
 
 }  // namespace

@@ -32,6 +32,19 @@ run -f lavfi -i "color=red:s=256x256:r=30:d=2,format=yuva444p,geq=lum='lum(X,Y)'
     -f lavfi -i "$(tone 440 2)" -c:v libvpx-vp9 -deadline realtime -cpu-used 8 -auto-alt-ref 0 \
     -b:v 500k -c:a libopus alpha.webm
 
+# Red that is half see-through, in each order of bytes that FFmpeg's decoders have; and red in four bytes
+# of which one is unused.
+for film in png:rgba:mkv apng:rgba:apng qtrle:argb:mov ffv1:bgra:mkv; do
+    IFS=: read -r codec pixels suffix <<<"$film"
+    run -f lavfi -i "color=red@0.5:s=64x64:r=10:d=3,format=$pixels" -c:v "$codec" -pix_fmt "$pixels" \
+        "half_red_$codec.$suffix"
+done
+run -f lavfi -i "color=red:s=64x64:r=10:d=3,format=bgr0" -c:v ffv1 -pix_fmt bgr0 red_ffv1.mkv
+
+# Larger than textures can be, and as small as can be.
+run -f lavfi -i "color=red:s=20000x16:r=10:d=2,format=yuv420p" -c:v ffv1 wide.mkv
+run -f lavfi -i "color=red:s=1x1:r=10:d=2,format=yuv444p" -c:v ffv1 -pix_fmt yuv420p dot.mkv
+
 # Two tracks of sound, two of subtitles, with languages.
 cat >english.srt <<'END'
 1
@@ -47,6 +60,18 @@ cat >french.srt <<'END'
 00:00:00,000 --> 00:00:06,000
 Bonsoir
 END
+# One with marks, of the kind that players of subtitles know, and one that no picture has room for.
+cat >marks.srt <<'END'
+1
+00:00:00,000 --> 00:00:06,000
+<b>IIII</b> <font color="red">IIII</font>
+END
+{
+    printf '1\n00:00:00,000 --> 00:00:06,000\n'
+    for ((i = 0; i < 20000; ++i)); do echo "Line $i of a text that never ends"; done
+} >endless.srt
+run -f lavfi -i "color=0x204060:s=640x360:r=30:d=6" -i marks.srt -i endless.srt -map 0 -map 1 -map 2 \
+    "${h264[@]}" -c:s srt -disposition:s:0 0 -disposition:s:1 0 subtitles.mkv
 run -f lavfi -i "color=0x204060:s=640x360:r=30:d=6" -f lavfi -i "$(tone 440 6)" \
     -f lavfi -i "$(tone 880 6)" -i english.srt -i french.srt \
     -map 0 -map 1 -map 2 -map 3 -map 4 "${h264[@]}" "${aac[@]}" -c:s srt \
@@ -76,5 +101,13 @@ run -f lavfi -i "testsrc2=s=640x360:r=30:d=20" "${h264[@]}" -b:v 1500k -g 60 \
 head -c 60000 numbered.mp4 >truncated.mp4
 for ((i = 0; i < 4000; ++i)); do echo "{\"line\": $i},"; done >text.mp4
 cp quadrants.mp4 'ein Über & 100% name.mp4'
+
+# Titles of 3 million characters, in lines.
+{
+    printf ';FFMETADATA1\ntitle='
+    for ((i = 0; i < 100000; ++i)); do printf 'A title that never ends, %d\\\n' "$i"; done
+    printf '.\n'
+} >long_title.txt
+run -i quadrants.mp4 -i long_title.txt -map 0 -map_metadata 1 -c copy long_title.mkv
 
 touch "$stamp"

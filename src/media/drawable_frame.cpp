@@ -1,0 +1,85 @@
+#include "media/drawable_frame.h"
+
+#include <QImage>
+#include <QScopeGuard>
+#include <QVideoFrameFormat>
+
+#include <algorithm>
+#include <bit>
+#include <optional>
+
+namespace marlune {
+
+namespace {
+
+using PixelFormat = QVideoFrameFormat::PixelFormat;
+
+/** How the bytes of a frame are read. */
+struct Layout {
+    QImage::Format format;
+    bool alpha_first;  // where images have it, or what is unused, last
+};
+
+/** Nothing for frames that are drawn as they are. */
+std::optional<Layout> layout_of(PixelFormat format)
+{
+    switch (format) {
+    case QVideoFrameFormat::Format_RGBA8888:
+        return Layout{QImage::Format_RGBA8888, false};
+    case QVideoFrameFormat::Format_BGRA8888:
+        return Layout{QImage::Format_ARGB32, false};
+    case QVideoFrameFormat::Format_ARGB8888:
+        return Layout{QImage::Format_RGBA8888, true};
+    case QVideoFrameFormat::Format_ABGR8888:
+        return Layout{QImage::Format_ARGB32, true};
+    case QVideoFrameFormat::Format_RGBX8888:
+        return Layout{QImage::Format_RGBX8888, false};
+    case QVideoFrameFormat::Format_BGRX8888:
+        return Layout{QImage::Format_RGB32, false};
+    case QVideoFrameFormat::Format_XRGB8888:
+        return Layout{QImage::Format_RGBX8888, true};
+    case QVideoFrameFormat::Format_XBGR8888:
+        return Layout{QImage::Format_RGB32, true};
+    default:
+        return std::nullopt;
+    }
+}
+
+/** Puts the first byte of each pixel last. */
+QImage rotated(const QImage& image)
+{
+    static_assert(std::endian::native == std::endian::little);
+    constexpr int bits_a_byte = 8;
+    QImage result(image.size(), image.format());
+    for (int y = 0; y < image.height(); ++y) {
+        const auto* const line = reinterpret_cast<const quint32*>(image.constScanLine(y));
+        std::transform(line, line + image.width(), reinterpret_cast<quint32*>(result.scanLine(y)),
+                       [](quint32 pixel) { return std::rotr(pixel, bits_a_byte); });
+    }
+    return result;
+}
+
+}  // namespace
+
+QVideoFrame drawable(const QVideoFrame& frame)
+{
+    const std::optional<Layout> layout = layout_of(frame.pixelFormat());
+    QVideoFrame source = frame;
+    if (!layout)
+        return frame;
+    if (!source.map(QVideoFrame::ReadOnly))
+        return QVideoFrame();
+    const auto unmap = qScopeGuard([&source] { source.unmap(); });
+    const QImage bytes(source.bits(0), source.width(), source.height(), source.bytesPerLine(0),
+                       layout->format);
+    const QImage image = layout->alpha_first ? rotated(bytes) : bytes;
+
+    QVideoFrame result(image.convertToFormat(QImage::Format_ARGB32_Premultiplied));
+    result.setRotation(frame.surfaceFormat().rotation());
+    result.setMirrored(frame.surfaceFormat().isMirrored());
+    result.setStartTime(frame.startTime());
+    result.setEndTime(frame.endTime());
+    return result;
+}
+
+}  // namespace marlune

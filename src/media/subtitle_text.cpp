@@ -1,0 +1,31 @@
+#include "media/subtitle_text.h"
+
+#include "views/short_text.h"
+
+#include <QRegularExpression>
+
+#include <algorithm>
+
+namespace marlune {
+
+namespace {
+
+constexpr qsizetype most_characters = 2'000;
+constexpr qsizetype most_lines = 40;
+
+// So much is looked at: marks may take more room than the words.
+constexpr qsizetype most_read = 20'000;
+
+}  // namespace
+
+QString plain_subtitle(const QString& text)
+{
+    // Of the kind that FFmpeg makes of all others: "{\b1}bold{\b0}", with "\h" for a wide blank.
+    static const QRegularExpression marks(QStringLiteral(R"(\{\\[^}]*\})"));
+    QString plain = text.first(std::min(text.size(), most_read));
+    plain.remove(marks);
+    plain.replace(QLatin1StringView("\\h"), QLatin1StringView(" "));
+    return shortened(plain, most_characters, most_lines);
+}
+
+}  // namespace marlune
