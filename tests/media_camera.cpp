@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <deque>
 #include <optional>
 #include <stdexcept>
@@ -228,6 +229,23 @@ TEST_F(Camera, answers_a_callback_that_asks_it)
     EXPECT_EQ(answer, 1);
     view->stop();
     EXPECT_EQ(answer, 0);
+}
+
+TEST_F(Camera, has_done_with_a_callback_when_its_setter_has_returned)
+{
+    HostCameraView view;
+    view->set_camera_hint("0");
+    std::atomic<bool> entered = false;
+    std::atomic<bool> left = false;
+    view->set_func_active_changed([&] {
+        entered = true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        left = true;
+    });
+    std::jthread caller([copy = view.facade()] { copy.start(); });
+    ASSERT_TRUE(wait_until([&] { return entered.load(); }));
+    view->set_func_active_changed({});
+    EXPECT_TRUE(left) << "what it uses may go now";
 }
 
 TEST_F(Camera, outlives_a_callback_that_throws)

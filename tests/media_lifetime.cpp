@@ -277,6 +277,22 @@ TEST(Players, forget_a_callback_that_is_taken_away)
     EXPECT_EQ(calls, 1);
 }
 
+TEST(Players, have_done_with_a_callback_when_its_setter_has_returned)
+{
+    HostVideoView view;
+    std::atomic<bool> entered = false;
+    std::atomic<bool> left = false;
+    view->set_func_on_volume_changed([&](float) {
+        entered = true;
+        std::this_thread::sleep_for(50ms);
+        left = true;
+    });
+    std::jthread caller([copy = view.facade()] { copy.set_volume(0.5f); });
+    ASSERT_TRUE(wait_until([&] { return entered.load(); }));
+    view->set_func_on_volume_changed({});
+    EXPECT_TRUE(left) << "what it uses may go now";
+}
+
 TEST(Players, are_given_callbacks_while_they_play)
 {
     HostVideoView view;

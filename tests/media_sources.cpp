@@ -3,13 +3,20 @@
 #include "support/host_video_view.h"
 #include "support/http_server.h"
 
+#include <QTemporaryDir>
+#include <QUrl>
+
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace marlune::test {
@@ -92,6 +99,128 @@ TEST_F(Sources, can_be_plain_paths)
     EXPECT_TRUE(view.wait_for_event("duration_changed", "4000"));
     EXPECT_EQ(view->get_source(), clip_path("quadrants.mp4"));
     EXPECT_TRUE(view.draw_until([&] { return view->get_position() > 200; }));
+}
+
+TEST_F(Sources, can_be_plain_paths_with_any_name)
+{
+    view->set_source(clip_path("ein Über & 100% name.mp4"));
+    ASSERT_TRUE(view.load());
+    EXPECT_TRUE(view.wait_for_event("duration_changed", "4000"));
+    EXPECT_EQ(view->get_source(),
+              QUrl::fromLocalFile(QString::fromStdString(clip_path("ein Über & 100% name.mp4")))
+                  .toString()
+                  .toStdString());
+}
+
+TEST_F(Sources, that_are_no_files_are_refused)
+{
+    const QTemporaryDir folder;
+    const std::string pipe = folder.filePath("pipe.mp4").toStdString();
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    ASSERT_TRUE(view.load());
+    for (const std::string& path : {pipe, std::string("/dev/zero"), std::string("/dev")}) {
+        EXPECT_TRUE(fails("file://" + path, RESOURCE_ERROR)) << path;
+        EXPECT_TRUE(fails(path, RESOURCE_ERROR)) << path;
+    }
+    EXPECT_TRUE(view.change_to("short.mp4"));
+}
+
+/** A list that FFmpeg reads to its end, which is a pipe to which nobody writes. */
+class BlockedSource {
+public:
+    BlockedSource()
+    {
+        mkfifo(pipe_.c_str(), 0600);
+        std::ofstream(path()) << "ffconcat version 1.0\nfile pipe.mp4\n";
+    }
+    ~BlockedSource() { release(); }
+
+    std::string path() const { return folder_.filePath("list.ffconcat").toStdString(); }
+
+    /** Whether somebody was waiting, who then finds the pipe empty. */
+    bool release()
+    {
+        const int end = open(pipe_.c_str(), O_WRONLY | O_NONBLOCK);
+        if (end >= 0)
+            close(end);
+        return end >= 0;
+    }
+
+private:
+    QTemporaryDir folder_;
+    const std::string pipe_ = folder_.filePath("pipe.mp4").toStdString();
+};
+
+TEST_F(Sources, that_keep_whoever_opens_them_do_not_hold_the_next_one_up)
+{
+    std::vector<BlockedSource> blocked(2 * std::thread::hardware_concurrency() + 1);
+    ASSERT_TRUE(view.load());
+    for (const BlockedSource& source : blocked)
+        view->set_source(source.path());
+    ASSERT_TRUE(view.change_to("short.mp4")) << "however many threads they keep";
+    EXPECT_EQ(view->get_duration(), 1000u);
+    view->play();
+    EXPECT_TRUE(view.draw_until([&] { return view->get_position() > 200; }));
+    for (BlockedSource& source : blocked)
+        EXPECT_TRUE(wait_until([&] { return source.release(); }));
+}
+
+TEST_F(Sources, that_keep_whoever_opens_them_can_be_taken_away)
+{
+    BlockedSource blocked;
+    ASSERT_TRUE(view.open("short.mp4"));
+    view->set_source(blocked.path());
+    const size_t first = view.events().size();
+    view->set_source("");
+    EXPECT_EQ(view->get_source(), "");
+    EXPECT_EQ(view.told(first),
+              (std::vector<std::string>{"seekable_changed false", "has_audio_changed false",
+                                        "has_video_changed false", "media_status_changed 0",
+                                        "source_changed"}));
+    EXPECT_TRUE(wait_until([&] { return blocked.release(); }));
+}
+
+TEST_F(Sources, that_keep_whoever_opens_them_do_not_keep_reset_and_destroy)
+{
+    BlockedSource first, second;
+    ASSERT_TRUE(view.load());
+    view->set_source(first.path());
+    view->reset();
+    EXPECT_EQ(view->get_source(), "");
+    ASSERT_TRUE(view.load());
+    view->set_source(second.path());
+    view->destroy();
+    EXPECT_TRUE(wait_until([&] { return first.release(); }));
+    EXPECT_TRUE(wait_until([&] { return second.release(); }));
+}
+
+TEST_F(Sources, in_a_list_on_the_disk_do_not_reach_the_network)
+{
+    HttpServer server;
+    server.serve("/part.ts", {.body = "none"});
+    const QTemporaryDir folder;
+    const std::string list = folder.filePath("list.m3u8").toStdString();
+    std::ofstream(list) << "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\n"
+                        << server.url("/part.ts") << "\n#EXT-X-ENDLIST\n";
+    ASSERT_TRUE(view.load());
+    const size_t first = view.events().size();
+    view->set_source(list);
+    EXPECT_TRUE(view.wait_for_event("media_status_changed", std::to_string(INVALID_MEDIA), first));
+    EXPECT_TRUE(server.requests("/part.ts").empty());
+}
+
+TEST_F(Sources, in_a_list_of_a_server_do_not_reach_the_disk)
+{
+    HttpServer server;
+    server.serve("/list.m3u8",
+                 {.headers = {{"Content-Type", "application/vnd.apple.mpegurl"}},
+                  .body = "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\n" + clip_url("short.mp4")
+                      + "\n#EXT-X-ENDLIST\n"});
+    ASSERT_TRUE(view.load());
+    const size_t first = view.events().size();
+    view->set_source(server.url("/list.m3u8"));
+    EXPECT_TRUE(view.wait_for_event("media_status_changed", std::to_string(INVALID_MEDIA), first));
+    EXPECT_FALSE(server.requests("/list.m3u8").empty());
 }
 
 TEST_F(Sources, that_are_not_there_fail)

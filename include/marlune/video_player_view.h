@@ -46,7 +46,11 @@ public:
     /** Makes a view. Blocks until the Qt thread is ready; waits for ever if the library is never started. */
     MVideoPlayerView();
 
-    /** As MView::reset(), but does not block: it takes place in turn, before any later call. */
+    /**
+     * As MView::reset(), but does not block: it takes place in turn, before any later call. Until then it
+     * may still use the queue, so that another thread must leave that alone until this thread's next call
+     * that blocks, a getter for one, has returned.
+     */
     void reset() const override;
 
     /** Begins, or goes on after pause(). Blocks. */
@@ -60,9 +64,10 @@ public:
     std::string get_source() const;
 
     /**
-     * Sets what is played: a URL ("file:///a b.mp4", "https://...") or a file's path. Blocks, but not for
-     * the loading, of which the callbacks tell. Stops what is playing; the new source waits for play().
-     * In a view without a scene it is loaded too, and set_auto_play() tells whether load() starts it.
+     * Sets what is played: a URL ("file:///a b.mp4", "https://...") or a file's path as it is. Pipes,
+     * terminals and folders are refused: they fail with error 1. Blocks, but not for the loading, of which
+     * the callbacks tell. Stops what is playing; the new source waits for play(). In a view without a scene
+     * it is loaded too, and set_auto_play() tells whether load() starts it.
      *
      * In a callback it returns at once, and takes place when the callback has returned; so does what the
      * callback does to the player after it, in its order.

@@ -3,10 +3,14 @@
 #include "runtime/media_part.h"
 #include "views/component_files.h"
 
+#include <QIODevice>
+#include <QMediaPlayer>
 #include <QObject>
 #include <QPointer>
 #include <QQmlContext>
+#include <QThreadPool>
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -18,9 +22,52 @@ namespace {
 constexpr int lowest_fill_mode = -1;
 constexpr int highest_fill_mode = 2;
 
+constexpr int longest_opening = 3'000;  // ms, that the library's end waits for
+
 std::vector<QPointer<QObject>> ending_objects;
 
+class RefusingDevice : public QIODevice {
+public:
+    bool open(OpenMode) override { return false; }
+
+protected:
+    qint64 readData(char*, qint64) override { return -1; }
+    qint64 writeData(const char*, qint64) override { return -1; }
+};
+
+/** Such a player cannot be ended before the system has answered, whereas networks are given up. */
+bool is_opening_file(const QObject* object)
+{
+    const auto* const player = qobject_cast<const QMediaPlayer*>(object);
+    if (!player || player->mediaStatus() != QMediaPlayer::LoadingMedia)
+        return false;
+    return player->source().isLocalFile() || player->source().isRelative();
+}
+
 }  // namespace
+
+void end_when_loaded(QMediaPlayer* player)
+{
+    player->setParent(nullptr);
+    player->stop();
+    player->setVideoSink(nullptr);
+    player->setAudioOutput(nullptr);
+    // The thread that it keeps waiting is made up for, or there would soon be none for other sources.
+    QThreadPool::globalInstance()->releaseThread();
+    const auto end = [player] {
+        player->deleteLater();
+        QThreadPool::globalInstance()->reserveThread();
+    };
+    QObject::connect(player, &QMediaPlayer::mediaStatusChanged, player, end,
+                     Qt::SingleShotConnection);
+}
+
+QIODevice* refusing_device()
+{
+    // Never destroyed: threads may still look at it.
+    static auto* const device = new RefusingDevice;
+    return device;
+}
 
 void end_with_library(QObject* object)
 {
@@ -44,7 +91,15 @@ namespace media_part {
 
 void close_players()
 {
-    for (const QPointer<QObject>& object : std::exchange(ending_objects, {}))
+    auto objects = std::exchange(ending_objects, {});
+    const auto rest = std::ranges::partition(
+        objects, [](const QPointer<QObject>& object) { return is_opening_file(object); });
+    for (const QPointer<QObject>& object : rest)
+        delete object;
+    objects.erase(rest.begin(), rest.end());
+    if (objects.empty() || !QThreadPool::globalInstance()->waitForDone(longest_opening))
+        return;
+    for (const QPointer<QObject>& object : objects)
         delete object;
 }
 

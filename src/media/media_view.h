@@ -2,6 +2,8 @@
 
 #include <QtGlobal>
 
+class QIODevice;
+class QMediaPlayer;
 class QObject;
 class QQmlContext;
 
@@ -13,6 +15,12 @@ namespace marlune {
  * stays: the host may have taken the device of its scenes down already.
  */
 void end_with_library(QObject* object);
+
+/** Takes the player from its scene and ends it when it has opened its source, for which nobody waits. */
+void end_when_loaded(QMediaPlayer* player);
+
+/** What cannot be opened: for a source that a player must not even try. */
+QIODevice* refusing_device();
 
 /** Gives a scene its view, as "ctx", and the components of this part. */
 void prepare_media_context(QQmlContext* root_context, QObject* view);

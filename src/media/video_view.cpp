@@ -1,12 +1,12 @@
 #include "media/video_view.h"
 
 #include "media/frame_filter.h"
+#include "media/media_source.h"
 #include "media/media_view.h"
 #include "media/time_text.h"
 #include "runtime/host_callback.h"
 #include "runtime/trace.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QMediaMetaData>
 #include <QTimer>
@@ -34,14 +34,21 @@ void register_type()
         qmlRegisterType<FrameFilter>("Custom", 1, 0, "FrameFilter");
 }
 
+bool is_loading(const QMediaPlayer* player)
+{
+    return player && player->mediaStatus() == QMediaPlayer::LoadingMedia;
+}
+
 }  // namespace
 
 VideoView::VideoView() : QuickView("VideoView")
 {
     trace("VideoView::VideoView()", "T");
-    make_player();
+    make_player(this);
+    make_output();
     connect_callbacks();
     connect_player();
+    connect_output();
 }
 
 VideoView::~VideoView()
@@ -49,18 +56,38 @@ VideoView::~VideoView()
     // While this is still a VideoView: the scene may call back into it until it has gone.
     withdraw();
     is_ending_ = true;
+    if (is_loading(player_)) {
+        player_->disconnect(this);
+        end_when_loaded(std::exchange(player_, nullptr));
+    }
     reset();
     delete player_;
     delete audio_output_;
 }
 
-void VideoView::make_player()
+void VideoView::make_player(QObject* parent)
 {
-    player_ = new QMediaPlayer(this);
-    audio_output_ = new QAudioOutput(this);
-    player_->setAudioOutput(audio_output_);
+    const QPointer old = player_;
+    player_ = new QMediaPlayer(parent);
     end_with_library(player_);
+    if (!old)
+        return;
+    old->disconnect(this);
+    player_->setPlaybackRate(old->playbackRate());
+    player_->setLoops(old->loops());
+}
+
+void VideoView::make_output()
+{
+    const QPointer old = audio_output_;
+    audio_output_ = new QAudioOutput(this);
     end_with_library(audio_output_);
+    player_->setAudioOutput(audio_output_);
+    if (!old)
+        return;
+    old->disconnect(this);
+    audio_output_->setVolume(old->volume());
+    audio_output_->setMuted(old->isMuted());
 }
 
 /** Before anything else listens: the host hears of a change first, then the scene. */
@@ -91,6 +118,10 @@ void VideoView::connect_player()
     connect(player_, &QMediaPlayer::playbackStateChanged, this, &VideoView::follow_state);
     connect(player_, &QMediaPlayer::activeTracksChanged, this, &VideoView::activeTracksChanged);
     connect(player_, &QMediaPlayer::tracksChanged, this, &VideoView::count_tracks);
+}
+
+void VideoView::connect_output()
+{
     connect(audio_output_, &QAudioOutput::mutedChanged, this,
             [this](bool muted) { callbacks_.muted_changed.call(this, muted); });
     connect(audio_output_, &QAudioOutput::volumeChanged, this,
@@ -111,9 +142,9 @@ void VideoView::post_setup(QQmlEngine*, QObject* root)
     if (!player_)
         return;
     player_->setParent(root);
-    player_->setSource(QUrl(path_or_url_));
+    open(path_or_url_);
     if (auto_play_)
-        player_->play();
+        play();
 }
 
 void VideoView::before_reset()
@@ -130,26 +161,41 @@ void VideoView::before_reset()
 /** For the next scene: what is there now goes with the old one. */
 void VideoView::replace_player()
 {
-    const QPointer old_player = player_;
-    const QPointer old_output = audio_output_;
-    make_player();
-    if (old_player) {
-        old_player->disconnect(this);
-        player_->setPlaybackRate(old_player->playbackRate());
-        player_->setLoops(old_player->loops());
-    }
-    if (old_output) {
-        old_output->disconnect(this);
-        audio_output_->setVolume(old_output->volume());
-        audio_output_->setMuted(old_output->isMuted());
-    }
+    const QPointer old = player_;
+    make_player(this);
+    make_output();
     // From here on what changes is told.
     connect_callbacks();
     connect_player();
+    connect_output();
     emit playerChanged();
     emit audioOutputChanged();
     take_duration(player_->duration());
     count_tracks();
+    if (is_loading(old))
+        end_when_loaded(old);
+}
+
+/** It would hold the Qt thread until its source is open, and a share whose server has gone never is. */
+void VideoView::leave_loading_player()
+{
+    const QPointer old = player_;
+    make_player(old->parent());
+    player_->setVideoSink(old->videoSink());
+    player_->setAudioOutput(audio_output_);
+    connect_callbacks();
+    connect_player();
+    emit playerChanged();
+    // The new one finds nothing to tell of what was there with the source before.
+    if (old->isSeekable())
+        onSeekableChanged(false);
+    if (old->hasAudio())
+        onHasAudioChanged(false);
+    if (old->hasVideo())
+        onHasVideoChanged(false);
+    take_duration(player_->duration());
+    count_tracks();
+    end_when_loaded(old);
 }
 
 void VideoView::set_source(const QString& source)
@@ -180,17 +226,35 @@ void VideoView::do_waiting_work()
         work();
 }
 
-void VideoView::open(const QString& source)
+void VideoView::open(const QString& text)
 {
-    path_or_url_ = source;
-    if (player_)
-        player_->setSource(QUrl(source));
+    path_or_url_ = text;
+    if (!player_)
+        return;
+    const MediaSource source = to_source(text);
+    if (is_loading(player_) && player_->source() != source.url) {
+        leave_loading_player();
+        if (text.isEmpty())
+            return report_no_source();
+    }
+    if (source.is_refused)
+        player_->setSourceDevice(refusing_device(), source.url);
+    else
+        player_->setSource(source.url);
+}
+
+/** For a new player, to which having none is no change. */
+void VideoView::report_no_source()
+{
+    onMediaStatusChanged(QMediaPlayer::NoMedia);
+    onSourceChanged(QUrl());
+    take_source(QUrl());
 }
 
 void VideoView::take_source(const QUrl& source)
 {
     const QString path = source.path(QUrl::FullyDecoded);
-    const bool is_file = QFile::exists(path);
+    const bool is_file = kind_of(path) == FileKind::File;
     path_or_url_humanized_ = is_file ? QFileInfo(path).fileName() : source.toString();
     // Not that of the property: scenes listen to this one.
     emit m_ui_controls_source_humanizedChanged();

@@ -139,12 +139,16 @@ signals:
     void controls_auto_hideChanged();
 
 private:
-    void make_player();
+    void make_player(QObject* parent);
+    void make_output();
     void connect_callbacks();
     void connect_player();
+    void connect_output();
     void replace_player();
+    void leave_loading_player();
     void do_waiting_work();
-    void open(const QString& source);
+    void open(const QString& text);
+    void report_no_source();
     void take_source(const QUrl& source);
     void take_duration(qint64 duration);
     void follow_state(QMediaPlayer::PlaybackState state);
