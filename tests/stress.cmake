@@ -43,5 +43,9 @@ marlune_add_endurance_test(web_processes OWN_MAIN)
 marlune_add_endurance_test(stress_players marlune_media_support)
 marlune_give_clips(stress_players stress_players_soak)
 
+# Films that are damaged.
+marlune_add_endurance_test(stress_films marlune_media_support)
+marlune_give_clips(stress_films stress_films_soak)
+
 # Cameras that come and go.
 marlune_add_endurance_test(stress_cameras marlune_camera_support)
