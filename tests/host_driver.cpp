@@ -4,6 +4,11 @@
 #include "support/host_view.h"
 #include "support/message_log.h"
 
+#include <marlune/camera_view.h>
+#include <marlune/screen_capture_view.h>
+#include <marlune/video_player_view.h>
+#include <marlune/web_view.h>
+
 #include <gtest/gtest.h>
 
 #include <map>
@@ -164,6 +169,58 @@ INSTANTIATE_TEST_SUITE_P(
                     Call{"vkGetQueryPoolResults"}, Call{"vkMapMemory"}, Call{"vkQueueSubmit"},
                     Call{"vkQueueWaitIdle"}, Call{"vkResetCommandPool"}, Call{"vkWaitForFences"}),
     [](const auto& test) { return std::string(test.param.function); });
+
+bool load_scene(const MWebView& view)
+{
+    return view.load();
+}
+
+bool load_scene(const MVideoPlayerView& view)
+{
+    return view.load("Multimedia", "VideoPlayer");
+}
+
+bool load_scene(const MCameraView& view)
+{
+    return view.load("Multimedia", "Camera");
+}
+
+bool load_scene(const MScreenCaptureView& view)
+{
+    return view.load("Multimedia", "ScreenCapture");
+}
+
+template <typename Facade>
+class DriverOfView : public testing::Test {
+};
+
+using Facades = testing::Types<MWebView, MVideoPlayerView, MCameraView, MScreenCaptureView>;
+TYPED_TEST_SUITE(DriverOfView, Facades);
+
+TYPED_TEST(DriverOfView, that_fails_in_a_load_leaves_a_view_that_can_be_loaded)
+{
+    driver_layer::announce();
+    VulkanHost host({driver_layer::NAME, VulkanHost::VALIDATION_LAYER}, 1);
+    HostViewOf<TypeParam> view({512, 256}, host);
+    allow_messages_matching("");  // Qt has its own for each
+    for (const bool after_a_scene : {false, true}) {
+        for (const char* function :
+             {"vkCreateCommandPool", "vkCreateImage", "vkBeginCommandBuffer", "vkQueueSubmit"}) {
+            driver_layer::fail_calls(function, VK_ERROR_OUT_OF_DEVICE_MEMORY);
+            EXPECT_FALSE(load_scene(view.facade())) << function;
+            view.draw_frame();
+            driver_layer::forget();
+            if (after_a_scene) {
+                EXPECT_TRUE(load_scene(view.facade())) << function;
+            }
+        }
+    }
+    driver_layer::fail_calls("vkQueueSubmit", VK_ERROR_DEVICE_LOST);
+    view.draw_frame();
+    view.draw_frame();
+    driver_layer::forget();
+    EXPECT_TRUE(load_scene(view.facade()));
+}
 
 TEST_F(Driver, gets_back_what_a_scene_has_used_when_the_view_is_reset)
 {
