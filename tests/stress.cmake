@@ -14,13 +14,7 @@ marlune_add_qml_module(marlune_endurance_scenes NAME Stress BASE_DIR scenes/stre
 function(marlune_add_endurance_test name)
     marlune_add_test(${name} LABELS stress SOURCES ${name}.cpp
         LIBRARIES marlune_endurance_support marlune_endurance_scenes ${ARGN})
-    add_test(NAME ${name}_soak COMMAND test-${name} WORKING_DIRECTORY "${PROJECT_BINARY_DIR}")
-    set_tests_properties(${name}_soak PROPERTIES
-        LABELS "stress;soak"
-        TIMEOUT 7200
-        ENVIRONMENT "MARLUNE_PROJECT_ROOT=${PROJECT_BINARY_DIR}/project;MARLUNE_SOAK=1"
-        # Where GoogleTest is told a folder, it would name the report after the program.
-        ENVIRONMENT_MODIFICATION "GTEST_OUTPUT=string_append:test-${name}_soak.xml")
+    marlune_run_again(${name} soak LABELS stress soak TIMEOUT 7200 ENVIRONMENT MARLUNE_SOAK=1)
 endfunction()
 
 foreach(name IN ITEMS
