@@ -157,6 +157,20 @@ lists_are_found() {
     expect "in any compression" has_apt_lists
 }
 
+only_qt_comes_from_sid() {
+    take_functions
+    qt=sid packages=(cmake qt6-base-dev qml6-module-qtquick)
+    install_missing() { echo "$*"; }
+    expect "and after all others" test "$(install_packages | paste -sd ';')" \
+        = "cmake;--target-release=sid qt6-base-dev qml6-module-qtquick"
+}
+
+sid_has_a_root_and_a_build_of_its_own() {
+    "$work/dev" --qt sid build &>/dev/null || true
+    expect "which is chosen by the preset" contains "$(cat "$work/cmake.log")" "--preset sid"
+    expect "and no other Qt is known" contains "$("$work/dev" --qt 5 build 2>&1)" "--qt knows sid alone"
+}
+
 nobody_enters_a_root_from_a_root() {
     take_functions
     packages=(cmake)
