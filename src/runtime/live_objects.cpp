@@ -1,7 +1,5 @@
 #include "runtime/live_objects.h"
 
-#include <mutex>
-
 namespace marlune {
 
 LiveObjects& LiveObjects::instance()
@@ -12,14 +10,14 @@ LiveObjects& LiveObjects::instance()
 
 void LiveObjects::add(QObject* object)
 {
-    const std::unique_lock lock(mutex_);
+    const QWriteLocker locker(&lock_);
     if (!closed_)
         objects_.insert(object);
 }
 
 void LiveObjects::remove(QObject* object)
 {
-    const std::unique_lock lock(mutex_);
+    const QWriteLocker locker(&lock_);
     objects_.erase(object);
 }
 
@@ -27,13 +25,13 @@ bool LiveObjects::contains(QObject* object) const
 {
     if (closed_)
         return false;
-    const std::shared_lock lock(mutex_);
+    const QReadLocker locker(&lock_);
     return objects_.contains(object);
 }
 
 void LiveObjects::close()
 {
-    const std::unique_lock lock(mutex_);
+    const QWriteLocker locker(&lock_);
     closed_ = true;
     objects_.clear();
 }

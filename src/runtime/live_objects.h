@@ -2,9 +2,9 @@
 
 #include <QMetaObject>
 #include <QObject>
+#include <QReadWriteLock>
 
 #include <atomic>
-#include <shared_mutex>
 #include <unordered_set>
 
 namespace marlune {
@@ -43,7 +43,7 @@ public:
     {
         if (closed_)
             return false;
-        const std::shared_lock lock(mutex_);
+        const QReadLocker locker(&lock_);
         return objects_.contains(object)
             && QMetaObject::invokeMethod(object, std::forward<Functor>(functor),
                                          Qt::QueuedConnection);
@@ -58,7 +58,7 @@ public:
     {
         if (closed_)
             return;
-        const std::shared_lock lock(mutex_);
+        const QReadLocker locker(&lock_);
         if (objects_.contains(object))
             look(*object);
     }
@@ -66,7 +66,8 @@ public:
 private:
     LiveObjects() = default;
 
-    mutable std::shared_mutex mutex_;
+    /** Not the standard library's, which lets busy readers keep a writer waiting. */
+    mutable QReadWriteLock lock_;
     std::unordered_set<QObject*> objects_;
     std::atomic<bool> closed_ = false;
 };
