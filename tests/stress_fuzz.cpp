@@ -2,7 +2,7 @@
 // be repeated: MARLUNE_FUZZ_SEED=... MARLUNE_FUZZ_SECONDS=... test-stress_fuzz
 
 #include "binding/conversions.h"
-#include "support/endurance.h"
+#include "support/fuzz.h"
 #include "support/host_web_view.h"
 #include "support/resource_pack.h"
 
@@ -21,18 +21,14 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <atomic>
 #include <bit>
 #include <cctype>
 #include <chrono>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
-#include <iostream>
 #include <limits>
 #include <mutex>
 #include <optional>
-#include <random>
 #include <string>
 #include <utility>
 #include <variant>
@@ -46,73 +42,6 @@ using enum VariantTypeStd;
 namespace {
 
 using namespace std::chrono_literals;
-
-// --- What all of them need ---------------------------------------------------------------------
-
-std::optional<uint64_t> number_in_environment(const char* name)
-{
-    const char* const text = std::getenv(name);
-    return text ? std::optional(std::strtoull(text, nullptr, 10)) : std::nullopt;
-}
-
-/** Random decisions, the same ones for the same seed. */
-class Dice {
-public:
-    explicit Dice(uint64_t seed) : random_(seed) {}
-
-    uint64_t any() { return random_(); }
-    uint64_t below(uint64_t limit) { return random_() % limit; }
-    bool one_in(uint64_t count) { return below(count) == 0; }
-
-    template <typename Values>
-    const auto& one_of(const Values& values)
-    {
-        return values[below(std::size(values))];
-    }
-
-private:
-    std::mt19937_64 random_;
-};
-
-class Fuzz : public testing::Test {
-protected:
-    Fuzz() : dice(seed()) {}
-
-    /** Goes on for a while. A failure ends it, and tells by which step it came. */
-    template <typename Step>
-    void repeat(Step step)
-    {
-        const auto end = std::chrono::steady_clock::now() + duration();
-        uint64_t steps = 0;
-        while (std::chrono::steady_clock::now() < end && !HasFailure()) {
-            SCOPED_TRACE("step " + std::to_string(steps));
-            step();
-            ++steps;
-            watchdog.step();
-        }
-        std::cout << steps << " steps" << std::endl;
-    }
-
-    Watchdog watchdog;
-    Dice dice;
-
-private:
-    static uint64_t seed()
-    {
-        // Always the same in the brief form: a change is judged by what it does, not by its luck.
-        const uint64_t seed = number_in_environment("MARLUNE_FUZZ_SEED")
-                                  .value_or(is_soak() ? std::random_device()() : 39917217);
-        std::cout << "MARLUNE_FUZZ_SEED=" << seed << std::endl;
-        return seed;
-    }
-
-    static std::chrono::seconds duration()
-    {
-        const auto seconds = static_cast<uint64_t>(times(2, 1200));
-        return std::chrono::seconds(
-            number_in_environment("MARLUNE_FUZZ_SECONDS").value_or(seconds));
-    }
-};
 
 // --- Values ------------------------------------------------------------------------------------
 
@@ -142,23 +71,6 @@ bool holds(const QVariant& value, QMetaType::Type type)
 {
     return value.typeId() == type;
 }
-
-/** Counts Qt's messages instead of showing them: here they come by the thousand. */
-class MessageCounter {
-public:
-    MessageCounter() : before_(qInstallMessageHandler(count)) { counted = 0; }
-    ~MessageCounter() { qInstallMessageHandler(before_); }
-    MessageCounter(const MessageCounter&) = delete;
-    MessageCounter& operator=(const MessageCounter&) = delete;
-
-    static int take() { return counted.exchange(0); }
-
-private:
-    static void count(QtMsgType, const QMessageLogContext&, const QString&) { ++counted; }
-
-    static inline std::atomic<int> counted = 0;
-    QtMessageHandler before_;
-};
 
 class ValueFuzz : public Fuzz {
 protected:
