@@ -28,6 +28,7 @@ foreach(name IN ITEMS
         stress_web_pages)
     marlune_add_endurance_test(${name})
 endforeach()
+marlune_add_endurance_test(stress_channel WHITEBOX)
 marlune_add_endurance_test(stress_fuzz WHITEBOX)
 marlune_add_endurance_test(stress_process OWN_MAIN)
 marlune_add_endurance_test(stress_web_starts OWN_MAIN)

@@ -14,6 +14,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -904,6 +906,26 @@ TEST_F(ContextObject, may_be_told_of_changes_while_it_comes_and_goes)
     announcer.join();
     serve_events();
     EXPECT_TRUE(changes.empty());
+}
+
+TEST_F(ContextObject, is_filled_into_the_host_s_records_while_no_thread_holds_the_lock_of_values)
+{
+    const MethodInfoStd& died = player.signal("died");
+    const PropertyInfoStd& health = player.property("health", INT, single(100));
+    std::atomic<bool> is_looking = false;
+    bool is_filled_meanwhile = true;
+    std::thread looker([&] {
+        const ValueLock lock;
+        is_looking = true;
+        is_filled_meanwhile =
+            wait_until([&] { return died.func_emit_signal || health.func_valueChanged_updateQt; },
+                       std::chrono::milliseconds(100));
+    });
+    EXPECT_TRUE(wait_until([&] { return is_looking.load(); }));
+    publish();
+    looker.join();
+    EXPECT_FALSE(is_filled_meanwhile);
+    EXPECT_TRUE(died.func_emit_signal && health.func_valueChanged_updateQt);
 }
 
 }  // namespace marlune::test

@@ -2,6 +2,8 @@
 
 #include "binding/context_object.h"
 #include "binding/manager.h"
+#include "binding/page_transport.h"
+#include "binding/property_info.h"
 #include "support/fake_transport.h"
 #include "support/host_object.h"
 #include "support/message_log.h"
@@ -39,6 +41,7 @@ constexpr auto page_globals = R"(
         error: (...texts) => page.log("error: " + texts.join(" ")),
         warn: (...texts) => page.log("warning: " + texts.join(" ")),
     };
+    function reportError(error) { page.fail(String(error)); }
     var qt = {webChannelTransport: {send: text => page.send(text), onmessage: null}};
     function deliver(text) { qt.webChannelTransport.onmessage({data: text}); }
     var log = [];
@@ -59,13 +62,24 @@ class Page : public QObject {
 
 public:
     explicit Page(QWebChannel& channel, const QString& script = script_text())
-        : transport_([this](const QJsonObject& message) { receive(message); })
+        : script_(script), transport_([this](const QJsonObject& message) { receive(message); })
     {
         engine_.globalObject().setProperty("page", engine_.newQObject(this));
         QJSEngine::setObjectOwnership(this, QJSEngine::CppOwnership);
         run(page_globals);
-        channel.connectTo(&transport_);
+        new PageTransport(&transport_, &channel, "WebView 0");
         run(script);
+    }
+
+    /** What comes from now on is lost, as on a page that hangs. */
+    void hang() { hangs_ = true; }
+
+    /** Begins as the next page on the same line. */
+    void load_again()
+    {
+        hangs_ = false;
+        run(page_globals);
+        run(script_);
     }
 
     /** The result as text; what is thrown goes to errors(). */
@@ -87,6 +101,7 @@ public:
     /** What has been written to the console. */
     Texts& console() { return console_; }
     int descriptions_asked_for() const { return descriptions_asked_for_; }
+    qsizetype characters_received() const { return characters_received_; }
 
     Q_INVOKABLE void send(const QString& text)
     {
@@ -96,21 +111,29 @@ public:
         transport_.post(message);
     }
 
+    Q_INVOKABLE void fail(const QString& text) { errors_.push_back(text.toStdString()); }
+
     Q_INVOKABLE void log(const QString& text) { console_.push_back(text.toStdString()); }
 
 private:
     void receive(const QJsonObject& message)
     {
         const auto text = QString::fromUtf8(QJsonDocument(message).toJson(QJsonDocument::Compact));
+        characters_received_ += text.size();
+        if (hangs_)
+            return;
         const QJSValue result = engine_.globalObject().property("deliver").call({text});
         if (result.isError())
             errors_.push_back(result.toString().toStdString());
     }
 
+    QString script_;
     QJSEngine engine_;
     FakeTransport transport_;
     Texts errors_, console_;
     int descriptions_asked_for_ = 0;
+    qsizetype characters_received_ = 0;
+    bool hangs_ = false;
 };
 
 class PageScript : public testing::Test {
@@ -265,7 +288,7 @@ TEST_F(PageScript, misses_nothing_that_happens_while_it_starts)
     PropertyInfoStd& health = *player.record().properties["health"];
     ASSERT_TRUE(add("player", player) && add("gone", gone));
     page = std::make_unique<Page>(channel);
-    ASSERT_TRUE(serve_until([&] { return page->descriptions_asked_for() == 2; }));
+    ASSERT_TRUE(serve_until([&] { return page->descriptions_asked_for() == 3; }));
     // The page now has a description that is going out of date.
     health.value = ValueStd(7);
     health.func_valueChanged_updateQt(&health);
@@ -275,6 +298,26 @@ TEST_F(PageScript, misses_nothing_that_happens_while_it_starts)
     EXPECT_TRUE(comes("$g.late !== undefined"));
     EXPECT_EQ(page->json("Object.keys($g).sort()"), R"(["late","player"])");
     EXPECT_EQ(page->json("$g.player.health.value"), "7");
+}
+
+TEST_F(PageScript, begins_after_a_page_that_has_taken_nothing)
+{
+    PropertyInfoStd& health = *player.record().properties["health"];
+    ASSERT_TRUE(add("player", player));
+    open_page();
+    page->hang();
+    for (int i = 1; i <= 5000; ++i) {
+        health.value = ValueStd(i);
+        health.func_valueChanged_updateQt(&health);
+    }
+    serve_events();
+    serve_events();
+    page->load_again();
+    ASSERT_TRUE(serve_until([&] { return page->is_ready(); }));
+    EXPECT_EQ(page->json("$g.player.health.value"), "5000");
+    health.value = ValueStd(1);
+    health.func_valueChanged_updateQt(&health);
+    EXPECT_TRUE(comes("$g.player.health.value === 1"));
 }
 
 // --- Methods
@@ -458,6 +501,88 @@ TEST_F(PageScript, has_the_value_that_was_given_last_whoever_gave_it)
     EXPECT_TRUE(announce(40));
 }
 
+TEST_F(PageScript, keeps_its_last_write_while_the_answers_to_earlier_ones_come)
+{
+    PropertyInfoStd& health = *player.record().properties["health"];
+    ASSERT_TRUE(add("player", player));
+    open_page();
+    page->run("$g.player.health.value += 1");
+    while (health.value != ContainerStd(ValueStd(101)))
+        serve_events();
+    page->run("$g.player.health.value += 1");  // before the first one's echo
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_EQ(page->json("$g.player.health.value"), "102");
+        serve_events();
+    }
+    page->run("$g.player.health.value += 1");
+    settle();
+    EXPECT_EQ(page->json("$g.player.health.value"), "103");
+    EXPECT_EQ(health.value, ContainerStd(ValueStd(103)));
+}
+
+TEST_F(PageScript, has_what_the_host_makes_of_its_write)
+{
+    PropertyInfoStd& health = *player.record().properties["health"];
+    ASSERT_TRUE(add("player", player));
+    open_page();
+    page->run("$g.player.health.value = 1.5");
+    EXPECT_EQ(page->json("$g.player.health.value"), "1.5");
+    settle();
+    EXPECT_EQ(page->json("$g.player.health.value"), "2") << "it is an integer";
+
+    health.func_valueChanged_updateGodot = [](PropertyInfoStd* property) {
+        property->value = ValueStd(7);
+        property->func_valueChanged_updateQt(property);
+    };
+    page->run("$g.player.health.value = 50; $g.player.health.value = 51");
+    settle();
+    settle();
+    EXPECT_EQ(page->json("$g.player.health.value"), "7");
+}
+
+TEST_F(PageScript, sees_what_a_scene_writes_after_what_the_host_has_announced)
+{
+    PropertyInfoStd& health = *player.record().properties["health"];
+    ASSERT_TRUE(add("player", player));
+    open_page();
+    health.value = ValueStd(20);
+    health.func_valueChanged_updateQt(&health);
+    ASSERT_TRUE(comes("$g.player.health.value === 20"));
+    manager->object("player")->find_property("health")->set_value(30);
+    EXPECT_TRUE(comes("$g.player.health.value === 30"));
+    EXPECT_EQ(page->json("___godot_channel.objects['player.health'].value"), "30");
+}
+
+TEST_F(PageScript, takes_keys_of_any_name_in_the_host_s_data)
+{
+    const std::string text = R"({"__QObject*__":true,"__proto__":{"a":1},"deep":[)"
+                             R"({"__QObject*__":true,"data":{},"id":"x"}],"id":"player"})";
+    PropertyInfoStd& bag = player.property("bag", DICTIONARY, ValueStd(text));
+    player.property("list", ARRAY, ValueStd("[" + text + "]"));
+    player.method(
+        "bag_now", {}, [&](auto...) { return ValueStd(text); }, DICTIONARY);
+    MethodInfoStd& died = *player.record().methods["died"];
+    ASSERT_TRUE(add("player", player));
+    open_page();
+    page->run("$g.player.bag_now().then(bag => log.push(bag));"
+              "$g.player.bag.on('changed', bag => log.push(bag));"
+              "$g.player.died.connect(bag => log.push(bag))");
+    EXPECT_EQ(page->json("$g.player.bag.value"), text);
+    EXPECT_EQ(page->json("$g.player.list.value"), "[" + text + "]");
+    EXPECT_TRUE(comes("log.length === 1"));
+    bag.func_valueChanged_updateQt(&bag);
+    died.func_emit_signal(&died, {ValueStd(text)}, {DICTIONARY});
+    EXPECT_TRUE(comes("log.length === 3"));
+    EXPECT_EQ(page->json("log"), "[" + text + "," + text + "," + text + "]");
+    EXPECT_EQ(page->json("$g.player.bag.value"), text);
+
+    HostObject late("late");
+    late.property("bag", DICTIONARY, ValueStd(text));
+    ASSERT_TRUE(add("late", late));
+    EXPECT_TRUE(comes("'late' in $g"));
+    EXPECT_EQ(page->json("$g.late.bag.value"), text);
+}
+
 TEST_F(PageScript, takes_no_undefined_value)
 {
     PropertyInfoStd& health = *player.record().properties["health"];
@@ -590,6 +715,26 @@ TEST_F(PageScript, says_when_it_has_no_object_of_the_name_that_a_change_or_a_sig
         EXPECT_EQ(error, "no such object name inner");
 }
 
+TEST_F(PageScript, is_told_of_newcomers_alone)
+{
+    std::vector<std::unique_ptr<HostObject>> objects;
+    open_page();
+    const auto add_one = [&] {
+        const std::string name = "object" + std::to_string(objects.size());
+        objects.push_back(std::make_unique<HostObject>(name));
+        objects.back()->property("p", INT, ValueStd(1));
+        ASSERT_TRUE(add(name, *objects.back()));
+        ASSERT_TRUE(comes(QString("'%1' in $g").arg(name.c_str())));
+    };
+    add_one();
+    const qsizetype before = page->characters_received();
+    add_one();
+    const qsizetype for_second = page->characters_received() - before;
+    for (int i = 0; i < 20; ++i)
+        add_one();
+    EXPECT_LE(page->characters_received() - before, 21 * for_second + 1000);
+}
+
 // --- Names
 
 TEST_F(PageScript, takes_objects_of_any_name)
@@ -646,6 +791,94 @@ TEST_F(PageScript, takes_members_of_any_name_but_a_few)
         "$g.odd.constructor.value = 'new'; $g.odd.toString().then(result => log.push(result))");
     EXPECT_TRUE(comes("log.length === 1"));
     EXPECT_EQ(odd.record().properties["constructor"]->value, ContainerStd(ValueStd("new")));
+}
+
+// --- Qt's own client, without the library's script
+
+class QtClient : public PageScript {
+protected:
+    void open_client()
+    {
+        QFile file(QStringLiteral(":/qtwebchannel/qwebchannel.js"));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        page = std::make_unique<Page>(channel, QString::fromUtf8(file.readAll()));
+        page->run("var channel = null;"
+                  "new QWebChannel(qt.webChannelTransport, opened => { channel = opened; })");
+        ASSERT_TRUE(comes("channel !== null"));
+    }
+
+    /** Lets the messages that are under way arrive. */
+    void settle_client()
+    {
+        page->run("var settled = false; channel.exec({type: 3}, () => { settled = true; })");
+        EXPECT_TRUE(comes("settled"));
+    }
+};
+
+TEST_F(QtClient, finds_the_manager_and_what_is_published)
+{
+    ASSERT_TRUE(add("player", player));
+    open_client();
+    EXPECT_EQ(page->json("Object.keys(channel.objects).sort()"),
+              R"(["___cm","player","player.add","player.died","player.health"])");
+    EXPECT_EQ(page->json("Object.keys(channel.objects.player.methodsMap).sort()"),
+              R"(["add","died"])");
+    EXPECT_EQ(page->json("channel.objects.player.variablesMap.health.value"), "100");
+    EXPECT_EQ(page->json("'isContextObject' in channel.objects.player"), "true");
+}
+
+TEST_F(QtClient, calls_methods)
+{
+    ASSERT_TRUE(add("player", player));
+    open_client();
+    page->run("const object = channel.objects.player;"
+              "object.___invoke_method('add', [1, 2]).then(result => log.push(result));"
+              "object.get_method_signature('add', signature => log.push(signature))");
+    EXPECT_TRUE(comes("log.length === 2"));
+    EXPECT_EQ(page->json("log.map(String).sort()"), R"x(["3","add(a: INT,b: INT)"])x");
+}
+
+TEST_F(QtClient, writes_properties_and_hears_of_changes_and_signals)
+{
+    PropertyInfoStd& health = *player.record().properties["health"];
+    MethodInfoStd& died = *player.record().methods["died"];
+    HostObject other("other");
+    ASSERT_TRUE(add("player", player));
+    open_client();
+    page->run("for (const name of ['propChanged', 'gdscriptSignalEmitted', 'objectRegistered',"
+              " 'objectdeRegistered']) channel.objects.___cm[name].connect((...values) =>"
+              " log.push(values.join()));"
+              "const property = channel.objects['player.health'];"
+              "property.NOPSignal.connect(() => log.push('property ' + property.value))");
+    settle_client();
+    page->run("property.value = 50");
+    EXPECT_TRUE(serve_until([&] { return health.value == ContainerStd(ValueStd(50)); }));
+    EXPECT_TRUE(comes("log.length === 1"));
+    health.value = ValueStd(60);
+    health.func_valueChanged_updateQt(&health);
+    died.func_emit_signal(&died, {ValueStd("fell"), ValueStd(1)}, {STRING, INT});
+    EXPECT_TRUE(comes("log.length === 4"));
+    ASSERT_TRUE(add("other", other));
+    EXPECT_TRUE(manager->deregisterObject("other"));
+    EXPECT_TRUE(comes("log.length === 6"));
+    EXPECT_EQ(page->json("log"),
+              R"(["property 50","property 60","player,health,60","player,died,fell,1",)"
+              R"("other","other"])");
+}
+
+TEST_F(QtClient, stays_connected_while_others_on_the_page_disconnect)
+{
+    MethodInfoStd& died = *player.record().methods["died"];
+    ASSERT_TRUE(add("player", player));
+    open_client();
+    page->run("const hear = () => log.push('heard'), signal = channel.objects.___cm"
+              ".gdscriptSignalEmitted;"
+              "signal.connect(hear); signal.disconnect(hear);"
+              "signal.connect(() => log.push('other'))");
+    settle_client();
+    died.func_emit_signal(&died, {}, {});
+    EXPECT_TRUE(comes("log.length > 0"));
+    EXPECT_EQ(page->json("log"), R"(["other"])");
 }
 
 }  // namespace marlune::test

@@ -36,7 +36,9 @@
  *
  * **Threads.** The library calls the host's callbacks on the Qt thread. The callbacks that it fills in
  * may be called on any thread: they return at once, and what they tell happens in the order of the
- * calls. A record's value may be read and written by the Qt thread at any time; hold a ValueLock
+ * calls. They are filled in at one moment, in webchannel_registerObject() or in the view's first load()
+ * where that is later, under a ValueLock; a thread that may look at them then holds one to copy them, and
+ * calls the copy without it. A record's value may be read and written by the Qt thread at any time; hold a ValueLock
  * while you read or write one on another thread.
  */
 namespace marlune::db {

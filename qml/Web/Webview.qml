@@ -15,6 +15,8 @@ Item {
     id: root
 
     property WebChannel webChannel: WebChannel {}
+    // The browser item's: the view leads its pages from there to the other.
+    readonly property WebChannel gate: WebChannel {}
 
     readonly property var view: ctx // qmllint disable unqualified
     readonly property color background: view.backgroundColor
@@ -397,7 +399,7 @@ Item {
             focus: true
             visible: !gone
             profile: root.profile
-            webChannel: root.webChannel
+            webChannel: root.gate
             backgroundColor: refreshing ? "#01000000" : root.background
             zoomFactor: root.view.zoom_factor
             audioMuted: root.view.audio_muted

@@ -3,12 +3,15 @@
 #include "binding/conversions.h"
 #include "binding/manager.h"
 #include "binding/method_info.h"
+#include "binding/page_warnings.h"
 #include "binding/property_info.h"
 
 #include <QDebug>
 #include <QWebChannel>
 
 #include <algorithm>
+#include <functional>
+#include <type_traits>
 #include <utility>
 
 namespace marlune::db {
@@ -17,6 +20,33 @@ namespace {
 
 /** Belongs to the Qt thread. */
 uint64_t next_number = 0;
+
+/** Those that have not gone. They are on a channel, so they may go without being asked here. */
+template <typename Member>
+std::vector<Member*> standing(const std::vector<QPointer<Member>>& members)
+{
+    std::vector<Member*> result(members.begin(), members.end());
+    std::erase(result, nullptr);
+    return result;
+}
+
+/** The one with the key, or null. */
+template <typename Member, typename Key, typename Getter>
+Member* found_in(const std::vector<QPointer<Member>>& members, const Key& key, Getter getter)
+{
+    const auto found = std::ranges::find_if(members, [&](const QPointer<Member>& member) {
+        return member && std::invoke(getter, *member) == key;
+    });
+    return found == members.end() ? nullptr : found->data();
+}
+
+/** What was in the slot before goes once the lock is released: it may be the host's. */
+template <typename Function>
+void fill(Function& slot, std::type_identity_t<Function> callback)
+{
+    const ValueLock lock;
+    slot.swap(callback);
+}
 
 }  // namespace
 
@@ -67,14 +97,12 @@ DBAbstractContextObject::DBAbstractContextObject(const QString& id,
 DBAbstractContextObject::~DBAbstractContextObject()
 {
     withdraw();
-    qDeleteAll(properties_);
-    qDeleteAll(methods_);
 }
 
 QVariantMap DBAbstractContextObject::methods_map() const
 {
     QVariantMap map;
-    for (const DBMethodInfo* const method : methods_)
+    for (const DBMethodInfo* const method : standing(methods_))
         map[method->name_text()] = method->entry();
     return map;
 }
@@ -82,15 +110,24 @@ QVariantMap DBAbstractContextObject::methods_map() const
 QVariantMap DBAbstractContextObject::variables_map() const
 {
     QVariantMap map;
-    for (const DBPropertyInfo* const property : properties_)
+    for (const DBPropertyInfo* const property : standing(properties_))
         map[property->key()] = property->entry();
     return map;
 }
 
 DBPropertyInfo* DBAbstractContextObject::find_property(const QString& name) const
 {
-    const auto found = std::ranges::find(properties_, name, &DBPropertyInfo::key);
-    return found == properties_.end() ? nullptr : *found;
+    return found_in(properties_, name, &DBPropertyInfo::key);
+}
+
+QHash<QString, QObject*> DBAbstractContextObject::parts() const
+{
+    QHash<QString, QObject*> parts;
+    for (const auto& [id, object] : published_) {
+        if (object)
+            parts[id] = object;
+    }
+    return parts;
 }
 
 void DBAbstractContextObject::publish()
@@ -98,16 +135,16 @@ void DBAbstractContextObject::publish()
     if (!channel_)
         return;
     channel_->registerObject(id_, this);
-    published_.push_back(this);
+    published_.emplace_back(id_, this);
 }
 
 void DBAbstractContextObject::publish_on(QWebChannel* channel)
 {
     channel_ = channel;
     published_.clear();
-    for (DBMethodInfo* const method : methods_)
+    for (DBMethodInfo* const method : standing(methods_))
         publish_member(method->name_text(), method);
-    for (DBPropertyInfo* const property : properties_)
+    for (DBPropertyInfo* const property : standing(properties_))
         publish_member(property->key(), property);
     publish();
 }
@@ -116,12 +153,12 @@ void DBAbstractContextObject::withdraw()
 {
     live_.withdraw();
     record_ = nullptr;
-    for (DBMethodInfo* const method : methods_)
+    for (DBMethodInfo* const method : standing(methods_))
         method->withdraw();
-    for (DBPropertyInfo* const property : properties_)
+    for (DBPropertyInfo* const property : standing(properties_))
         property->withdraw();
-    for (QObject* const object : std::exchange(published_, {})) {
-        if (channel_)
+    for (const auto& [id, object] : std::exchange(published_, {})) {
+        if (channel_ && object)
             channel_->deregisterObject(object);
     }
 }
@@ -130,8 +167,8 @@ QVariant DBAbstractContextObject::___invoke_method(QVariant func_name, QVariant 
 {
     const QVariant list = without_script_value(args);
     if (list.typeId() != QMetaType::QVariantList) {
-        qWarning().noquote() << "method call error: the arguments of" << func_name.toString()
-                             << "are not a list. Give one with an element for each.";
+        warn("method call error: the arguments of " + shown(func_name.toString())
+             + " are not a list. Give one with an element for each.");
         return {};
     }
     return ___invoke_method(std::move(func_name), list.toList());
@@ -147,11 +184,11 @@ QVariant DBAbstractContextObject::___invoke_method(QVariant func_name, QVariantL
     const QString name = func_name.toString();
     DBMethodInfo* const method = find_method(name);
     if (!method && !find_property(name)) {
-        qWarning().noquote() << "invoke_method:" << name << "doesn't exist";
+        warn("invoke_method: " + shown(name) + " doesn't exist");
         return {};
     }
     if (!method || method->is_signal()) {
-        qWarning().noquote() << "invoke_method:" << name << "was not a method";
+        warn("invoke_method: " + shown(name) + " was not a method");
         return {};
     }
     return method->call(args);
@@ -176,14 +213,15 @@ void DBAbstractContextObject::add_methods()
         publish_member(name, methods_.back());
         if (!method->is_signal)
             continue;
-        method->func_emit_signal = [reference = Reference(this),
-                                    name](const MethodInfoStd*, std::vector<ContainerStd> values,
-                                          std::vector<VariantTypeStd> codes) {
-            reference.post([name, values = std::move(values),
-                            codes = std::move(codes)](DBAbstractContextObject& object) {
-                object.announce_signal(name, values, codes);
-            });
-        };
+        fill(method->func_emit_signal,
+             [reference = Reference(this), name](const MethodInfoStd*,
+                                                 std::vector<ContainerStd> values,
+                                                 std::vector<VariantTypeStd> codes) {
+                 reference.post([name, values = std::move(values),
+                                 codes = std::move(codes)](DBAbstractContextObject& object) {
+                     object.announce_signal(name, values, codes);
+                 });
+             });
     }
 }
 
@@ -198,11 +236,12 @@ void DBAbstractContextObject::add_properties()
         }
         properties_.push_back(new DBPropertyInfo(id_, name, property, this));
         publish_member(name, properties_.back());
-        property->func_valueChanged_updateQt = [reference = Reference(this),
-                                                property](const PropertyInfoStd*) {
-            reference.post(
-                [property](DBAbstractContextObject& object) { object.announce_change(property); });
-        };
+        fill(property->func_valueChanged_updateQt,
+             [reference = Reference(this), property](const PropertyInfoStd*) {
+                 reference.post([property](DBAbstractContextObject& object) {
+                     object.announce_change(property);
+                 });
+             });
     }
 }
 
@@ -212,7 +251,8 @@ void DBAbstractContextObject::publish_member(const QString& member_name, QObject
         return;
     const QString id = QStringLiteral("%1.%2").arg(id_, member_name);
     QObject* const occupant = channel_->registeredObjects().value(id);
-    if (std::erase(published_, occupant) > 0) {
+    const auto is_occupant = [occupant](const auto& entry) { return entry.second == occupant; };
+    if (occupant && std::erase_if(published_, is_occupant) > 0) {
         // A property beside a method of the same name. Methods are called through this object, so pages
         // need the property there.
         channel_->deregisterObject(occupant);
@@ -222,26 +262,23 @@ void DBAbstractContextObject::publish_member(const QString& member_name, QObject
         return;
     }
     channel_->registerObject(id, member);
-    published_.push_back(member);
+    published_.emplace_back(id, member);
 }
 
 DBMethodInfo* DBAbstractContextObject::find_method(const QString& name) const
 {
-    if (!record_)
-        return nullptr;
-    const auto found = std::ranges::find(methods_, name, &DBMethodInfo::name_text);
-    return found == methods_.end() ? nullptr : *found;
+    return record_ ? found_in(methods_, name, &DBMethodInfo::name_text) : nullptr;
 }
 
 void DBAbstractContextObject::announce_change(const PropertyInfoStd* record)
 {
-    const auto found = std::ranges::find(properties_, record, &DBPropertyInfo::record);
-    if (found == properties_.end())
+    DBPropertyInfo* const property = found_in(properties_, record, &DBPropertyInfo::record);
+    if (!property)
         return;
-    DBPropertyInfo& property = **found;
-    // First, for the page's handlers not to wait for what the channel sends on the property's own signal.
-    emit manager_->propChanged(name_, property.key(), property.value());
-    emit property.NOPSignal();
+    // First, so that everybody has the value by the time that the change is reported.
+    emit property->NOPSignal();
+    if (record_)  // no listener has had it withdrawn
+        emit manager_->propChanged(name_, property->key(), property->value());
 }
 
 void DBAbstractContextObject::announce_signal(const QString& signal_name,

@@ -3,11 +3,13 @@
 #include "marlune/context_object.h"
 #include "runtime/live_objects.h"
 
+#include <QHash>
 #include <QObject>
 #include <QPointer>
 #include <QVariant>
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 class QWebChannel;
@@ -52,6 +54,9 @@ public:
     /** Null when there is none of that name. It goes with this object. */
     DBPropertyInfo* find_property(const QString& name) const;
 
+    /** It and its members, by the names that the channel has for them. */
+    QHash<QString, QObject*> parts() const;
+
     void publish();
 
     /** Publishes it and its members anew: the channel that they were on is gone. */
@@ -95,9 +100,10 @@ private:
     AbstractContextObjectStd* record_;
     QPointer<QWebChannel> channel_;
     DataBindingContextManager* manager_;
-    std::vector<DBMethodInfo*> methods_;
-    std::vector<DBPropertyInfo*> properties_;
-    std::vector<QObject*> published_;
+    // Children of this, which go with it.
+    std::vector<QPointer<DBMethodInfo>> methods_;
+    std::vector<QPointer<DBPropertyInfo>> properties_;
+    std::vector<std::pair<QString, QPointer<QObject>>> published_;
     LiveObject live_{this};
 };
 

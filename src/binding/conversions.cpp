@@ -1,8 +1,8 @@
 #include "binding/conversions.h"
 
+#include "binding/page_warnings.h"
 #include "binding/type_names.h"
 
-#include <QDebug>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -32,31 +32,60 @@ bool holds_list(const QVariant& value)
     return value.typeId() == QMetaType::QVariantList;
 }
 
-// --- JSON text
+// --- Containers
 
-bool is_nested_too_deeply(const QVariant& value)
+bool is_container(const QVariant& value)
 {
-    std::vector<std::pair<QVariant, int>> containers = {{value, 1}};
+    return holds_map(value) || holds_list(value) || value.typeId() == QMetaType::QVariantHash;
+}
+
+/** Whether `holds` is true of the value or of one that is in it, given with its depth, from 1 on. */
+template <typename Predicate>
+bool any_in(const QVariant& value, Predicate holds)
+{
+    std::vector<std::pair<QVariant, int>> containers;
+    const auto visit = [&](const QVariant& element, int depth) {
+        if (is_container(element))
+            containers.emplace_back(element, depth);
+        return holds(element, depth);
+    };
+    if (visit(value, 1))
+        return true;
     while (!containers.empty()) {
         const auto [container, depth] = std::move(containers.back());
         containers.pop_back();
-        if (depth > deepest_nesting)
-            return true;
-        const auto visit = [&containers, below = depth + 1](const QVariant& element) {
-            const int type = element.typeId();
-            if (type == QMetaType::QVariantMap || type == QMetaType::QVariantList
-                || type == QMetaType::QVariantHash)
-                containers.emplace_back(element, below);
+        const auto visit_below = [&visit, below = depth + 1](const QVariant& element) {
+            return visit(element, below);
         };
-        if (holds_map(container))
-            std::ranges::for_each(*get_if<QVariantMap>(&container), visit);
-        else if (holds_list(container))
-            std::ranges::for_each(*get_if<QVariantList>(&container), visit);
-        else if (const auto* const hash = get_if<QVariantHash>(&container))
-            std::ranges::for_each(*hash, visit);
+        const auto* const map = get_if<QVariantMap>(&container);
+        const auto* const list = get_if<QVariantList>(&container);
+        const auto* const hash = get_if<QVariantHash>(&container);
+        if ((map && std::ranges::any_of(*map, visit_below))
+            || (list && std::ranges::any_of(*list, visit_below))
+            || (hash && std::ranges::any_of(*hash, visit_below)))
+            return true;
     }
     return false;
 }
+
+bool is_nested_too_deeply(const QVariant& value)
+{
+    return any_in(value, [](const QVariant& element, int depth) {
+        return depth > deepest_nesting && is_container(element);
+    });
+}
+
+bool is_of_plain_type(const QVariant& value)
+{
+    const QMetaType type = value.metaType();
+    constexpr QMetaType::TypeFlags references =
+        QMetaType::IsPointer | QMetaType::PointerToQObject | QMetaType::PointerToGadget;
+    return type.id() < QMetaType::User && !(type.flags() & references)
+        && type.id() != QMetaType::VoidStar && type.id() != QMetaType::QModelIndex
+        && type.id() != QMetaType::QPersistentModelIndex;
+}
+
+// --- JSON text
 
 ContainerStd json_text(const QJsonDocument& document)
 {
@@ -65,8 +94,9 @@ ContainerStd json_text(const QJsonDocument& document)
 
 void warn_of_nesting()
 {
-    qWarning("a container is nested more than %d levels deep and comes empty. Send a flatter one.",
-             deepest_nesting);
+    warn(QStringLiteral(
+             "a container is nested more than %1 levels deep and comes empty. Send a flatter one.")
+             .arg(deepest_nesting));
 }
 
 ContainerStd object_text(const QVariant& value)
@@ -200,8 +230,8 @@ ValueStd to_value(const QVariant& value)
     case QMetaType::ULongLong:
         return value.toDouble();
     default:
-        qWarning() << "qvariant_to_std_container: erm, unknown type, (possibly) FIX ME:"
-                   << value.typeId();
+        warn("qvariant_to_std_container: erm, unknown type, (possibly) FIX ME: "
+             + QString::number(value.typeId()));
         return 0;
     }
 }
@@ -231,6 +261,13 @@ QVariant without_script_value(const QVariant& value)
     if (value.metaType() != QMetaType::fromType<QJSValue>())
         return value;
     return value.value<QJSValue>().toVariant();
+}
+
+bool is_plain(const QVariant& value)
+{
+    return !any_in(value, [](const QVariant& element, int depth) {
+        return depth > deepest_nesting || !is_of_plain_type(element);
+    });
 }
 
 std::optional<ContainerStd> from_argument(const QVariant& value, VariantTypeStd& code)
@@ -299,8 +336,8 @@ QVariant to_variant_or_warn(const ContainerStd& value, VariantTypeStd code, cons
     try {
         return to_variant(value, code);
     } catch (const std::bad_variant_access&) {
-        qWarning().noquote() << whose << "does not hold what its type" << type_name(code)
-                             << "asks for. Give a single value, and a container as JSON text.";
+        warn(whose + " does not hold what its type " + type_name(code)
+             + " asks for. Give a single value, and a container as JSON text.");
         return {};
     }
 }

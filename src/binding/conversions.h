@@ -13,6 +13,9 @@ namespace marlune::db {
 /** QML hands script objects and arrays over as they are; this gives them as maps and lists. */
 QVariant without_script_value(const QVariant& value);
 
+/** True for what stays as it is whatever becomes of others: nothing in it refers to an object. */
+bool is_plain(const QVariant& value);
+
 /**
  * An argument of a method of the host. Beyond vectors and containers it is converted by what it holds.
  * An object or a list for a code that is neither is sent as JSON text, and `code` becomes DICTIONARY or

@@ -35,13 +35,13 @@ DataBindingContextManager::DataBindingContextManager(QWebChannel* channel, QObje
 
 DataBindingContextManager::~DataBindingContextManager()
 {
-    std::map<std::string, DBAbstractContextObject*> objects;
+    std::map<std::string, Entry> objects;
     {
         const QWriteLocker locker(&lock_);
         objects = std::exchange(objects_, {});
     }
-    for (const auto& [name, object] : objects)
-        delete object;
+    for (const auto& [name, entry] : objects)
+        delete entry.object;
     // Without a client the channel does not notice that its objects go.
     if (channel_ && channel_->registeredObjects().values().contains(this))
         channel_->deregisterObject(this);
@@ -62,14 +62,14 @@ AbstractContextObjectStd* DataBindingContextManager::find(const std::string& nam
 {
     const QReadLocker locker(&lock_);
     const auto found = objects_.find(name);
-    return found == objects_.end() ? nullptr : found->second->record();
+    return found == objects_.end() ? nullptr : found->second.record;
 }
 
 DBAbstractContextObject* DataBindingContextManager::object(const std::string& name) const
 {
     const QReadLocker locker(&lock_);
     const auto found = objects_.find(name);
-    return found == objects_.end() ? nullptr : found->second;
+    return found == objects_.end() ? nullptr : found->second.object.data();
 }
 
 std::vector<std::string> DataBindingContextManager::names() const
@@ -89,8 +89,10 @@ void DataBindingContextManager::move_to(QWebChannel* channel, QObject* root)
 {
     channel_ = channel;
     root_ = root;
-    for (const auto& [name, object] : objects_)
-        object->publish_on(channel);
+    for (const auto& [name, entry] : objects_) {
+        if (entry.object)
+            entry.object->publish_on(channel);
+    }
 }
 
 bool DataBindingContextManager::registerObject(std::string name, AbstractContextObjectStd* obj)
@@ -114,7 +116,7 @@ bool DataBindingContextManager::registerObject(std::string name, AbstractContext
     auto* const object = new DBAbstractContextObject(id, obj, channel_, this);
     {
         const QWriteLocker locker(&lock_);
-        objects_.emplace(std::move(name), object);
+        objects_.emplace(std::move(name), Entry{object, obj});
     }
     object->publish();
     emit objectRegistered(id);
@@ -124,14 +126,16 @@ bool DataBindingContextManager::registerObject(std::string name, AbstractContext
 bool DataBindingContextManager::deregisterObject(std::string name_str)
 {
     const QString id = QString::fromStdString(name_str);
-    DBAbstractContextObject* const object = take(name_str);
-    if (!object) {
+    const auto entry = take(name_str);
+    if (!entry) {
         qWarning().noquote() << "cannot remove context object '" + id + "', does not exist.";
         return false;
     }
-    object->withdraw();
-    // The host may have been called by this very object, which is then still at work.
-    object->deleteLater();
+    if (entry->object) {
+        entry->object->withdraw();
+        // The host may have been called by this very object, which is then still at work.
+        entry->object->deleteLater();
+    }
     emit objectdeRegistered(id);
     return true;
 }
@@ -145,12 +149,13 @@ bool DataBindingContextManager::is_taken(const std::string& name) const
     return objects_.contains(name);
 }
 
-DBAbstractContextObject* DataBindingContextManager::take(const std::string& name)
+std::optional<DataBindingContextManager::Entry>
+DataBindingContextManager::take(const std::string& name)
 {
     const QWriteLocker locker(&lock_);
     const auto found = objects_.find(name);
     if (found == objects_.end())
-        return nullptr;
+        return std::nullopt;
     return objects_.extract(found).mapped();
 }
 

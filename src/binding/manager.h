@@ -8,6 +8,7 @@
 #include <QVariant>
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -72,14 +73,20 @@ signals:
     void objectdeRegistered(QString object_name);
 
 private:
+    /** The record stands beside the object, for threads that must not touch that. */
+    struct Entry {
+        QPointer<DBAbstractContextObject> object;
+        AbstractContextObjectStd* record = nullptr;
+    };
+
     bool is_taken(const std::string& name) const;
-    DBAbstractContextObject* take(const std::string& name);
+    std::optional<Entry> take(const std::string& name);
 
     QPointer<QWebChannel> channel_;
     QPointer<QObject> root_;
     /** Not the standard library's, which lets busy readers keep a writer waiting. */
     mutable QReadWriteLock lock_;
-    std::map<std::string, DBAbstractContextObject*> objects_;
+    std::map<std::string, Entry> objects_;
 };
 
 }  // namespace marlune::db

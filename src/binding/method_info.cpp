@@ -1,11 +1,11 @@
 #include "binding/method_info.h"
 
 #include "binding/conversions.h"
+#include "binding/page_warnings.h"
 #include "binding/type_names.h"
 #include "runtime/host_callback.h"
 #include "runtime/shared_function.h"
 
-#include <QDebug>
 #include <QStringList>
 
 #include <optional>
@@ -95,20 +95,20 @@ QString DBMethodInfo::signature() const
 QVariant DBMethodInfo::call(const QVariantList& values)
 {
     if (values.size() != static_cast<qsizetype>(codes_.size())) {
-        qWarning().noquote().nospace()
-            << "method call error: " << signature() << " has been given " << values.size()
-            << " argument(s). Give as many as it has, and each of them a name of its own.";
+        warn(QStringLiteral(
+                 "method call error: %1 has been given %2 argument(s). Give as many as it "
+                 "has, and each of them a name of its own.")
+                 .arg(signature(), QString::number(values.size())));
         return {};
     }
     auto arguments = converted(values, codes_);
     if (!arguments) {
-        qWarning(
-            "method call error: expecting a Vector (a list) as argument with the correct lenght "
-            "of parameters");
+        warn("method call error: expecting a Vector (a list) as argument with the correct lenght "
+             "of parameters");
         return {};
     }
     if (!record_ || !record_->func_call_method) {
-        qWarning().noquote() << "func_call_method was nullptr, failed to call method" << name_text_;
+        warn("func_call_method was nullptr, failed to call method " + name_text_);
         return {};
     }
 

@@ -1,11 +1,10 @@
 #include "binding/property_info.h"
 
 #include "binding/conversions.h"
+#include "binding/page_warnings.h"
 #include "binding/type_names.h"
 #include "runtime/host_callback.h"
 #include "runtime/shared_function.h"
-
-#include <QDebug>
 
 #include <cstdio>
 #include <utility>
@@ -39,9 +38,10 @@ void DBPropertyInfo::set_value(const QVariant& value)
     const VariantTypeStd code = content().code;
     auto stored = from_property_write(value, code);
     if (!stored) {
-        qWarning().noquote().nospace()
-            << "cannot set property '" << object_name_ << '.' << key_ << "', it is a "
-            << type_name(code) << ". Give a list with a number for each component.";
+        warn(
+            QStringLiteral("cannot set property '%1.%2', it is a %3. Give a list with a number for "
+                           "each component.")
+                .arg(object_name_, key_, type_name(code)));
         return;
     }
     {
@@ -56,6 +56,8 @@ void DBPropertyInfo::set_value(const QVariant& value)
         call_host(parent(), callback, record_);
         return;
     }
+    if (!may_warn())
+        return;
     std::fprintf(stderr, "func_valueChanged_updateGodot nullptr! %s\n", key_.toStdString().c_str());
     std::fflush(stderr);
 }
@@ -91,9 +93,15 @@ QVariant DBPropertyInfo::converted(const Content& content) const
 
 void DBPropertyInfo::set(QVariant& member, const QVariant& value)
 {
-    if (member == value)
+    const QVariant plain = without_script_value(value);
+    if (member == plain)
         return;
-    member = value;
+    if (!is_plain(plain)) {
+        warn(QStringLiteral("cannot set a text of property '%1.%2' to what is no plain data.")
+                 .arg(object_name_, key_));
+        return;
+    }
+    member = plain;
     emit NOPSignal();
 }
 

@@ -30,6 +30,9 @@ constexpr auto default_user_agent =
     "Mozilla/5.0 (X11; U; Linux x86_64) AppleWebKit/537.36 (KHTML, like Gecko) Ubuntu "
     "Chromium/124.0.6310.208 Chrome/122.0.6310.208 Safari/537.36";
 
+/** The engine's number for it. */
+constexpr int loading_started = 0;
+
 // All that stand. On the Qt thread only.
 std::unordered_set<WebView*> web_views;
 bool found_to_draw_in_memory = false;
@@ -97,6 +100,7 @@ WebView::~WebView()
     // Scenes of other views may have found the objects.
     PublishedObjects::remove(*manager_);
     manager_->deregister_all();
+    delete manager_;
 }
 
 void WebView::prepare_context(QQmlContext* root_context)
@@ -131,6 +135,7 @@ void WebView::post_setup(QQmlEngine*, QObject* root)
 void WebView::publish_on(QObject* root)
 {
     auto* const channel = root->property("webChannel").value<QWebChannel*>();
+    page_gate_.lead(root->property("gate").value<QWebChannel*>(), channel, objectName());
     // No timer of the channel: what changes is told when it changes.
     channel->setPropertyUpdateInterval(-1);
     if (manager_) {
@@ -138,11 +143,11 @@ void WebView::publish_on(QObject* root)
     } else {
         {
             const std::lock_guard lock(manager_mutex_);
-            manager_ = std::make_unique<db::DataBindingContextManager>(channel, root);
+            manager_ = new db::DataBindingContextManager(channel, root);
         }
         PublishedObjects::add(idx_, *manager_);
     }
-    channel->registerObject(QStringLiteral("___cm"), manager_.get());
+    channel->registerObject(QStringLiteral("___cm"), manager_);
 }
 
 void WebView::publish_pending()
@@ -307,6 +312,8 @@ bool WebView::navigation_handler(QString url, QString navigationType)
 void WebView::onLoadingChanged(int status, QString url, QString errorDomain, QString errorString,
                                int errorCode)
 {
+    if (status == loading_started)
+        page_gate_.expect_page();
     loading_changed_.call(this, status, url.toStdString(), errorDomain.toStdString(),
                           errorString.toStdString(), errorCode);
 }

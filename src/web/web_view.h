@@ -4,12 +4,13 @@
 #include "web/page_watch.h"
 
 #include "marlune/web_settings.h"
+#include "web/page_gate.h"
 
+#include <QPointer>
 #include <QString>
 
 #include <functional>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <string>
 
@@ -174,7 +175,9 @@ private:
     std::map<std::string, db::AbstractContextObjectStd*> pending_;
     // Other threads look objects up, so the pointer has a lock of its own.
     mutable std::mutex manager_mutex_;
-    std::unique_ptr<db::DataBindingContextManager> manager_;
+    // On the channel, so it is not this view alone that could end it.
+    QPointer<db::DataBindingContextManager> manager_;
+    PageGate page_gate_;
     NavigationHandler navigation_handler_;
     LoadingChanged loading_changed_;
     PageResponding responding_;

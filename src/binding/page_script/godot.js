@@ -43,6 +43,9 @@ var ___godot_channel = null;
         return error;
     }
 
+    // As for an error that nobody catches.
+    const report = self.reportError;
+
     /** Does it for each, also when it fails for some; then fails with the first failure. */
     function for_each_of(items, action) {
         const failures = [];
@@ -128,26 +131,19 @@ var ___godot_channel = null;
         });
     }
 
-    /**
-     * Stands for the property. The channel's own news of a change may come after the manager's, so the
-     * value is the one that the game has announced last, unless the page has written another one since.
-     */
+    /** Stands for the property. */
     function make_property(channel_property, property_name, inside) {
         return new Proxy({}, {
             get(_, key) {
                 if (key === "on")
                     return (event, callback) =>
                         keep(inside.callbacks, property_name + "." + event, callback);
-                if (key === "value" && inside.announced.has(property_name))
-                    return inside.announced.get(property_name);
                 return channel_property[key];
             },
             set(_, key, value) {
                 if (key !== "value")
                     return false;
                 check_value(value);
-                if (value !== undefined)  // which the channel does not take
-                    inside.announced.delete(property_name);
                 channel_property.value = value;
                 return true;
             },
@@ -156,7 +152,7 @@ var ___godot_channel = null;
 
     class GodotAbstractObject {
         constructor(name, channel) {
-            const inside = {callbacks: new Map(), emitters: new Map(), announced: new Map()};
+            const inside = {callbacks: new Map(), emitters: new Map()};
             insides.set(this, inside);
 
             const channel_object = channel.objects[name];
@@ -216,13 +212,15 @@ var ___godot_channel = null;
         return [name, ...members.map(member => name + "." + member)];
     }
 
+    /** What the channel's objects would look for references to others in is plain data. */
+    function take_data_as_it_is(channel_object) {
+        channel_object.unwrapQObject = data => data;
+    }
+
     /** Makes the channel know objects as they are described now, in place of what it knew before. */
     function learn(channel, descriptions, names) {
-        const learnt = names.filter(name => has_own(descriptions, name));
-        for (const name of learnt)
-            new ChannelObject(name, descriptions[name], channel);
-        for (const name of learnt)
-            channel.objects[name].unwrapProperties();
+        for (const name of names.filter(name => has_own(descriptions, name)))
+            take_data_as_it_is(new ChannelObject(name, descriptions[name], channel));
     }
 
     function is_shown(channel, name) {
@@ -237,12 +235,12 @@ var ___godot_channel = null;
         self.___godot_announce_registered(name);
     }
 
-    /** Asks for the descriptions of all objects that are published when the question arrives. */
-    function describe(channel, callback) {
-        channel.exec({type: MessageTypes.init}, descriptions => {
-            channel.exec({type: MessageTypes.idle});
-            callback(descriptions);
-        });
+    /**
+     * Asks for descriptions of what is published when the question arrives: by `question.objects`, which
+     * are names, of these objects and their members, else of all.
+     */
+    function describe(channel, question, callback) {
+        channel.exec(Object.assign({type: MessageTypes.init}, question), callback);
     }
 
     /**
@@ -271,7 +269,7 @@ var ___godot_channel = null;
         ask() {
             this.asked_for = this.waiting;
             this.waiting = new Set();
-            describe(this.channel, descriptions => {
+            describe(this.channel, {objects: [...this.asked_for]}, descriptions => {
                 const names = this.asked_for;
                 this.asked_for = null;
                 if (this.waiting.size > 0)
@@ -304,20 +302,35 @@ var ___godot_channel = null;
 
     let is_parsed = typeof document === "undefined" || document.readyState !== "loading";
 
-    /** Not before the page's own scripts have had their turn: they may come late, and have to listen. */
+    /** Once, and not before the page's own scripts have had their turn: they have to listen. */
     function announce_if_ready() {
         if ($g && is_parsed)
             window.dispatchEvent(new Event("godot.ready"));
     }
 
-    /** After all listeners of the page's own to the same event. */
+    /**
+     * After all listeners of the page's own to the same event. The page can keep later ones from hearing
+     * it, but not the very first; document.open() takes that away, so the time tells as well.
+     */
     function watch_parsing() {
-        const when_last = () => {
+        const when_parsed = () => {
+            if (is_parsed)
+                return;
             is_parsed = true;
             announce_if_ready();
         };
-        document.addEventListener("DOMContentLoaded",
-            () => window.addEventListener("DOMContentLoaded", when_last, {once: true}), {once: true});
+        const look = () => {
+            const timing = performance.timing;
+            if (document.readyState === "complete" || timing.domContentLoadedEventEnd > 0)
+                when_parsed();
+            else
+                setTimeout(look, 50);
+        };
+        const turn = new MessageChannel();
+        turn.port1.onmessage = when_parsed;
+        window.addEventListener("DOMContentLoaded", () => turn.port2.postMessage(null),
+            {capture: true, once: true});
+        setTimeout(look, 50);
     }
 
     /** Reached as properties of the global object, where they do not show up among the page's own. */
@@ -339,7 +352,6 @@ var ___godot_channel = null;
         }));
         manager.propChanged.connect(when_ready((object_name, property_name, value) => {
             const inside = inside_of(object_name);
-            inside.announced.set(property_name, value);
             const key = property_name + ".changed";
             if (inside.callbacks.has(key))
                 call_all(inside.callbacks.get(key), [value]);
@@ -352,21 +364,102 @@ var ___godot_channel = null;
     }
 
     /**
+     * Lets the page have channels of its own beside this one. The engine calls `onmessage`, which is one
+     * place for all, so what the page puts there is called after `handler`.
+     */
+    function share_transport(transport, handler) {
+        const BUNDLE = 100;  // several messages in one
+        let handler_of_page = null;
+        const handed_out = new WeakSet();
+
+        const hand_out = part => {
+            handler(part);
+            if (typeof handler_of_page !== "function")
+                return;
+            const message = {data: JSON.stringify(part)};
+            handed_out.add(message);
+            handler_of_page.call(transport, message);
+        };
+        const receive = message => {
+            if (handed_out.has(message))
+                return;  // by a handler of the page that calls what it has found here
+            const data = JSON.parse(message.data);
+            const parts = data.type === BUNDLE ? data.data : [data];
+            for (const part of parts) {
+                try {
+                    hand_out(part);
+                } catch (error) {
+                    report(error);
+                }
+            }
+            // Once for all, which lets the game send more.
+            if (parts.some(part => part.type === MessageTypes.propertyUpdate))
+                transport.send(JSON.stringify({type: MessageTypes.idle}));
+        };
+        Object.defineProperty(transport, "onmessage", {
+            configurable: true,
+            enumerable: true,
+            get: () => receive,
+            set: replacement => handler_of_page = replacement,
+        });
+    }
+
+    /**
+     * Makes the page's last write of a property the value that it has until the game has answered: what
+     * the game has said before it knew of that write is out of date.
+     */
+    class Writes {
+        constructor(channel) {
+            this.channel = channel;
+            this.under_way = new Map();  // by the channel's objects: how many, and of which property
+        }
+
+        send(message, exec) {
+            const target = this.channel.objects[message.object];
+            const count = this.under_way.has(target) ? this.under_way.get(target).count : 0;
+            this.under_way.set(target, {count: count + 1, property: message.property});
+            exec(message, value => this.take_answer(target, value));
+        }
+
+        take_answer(target, value) {
+            const write = this.under_way.get(target);
+            if (--write.count > 0)
+                return;
+            this.under_way.delete(target);
+            if (value !== undefined)
+                target.__propertyCache__[write.property] = value;
+        }
+
+        /** Takes out of an update what is out of date. */
+        correct(update) {
+            for (const {object, properties} of update.data) {
+                const write = this.under_way.get(this.channel.objects[object]);
+                if (write)
+                    delete properties[write.property];
+            }
+        }
+    }
+
+    /**
      * What the page that was here before has asked for is answered to this one, by the number of the
      * question. So the numbers begin elsewhere in each page, and answers to others are dropped.
      */
     function open_channel(when_open) {
         let channel = null;
+        let writes = null;
         const transport = {
-            send: message => qt.webChannelTransport.send(message),
-            set onmessage(handler) {
-                qt.webChannelTransport.onmessage = message => {
-                    const data = typeof message.data === "string" ? JSON.parse(message.data) : message.data;
-                    if (data.type !== MessageTypes.response || has_own(channel.execCallbacks, data.id))
-                        handler({data: data});
-                };
-            },
+            // The first question, which opens the view's gate, need not be answered with anything. It
+            // begins the page: the game sends it nothing of before, and several messages in one.
+            send: message => qt.webChannelTransport.send(channel ? message
+                : JSON.stringify(Object.assign(JSON.parse(message), {bundles: true, objects: []}))),
         };
+        share_transport(qt.webChannelTransport, data => {
+            if (data.type === MessageTypes.response && !has_own(channel.execCallbacks, data.id))
+                return;
+            if (data.type === MessageTypes.propertyUpdate)
+                writes.correct(data);
+            transport.onmessage({data: data});
+        });
         // The channel counts from 0, and asks its first question as it is made.
         Object.defineProperty(QWebChannel.prototype, "execId", {
             configurable: true,
@@ -376,13 +469,19 @@ var ___godot_channel = null;
         });
         channel = new QWebChannel(transport, when_open);
         delete QWebChannel.prototype.execId;
+
+        writes = new Writes(channel);
+        const exec = channel.exec;
+        channel.exec = (message, callback) => {
+            if (message.type === MessageTypes.setProperty && !callback)
+                writes.send(message, exec);
+            else if (message.type !== MessageTypes.idle)  // which is said where messages come in
+                exec(message, callback);
+        };
         return channel;
     }
 
     function begin(channel, manager, descriptions) {
-        // A map without a prototype takes any name.
-        channel.objects = Object.create(null);
-        channel.objects.___cm = manager;
         const names = Object.keys(descriptions).filter(name => name !== "___cm");
         learn(channel, descriptions, names);
 
@@ -395,10 +494,7 @@ var ___godot_channel = null;
     if (!is_parsed)
         watch_parsing();
 
-    const opening = open_channel(channel => {
-        const manager = channel.objects.___cm;
-        if (!manager)
-            return;
+    function start(channel, manager) {
         const newcomers = new Newcomers(channel);
         offer_globally({
             ___godot_set_up: name => newcomers.add(name),
@@ -410,11 +506,19 @@ var ___godot_channel = null;
             ___godot_announce_registered: name => Godot.prototype.objectRegistered.call($g, name),
             ___godot_announce_removed: name => Godot.prototype.objectRemoved.call($g, name),
         });
-        // What this first description tells may be out of date by the time that the manager's signals
-        // are connected. One that is asked for after that is followed by every change to it.
+        // A description that is asked for after this is followed by every change to it.
         connect_manager(manager, channel);
-        describe(channel, descriptions => begin(channel, manager, descriptions));
+        describe(channel, {}, descriptions => begin(channel, manager, descriptions));
+    }
+
+    open_channel(channel => {
+        // A map without a prototype takes any name.
+        channel.objects = Object.create(null);
+        // Who was let in by the first question begins the page by this one.
+        describe(channel, {bundles: true, objects: ["___cm"]}, descriptions => {
+            learn(channel, descriptions, ["___cm"]);
+            if (channel.objects.___cm)
+                start(channel, channel.objects.___cm);
+        });
     });
-    // Filled when the first description comes, with objects of any name.
-    opening.objects = Object.create(null);
 })();

@@ -1,0 +1,275 @@
+#include "binding/page_outbox.h"
+
+#include "binding/manager.h"
+#include "binding/page_messages.h"
+
+#include <QDebug>
+#include <QJsonArray>
+#include <QMetaObject>
+
+#include <QMetaMethod>
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace marlune::db {
+
+namespace {
+
+constexpr qsizetype largest_bundle = 64;
+constexpr qsizetype most_before_a_question = 100;
+constexpr QLatin1StringView manager_id("___cm");
+
+using Manager = DataBindingContextManager;
+
+/** The numbers by which pages know the manager's signals. */
+struct ManagerSignals {
+    int change = QMetaMethod::fromSignal(&Manager::propChanged).methodIndex();
+    int coming = QMetaMethod::fromSignal(&Manager::objectRegistered).methodIndex();
+    int going = QMetaMethod::fromSignal(&Manager::objectdeRegistered).methodIndex();
+};
+
+const ManagerSignals& manager_signals()
+{
+    static const ManagerSignals numbers;
+    return numbers;
+}
+
+/** Of a signal of the manager. */
+struct ManagerSignal {
+    explicit ManagerSignal(const QJsonObject& message)
+        : index(message[key::type] == static_cast<int>(MessageType::Signal)
+                        && message[key::object] == manager_id
+                    ? message[key::signal].toInt(-1)
+                    : -1),
+          object_name(message[key::args][0].toString()),
+          member_name(message[key::args][1].toString())
+    {
+    }
+
+    bool is_change() const { return index == manager_signals().change; }
+    bool is_coming() const { return index == manager_signals().coming; }
+    bool is_going() const { return index == manager_signals().going; }
+
+    int index;
+    QString object_name, member_name;
+};
+
+QString coming_key(const QString& object_name)
+{
+    return '+' + object_name;
+}
+
+QString going_key(const QString& object_name)
+{
+    return '-' + object_name;
+}
+
+/** Of what the next one makes obsolete; else empty. */
+QString key_of(const QJsonObject& message)
+{
+    const ManagerSignal signal(message);
+    if (signal.is_change())
+        return '=' + signal.object_name + QChar(0) + signal.member_name;
+    if (signal.is_coming())
+        return coming_key(signal.object_name);
+    if (signal.is_going())
+        return going_key(signal.object_name);
+    return {};
+}
+
+QJsonObject update_message(const QJsonArray& data)
+{
+    return {{key::type, static_cast<int>(MessageType::PropertyUpdate)}, {key::data, data}};
+}
+
+bool is_update(const QJsonObject& message)
+{
+    return message[key::type] == static_cast<int>(MessageType::PropertyUpdate);
+}
+
+/** Those of the later one, and of the earlier one what the later one lacks. */
+QJsonObject merged(const QJsonObject& earlier, const QJsonObject& later)
+{
+    QJsonObject result = earlier;
+    for (auto member = later.begin(); member != later.end(); ++member)
+        result[member.key()] = member.value();
+    return result;
+}
+
+QJsonObject merged_update(const QJsonObject& earlier, const QJsonObject& later)
+{
+    QJsonObject result = later;
+    for (const QLatin1StringView part : {key::signals_, key::properties})
+        result[part] = merged(earlier[part].toObject(), later[part].toObject());
+    return result;
+}
+
+}  // namespace
+
+PageOutbox::PageOutbox(Send send, const QString& view) : send_(std::move(send)), view_(view) {}
+
+void PageOutbox::add(const QJsonObject& message)
+{
+    if (is_update(message)) {
+        for (const QJsonValue update : message[key::data].toArray())
+            add_update(update.toObject());
+    } else if (!is_held_up_ || !cancels_what_waits(message)) {
+        append({key_of(message), message, json_size(message)});
+    }
+    send_soon();
+}
+
+void PageOutbox::acknowledge()
+{
+    is_asked_ = false;
+    asked_ = {};
+    if (is_held_up_)
+        send_waiting();
+}
+
+void PageOutbox::begin_page()
+{
+    takes_bundles_ = true;
+    waiting_.clear();
+    waiting_amount_ = {};
+    by_key_.clear();
+    is_held_up_ = is_asked_ = has_dropped_ = false;
+    asked_ = sent_ = {};
+}
+
+/** Of one object. */
+void PageOutbox::add_update(const QJsonObject& update)
+{
+    const QString update_key = ':' + update[key::object].toString();
+    QJsonObject whole = update;
+    if (const auto found = by_key_.constFind(update_key); is_held_up_ && found != by_key_.cend()) {
+        const QJsonObject earlier = (*found)->message[key::data][0].toObject();
+        whole = merged_update(earlier, update);
+    }
+    const QJsonObject message = update_message({whole});
+    append({update_key, message, json_size(message)});
+}
+
+/**
+ * An object that has come and goes while both wait is none of the page's business; and that an object
+ * has gone, the page needs to hear but once.
+ */
+bool PageOutbox::cancels_what_waits(const QJsonObject& message)
+{
+    const ManagerSignal signal(message);
+    if (!signal.is_going())
+        return false;
+    const auto coming = by_key_.constFind(coming_key(signal.object_name));
+    if (coming == by_key_.cend())
+        return false;
+    take(*coming);
+    return true;
+}
+
+void PageOutbox::append(Entry entry)
+{
+    const QString key = entry.key;
+    if (const auto found = by_key_.constFind(key); is_held_up_ && found != by_key_.cend())
+        take(*found);
+    if (key.isEmpty()) {
+        ++waiting_amount_.messages;
+        waiting_amount_.characters += entry.size;
+    }
+    waiting_.push_back(std::move(entry));
+    if (!key.isEmpty())
+        by_key_[key] = std::prev(waiting_.end());
+    if (is_held_up_)
+        drop_oldest();
+}
+
+PageOutbox::Entry PageOutbox::take(Entries::iterator entry)
+{
+    if (const auto found = by_key_.constFind(entry->key);
+        found != by_key_.cend() && *found == entry)
+        by_key_.erase(found);
+    if (entry->key.isEmpty()) {
+        --waiting_amount_.messages;
+        waiting_amount_.characters -= entry->size;
+    }
+    Entry result = std::move(*entry);
+    waiting_.erase(entry);
+    return result;
+}
+
+/** First what has no key: of the rest the last counts, and there is as much as the host has. */
+void PageOutbox::drop_oldest()
+{
+    while (waiting_amount_.messages > most_waiting || waiting_amount_.characters > largest_waiting)
+        drop(std::ranges::find_if(waiting_, &QString::isEmpty, &Entry::key));
+    while (std::ssize(waiting_) > most_waiting_of_all)
+        drop(waiting_.begin());
+}
+
+void PageOutbox::drop(Entries::iterator entry)
+{
+    take(entry);
+    if (!std::exchange(has_dropped_, true))
+        qWarning().noquote() << view_
+                + ": the page does not take what it is sent. The oldest signals are dropped.";
+}
+
+void PageOutbox::send_soon()
+{
+    if (is_held_up_)
+        return;
+    if (std::ssize(waiting_) >= largest_bundle)
+        return send_waiting();
+    if (!std::exchange(is_scheduled_, true))
+        QMetaObject::invokeMethod(this, &PageOutbox::send_waiting, Qt::QueuedConnection);
+}
+
+void PageOutbox::send_waiting()
+{
+    is_scheduled_ = false;
+    while (!waiting_.empty() && may_send())
+        send_some();
+    is_held_up_ = !waiting_.empty();
+}
+
+void PageOutbox::send_some()
+{
+    QJsonArray messages;
+    qsizetype size = 0;
+    bool has_update = false;
+    while (!waiting_.empty() && messages.size() < largest_bundle && size < largest_unanswered) {
+        const Entry entry = take(waiting_.begin());
+        has_update = has_update || is_update(entry.message);
+        size += entry.size;
+        messages.append(entry.message);
+    }
+    sent_.messages += messages.size();
+    sent_.characters += size;
+    const bool is_bundle = takes_bundles_ && messages.size() > 1;
+    if (is_bundle)
+        send_({{key::type, static_cast<int>(MessageType::Bundle)}, {key::data, messages}});
+    for (qsizetype i = 0; !is_bundle && i < messages.size(); ++i)
+        send_(messages[i].toObject());
+    if (has_update || (!is_asked_ && sent_.messages >= most_before_a_question)
+        || (!is_asked_ && !may_send()))
+        ask_for_answer(has_update);
+}
+
+bool PageOutbox::may_send() const
+{
+    return asked_.messages + sent_.messages < most_unanswered
+        && asked_.characters + sent_.characters < largest_unanswered;
+}
+
+/** An update that has just been sent is a question already. */
+void PageOutbox::ask_for_answer(bool is_asked_already)
+{
+    if (!is_asked_already)
+        send_(update_message({}));
+    is_asked_ = true;
+    asked_.messages += std::exchange(sent_.messages, 0);
+    asked_.characters += std::exchange(sent_.characters, 0);
+}
+
+}  // namespace marlune::db
