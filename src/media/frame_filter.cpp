@@ -61,17 +61,18 @@ void FrameFilter::take_subtitle(const QString& text)
     const QString plain = plain_subtitle(text);
     const std::lock_guard lock(subtitle_mutex_);
     subtitle_text_ = plain;
-    if (std::exchange(subtitle_announced_, true))
-        return;
-    // The scene reads the last of those that have come until then.
-    const auto announce = [this] {
-        {
-            const std::lock_guard lock(subtitle_mutex_);
-            subtitle_announced_ = false;
-        }
-        emit subtitleTextChanged();
-    };
-    QMetaObject::invokeMethod(this, announce, Qt::QueuedConnection);
+    if (!std::exchange(subtitle_announced_, true))
+        QMetaObject::invokeMethod(this, &FrameFilter::announce_subtitle, Qt::QueuedConnection);
+}
+
+/** The scene reads the last of those that have come until then. */
+void FrameFilter::announce_subtitle()
+{
+    {
+        const std::lock_guard lock(subtitle_mutex_);
+        subtitle_announced_ = false;
+    }
+    emit subtitleTextChanged();
 }
 
 }  // namespace marlune

@@ -38,6 +38,7 @@ signals:
 private:
     void take_frame(const QVideoFrame& frame);
     void take_subtitle(const QString& text);
+    void announce_subtitle();
     bool fits_output(QSize size);
 
     // Set before the player gets the sink, and there until the player has let go of it.

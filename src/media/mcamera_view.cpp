@@ -28,9 +28,9 @@ Result ask_camera(const char* name, View* target, Work work)
 
 /** The same for what only the device knows. */
 template <typename Result, typename Work>
-Result ask_device(const char* name, View* view, Result unknown, Work work)
+Result ask_device(const char* name, View* target, Result unknown, Work work)
 {
-    return call<CameraView>(name, view, Delivery::Queued, Result(),
+    return call<CameraView>(name, target, Delivery::Queued, Result(),
                             [&](CameraView& view) -> Result {
                                 if (!view.has_device())
                                     return view.camera() ? unknown : Result();
