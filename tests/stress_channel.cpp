@@ -1,6 +1,7 @@
 // Pages that send the channel whatever comes to their minds, while objects come, go and change.
 // See support/fuzz.h for how a run is repeated.
 
+#include "binding/context_object.h"
 #include "binding/manager.h"
 #include "binding/page_transport.h"
 #include "binding/property_info.h"
