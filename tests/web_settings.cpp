@@ -374,16 +374,6 @@ TEST_F(WebSettings, leave_nothing_of_the_last_page_when_the_next_one_fails)
         << "the page does not get the keyboard back";
 }
 
-TEST_F(WebSettings, stay_harmless_with_any_policy_for_unknown_schemes)
-{
-    for (const int policy : {-1, 4, 77, INT_MAX, INT_MIN + 1}) {
-        view->set_unknown_url_scheme_policy(policy);
-        ASSERT_TRUE(view.show_html("<p>page")) << policy;
-        view->set_unknown_url_scheme_policy(policy - 1);
-        EXPECT_EQ(view.evaluate("document.body.innerText"), "\"page\"") << policy;
-    }
-}
-
 // --- Colours -----------------------------------------------------------------------------------
 
 TEST_F(WebSettings, leave_pages_without_a_background_transparent)
