@@ -848,7 +848,7 @@ TEST_F(QtClient, writes_properties_and_hears_of_changes_and_signals)
     page->run("for (const name of ['propChanged', 'gdscriptSignalEmitted', 'objectRegistered',"
               " 'objectdeRegistered']) channel.objects.___cm[name].connect((...values) =>"
               " log.push(values.join()));"
-              "const property = channel.objects['player.health'];"
+              "var property = channel.objects['player.health'];"
               "property.NOPSignal.connect(() => log.push('property ' + property.value))");
     settle_client();
     page->run("property.value = 50");
