@@ -1,7 +1,6 @@
-// Films that are damaged, or made to do harm. Each run prints its seed, by which it can be repeated:
-// MARLUNE_FUZZ_SEED=... test-stress_films
+// Films that are damaged, or made to do harm.
 
-#include "support/endurance.h"
+#include "support/fuzz.h"
 #include "support/host_video_view.h"
 #include "support/message_log.h"
 
@@ -12,11 +11,8 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
-#include <cstdlib>
 #include <fstream>
-#include <iostream>
 #include <iterator>
-#include <random>
 #include <string>
 
 namespace marlune::test {
@@ -40,16 +36,14 @@ constexpr uint8_t EXTREMES[][4] = {{0, 0, 0, 0},
 
 class Damage {
 public:
-    explicit Damage(uint64_t seed) : random_(seed) {}
-
-    size_t below(size_t end) { return std::uniform_int_distribution<size_t>(0, end - 1)(random_); }
+    explicit Damage(Dice& dice) : dice_(dice) {}
 
     std::string film()
     {
-        std::ifstream file(clip_path(CLIPS[below(std::size(CLIPS))]), std::ios::binary);
+        std::ifstream file(clip_path(dice_.one_of(CLIPS)), std::ios::binary);
         std::string bytes(std::istreambuf_iterator<char>(file), {});
-        for (size_t times = 1 + below(8); times > 0 && bytes.size() > 16; --times)
-            (this->*KINDS[below(std::size(KINDS))])(bytes);
+        for (size_t times = 1 + dice_.below(8); times > 0 && bytes.size() > 16; --times)
+            (this->*dice_.one_of(KINDS))(bytes);
         return bytes;
     }
 
@@ -57,20 +51,20 @@ private:
     /** Half of the time in what comes first, where most of what is counted and measured stands. */
     size_t place(const std::string& bytes)
     {
-        return below(below(2) ? std::min<size_t>(bytes.size(), 1024) : bytes.size());
+        return dice_.below(dice_.below(2) ? std::min<size_t>(bytes.size(), 1024) : bytes.size());
     }
 
-    void flip(std::string& bytes) { bytes[place(bytes)] ^= char(1 << below(8)); }
+    void flip(std::string& bytes) { bytes[place(bytes)] ^= char(1 << dice_.below(8)); }
     void cut(std::string& bytes) { bytes.resize(1 + place(bytes)); }
     void repeat(std::string& bytes)
     {
         const size_t at = place(bytes);
-        bytes.insert(at, bytes.substr(at, below(4096) + 1));
+        bytes.insert(at, bytes.substr(at, dice_.below(4096) + 1));
     }
-    void leave_out(std::string& bytes) { bytes.erase(place(bytes), below(64) + 1); }
+    void leave_out(std::string& bytes) { bytes.erase(place(bytes), dice_.below(64) + 1); }
     void exaggerate(std::string& bytes)
     {
-        const auto& extreme = EXTREMES[below(std::size(EXTREMES))];
+        const auto& extreme = dice_.one_of(EXTREMES);
         const size_t at = std::min(place(bytes), bytes.size() - std::size(extreme));
         std::copy(std::begin(extreme), std::end(extreme), bytes.begin() + at);
     }
@@ -78,30 +72,29 @@ private:
     static constexpr void (Damage::*KINDS[])(std::string&) = {
         &Damage::flip, &Damage::cut, &Damage::repeat, &Damage::leave_out, &Damage::exaggerate};
 
-    std::mt19937_64 random_;
+    Dice& dice_;
 };
 
-uint64_t seed()
-{
-    const char* const given = std::getenv("MARLUNE_FUZZ_SEED");
-    return given ? std::strtoull(given, nullptr, 10) : std::random_device()();
-}
+class DamagedFilms : public Fuzz {
+protected:
+    DamagedFilms()
+    {
+        soak_seconds = 3600;
+        // All that decoders have to say.
+        allow_messages_matching("");
+    }
+};
 
-TEST(DamagedFilms, leave_a_player_that_plays)
+TEST_F(DamagedFilms, leave_a_player_that_plays)
 {
-    const uint64_t number = seed();
-    std::cout << "MARLUNE_FUZZ_SEED=" << number << std::endl;
-    RecordProperty("seed", std::to_string(number));
-    // All that decoders have to say.
-    allow_messages_matching("");
-    Watchdog watchdog;
-    Damage damage(number);
+    Damage damage(dice);
     const QTemporaryDir folder;
     HostVideoView view({640, 360});
     ASSERT_TRUE(view.load());
-    const int rounds = times(40, 20'000);
-    for (int round = 0; round < rounds; ++round) {
-        const std::string path = folder.filePath(QString("film %1").arg(round % 4)).toStdString();
+    const auto play_one = [&] {
+        // Under names of their own: the one before may still be open.
+        const QString name = QStringLiteral("film %1").arg(dice.below(1000));
+        const std::string path = folder.filePath(name).toStdString();
         std::ofstream(path, std::ios::binary | std::ios::trunc) << damage.film();
         view->set_source("");
         view->set_source(path);
@@ -112,8 +105,8 @@ TEST(DamagedFilms, leave_a_player_that_plays)
             return status == INVALID_MEDIA || status == END_OF_MEDIA || view->get_position() > 100;
         };
         view.draw_until(is_seen, 1s);
-        watchdog.step();
-    }
+    };
+    repeat(play_one, 20);
     ASSERT_TRUE(view.change_to("short.mp4"));
     view->play();
     EXPECT_TRUE(view.draw_until([&] { return view->get_position() > 200; }));
