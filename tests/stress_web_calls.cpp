@@ -161,7 +161,7 @@ TEST_F(WebCalls, of_signals_come_to_the_page_in_the_order_of_each_thread)
     EXPECT_EQ(view.evaluate("heard.every(list => is_count(list, 0))"), "true");
 }
 
-TEST_F(WebCalls, of_changes_come_to_the_page_as_often_as_the_host_makes_them)
+TEST_F(WebCalls, of_changes_come_to_the_page_in_order_up_to_the_last)
 {
     view.run("const heard = [];"
              "$g.game.level.on('changed', value => heard.push(value));"
@@ -174,14 +174,11 @@ TEST_F(WebCalls, of_changes_come_to_the_page_as_often_as_the_host_makes_them)
         }
         level.func_valueChanged_updateQt(&level);
     }
-    EXPECT_TRUE(view.draw_until(
-        [&] { return view.evaluate("heard.length === " + count_text) == "true"; }, MUCH_TIME));
-    // Each carries the value of the time of its telling, which may already be a later one.
-    EXPECT_EQ(
-        view.evaluate("heard.every((value, i) => value >= i && value >= (heard[i - 1] ?? 0))"),
-        "true");
-    EXPECT_EQ(view.evaluate("[heard.at(-1), $g.game.level.value]"),
-              "[" + std::to_string(count - 1) + "," + std::to_string(count - 1) + "]");
+    // A change that the page has not been sent yet gives way to a later one of the same property.
+    const std::string last = std::to_string(count - 1);
+    EXPECT_TRUE(view.draw_until([&] { return view.evaluate("heard.at(-1)") == last; }, MUCH_TIME));
+    EXPECT_EQ(view.evaluate("heard.every((value, i) => value >= (heard[i - 1] ?? 0))"), "true");
+    EXPECT_EQ(view.evaluate("$g.game.level.value"), last);
 }
 
 TEST_F(WebCalls, of_writes_reach_the_host_each_and_in_order)

@@ -386,8 +386,13 @@ TEST_F(PageDialogs, end_for_passwords_too)
                       "}</script>"));
     ASSERT_TRUE(view.show_html("<p>before"));
     view->set_url(server.url("/"));
-    ASSERT_TRUE(shows(view, ACCEPT));
-    press_key(view, KEY_ESCAPE);
+    // The count begins with the page, and its first images are asked for before it is there.
+    ASSERT_TRUE(view.draw_until([&] {
+        const bool can_be_ended = find_colour(view.picture(), END).count > 0;
+        if (!can_be_ended && find_colour(view.picture(), ACCEPT).count > 0)
+            press_key(view, KEY_ESCAPE);
+        return can_be_ended;
+    }));
     ASSERT_TRUE(click_on(view, END));
     EXPECT_TRUE(view.wait_for_console("all refused"));
     EXPECT_TRUE(shows_no(view, CARD));
