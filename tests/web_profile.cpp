@@ -241,10 +241,15 @@ std::filesystem::path storage()
     return std::getenv("MARLUNE_TEST_STORAGE");
 }
 
+/** Of pages: the graphics pipelines that views compile lie there too. */
 bool stores_anything()
 {
     std::error_code none;
-    return !std::filesystem::is_empty(storage(), none) && !none;
+    for (const auto& entry : std::filesystem::directory_iterator(storage(), none)) {
+        if (entry.path().filename() != "marlune_pipelines_vulkan")
+            return true;
+    }
+    return false;
 }
 
 bool sends_the_cookie(HttpServer& server)
@@ -330,7 +335,28 @@ void switch_with_a_page_open()
     end_life(holds, "the view goes on");
 }
 
+void forget_the_session()
+{
+    HttpServer server;
+    server.serve("/set", {.headers = {{"Set-Cookie", "session=there"}}});
+    server.serve("/", html("page"));
+    std::string on_the_record, off_the_record;
+    {
+        HostWebView view;
+        view->set_storage_path(storage());
+        view->set_otr(false);
+        require(view.open(server.url("/set")) && view.go_to(server.url("/")), "the pages load");
+        on_the_record = server.requests("/").back().header("cookie");
+        view->set_otr(true);
+        require(view.go_to(server.url("/")), "the page loads off the record");
+        off_the_record = server.requests("/").back().header("cookie");
+    }
+    end_life(on_the_record == "session=there" && off_the_record.empty(),
+             "a session goes with the record: " + on_the_record + ", " + off_the_record);
+}
+
 const Lives LIVES = {
+    {"forget_the_session", forget_the_session},
     {"keep_a_cookie", keep_a_cookie},
     {"find_the_cookie", find_the_cookie},
     {"keep_nothing", keep_nothing},
@@ -370,6 +396,11 @@ TEST_F(ProfileOfAProcess, sends_secure_cookies_over_encrypted_connections_only)
 TEST_F(ProfileOfAProcess, keeps_nothing_until_it_is_taken_on_the_record)
 {
     EXPECT_TRUE(ends_cleanly("keep_nothing"));
+}
+
+TEST_F(ProfileOfAProcess, leaves_the_session_of_a_server_with_the_record)
+{
+    EXPECT_TRUE(ends_cleanly("forget_the_session"));
 }
 
 TEST_F(ProfileOfAProcess, goes_on_and_off_the_record_with_a_page_open)
