@@ -151,6 +151,24 @@ TEST_F(PagePopups, a_list_that_is_too_wide_to_read_is_cut_with_an_ellipsis)
     EXPECT_TRUE(shows_no(view, CARD));
 }
 
+TEST_F(PagePopups, a_list_that_is_cut_shows_how_its_rows_begin)
+{
+    show(LIST);
+    // Red blocks, then nothing but the blue ground.
+    view.run("s.innerHTML = '<option>' + '<option style=\"background:#0000ff;color:#ff0000\">'"
+             "+ '\\u2588'.repeat(3) + '\\u00a0'.repeat(400); s.style.width = '200px'");
+    ASSERT_TRUE(is_eventually("s.offsetWidth", "200"));
+    for (const bool moves : {false, true}) {
+        view.click(LIST_X, LIST_Y);
+        ASSERT_TRUE(shows(view, BLUE));
+        if (moves)
+            press_key(view, KEY_DOWN);
+        EXPECT_TRUE(shows(view, RED)) << keep_picture(view.picture());
+        press_key(view, KEY_ESCAPE);
+        ASSERT_TRUE(shows_no(view, BLUE));
+    }
+}
+
 TEST_F(PagePopups, a_list_of_any_size_stays_within_bounds)
 {
     show(LIST);

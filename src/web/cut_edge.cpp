@@ -13,7 +13,7 @@ namespace {
 
 // In px of the texture.
 constexpr qreal edge_width = 56;
-constexpr qreal ellipsis_size = 28;
+constexpr int ellipsis_size = 28;
 constexpr qreal fade_end = 0.4;
 constexpr QColor ground(0x0f, 0x23, 0x40);
 constexpr QColor ink(0xf6, 0xef, 0xdd);
@@ -26,11 +26,10 @@ CutEdge::CutEdge()
     setZ(1);
 }
 
-void CutEdge::mark(QQuickItem& popup, qreal scale)
+void CutEdge::mark(QQuickItem& popup)
 {
-    scale_ = scale;
     setParentItem(&popup);
-    setSize({std::min(edge_width / scale, popup.width()), popup.height()});
+    setSize({std::min(edge_width, popup.width()), popup.height()});
     setX(popup.width() - width());
     setVisible(true);
 }
@@ -43,7 +42,7 @@ void CutEdge::paint(QPainter* painter)
     painter->fillRect(boundingRect(), fade);
 
     QFont font = painter->font();
-    font.setPixelSize(qRound(ellipsis_size / scale_));
+    font.setPixelSize(ellipsis_size);
     painter->setFont(font);
     painter->setPen(ink);
     painter->drawText(boundingRect().adjusted(width() * fade_end, 0, 0, 0), Qt::AlignCenter,

@@ -11,14 +11,11 @@ class CutEdge : public QQuickPaintedItem {
 public:
     CutEdge();
 
-    /** Shows itself at the right edge of `popup`, which is drawn at `scale`. */
-    void mark(QQuickItem& popup, qreal scale);
+    /** Shows itself at the right edge of `popup`. */
+    void mark(QQuickItem& popup);
     void hide() { setVisible(false); }
 
     void paint(QPainter* painter) override;
-
-private:
-    qreal scale_ = 1;
 };
 
 }  // namespace marlune

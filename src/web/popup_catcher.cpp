@@ -30,10 +30,16 @@ QQuickItem* page_at(QQuickItem* item, QPointF point)
 constexpr qreal smallest_for_length = 0.25;
 constexpr qreal smallest_for_width = 0.5;
 
+// What the engine may draw of a popup that is cut, in px. It begins with the end of the rows where that
+// is not all of them, so it is as much as any list needs that a person is to read.
+constexpr qreal longest_row = 8192;
+constexpr qreal largest_area = 4.0 * 1024 * 1024;
+
 /** How a popup gets into the view. */
 struct Fit {
     QSizeF size;  // of the popup itself
     qreal scale = 1;
+    QSizeF shown;  // in px of the view
     bool cut = false;  // at the right
 };
 
@@ -44,17 +50,20 @@ struct Fit {
  */
 Fit fit(QSizeF wanted, QSizeF room)
 {
-    Fit result{wanted};
+    Fit result{wanted, 1, wanted};
     if (wanted.isEmpty() || room.isEmpty())
         return result;
     const qreal wide = room.width() / wanted.width();
     result.cut = wide < smallest_for_width;
     result.scale = std::clamp(room.height() / wanted.height(), smallest_for_length, 1.0);
-    if (result.cut)
-        result.size.setWidth(room.width() / std::max(result.scale, smallest_for_width));
-    else
+    if (!result.cut)
         result.scale = std::min(result.scale, wide);
     result.size.setHeight(std::min(wanted.height(), std::ceil(room.height() / result.scale)));
+    if (result.cut) {
+        const qreal most = std::min(longest_row, largest_area / result.size.height());
+        result.size.setWidth(std::min(wanted.width(), std::max(most, room.width() / result.scale)));
+    }
+    result.shown = (result.size * result.scale).boundedTo(room);
     return result;
 }
 
@@ -76,6 +85,8 @@ public:
         connect(window, &QWindow::widthChanged, this, &Popup::place);
         connect(window, &QWindow::heightChanged, this, &Popup::place);
         window->installEventFilter(this);
+        frame_.setClip(true);
+        frame_.setZ(1);
     }
 
     bool eventFilter(QObject* watched, QEvent* event) override
@@ -98,9 +109,9 @@ private:
             return;
         QQuickItem* const page =
             page_at(scene->contentItem(), scene->mapFromGlobal(popup->position()));
+        frame_.setParentItem(page ? page : scene->contentItem());
         content_ = popup->contentItem()->childItems().first();
-        content_->setParentItem(page ? page : scene->contentItem());
-        content_->setZ(1);
+        content_->setParentItem(&frame_);
         // The engine makes frames of the size that its item has once all have heard of a new one. So
         // it is to be bounded at once: when the window changes, it is too late.
         connect(content_, &QQuickItem::widthChanged, this, &Popup::bound);
@@ -112,6 +123,7 @@ private:
     {
         auto* const popup = qobject_cast<QQuickWindow*>(window_);
         edge_.hide();
+        frame_.setParentItem(nullptr);
         if (content_)
             content_->disconnect(this);
         if (content_ && popup)
@@ -121,9 +133,9 @@ private:
 
     void place()
     {
-        if (!content_ || !content_->parentItem())
+        if (!content_ || !frame_.parentItem())
             return;
-        const QQuickItem& page = *content_->parentItem();
+        const QQuickItem& page = *frame_.parentItem();
         // A calendar that changes its size moves its window to the corner as well.
         if (!window_->position().isNull())
             anchor_ = window_->position();
@@ -133,19 +145,20 @@ private:
             wanted_ = window_->size();
         const Fit found = fit(wanted_, page.size());
         given_ = found.size.toSize();
-        const QSizeF drawn = found.size * found.scale;
         content_->setTransformOrigin(QQuickItem::TopLeft);
         content_->setScale(found.scale);
         content_->setSize(found.size);
-        content_->setPosition({kept_inside(at.x(), drawn.width(), page.width()),
-                               kept_inside(at.y(), drawn.height(), page.height())});
-        found.cut ? edge_.mark(*content_, found.scale) : edge_.hide();
+        content_->setPosition({});
+        frame_.setSize(found.shown);
+        frame_.setPosition({kept_inside(at.x(), found.shown.width(), page.width()),
+                            kept_inside(at.y(), found.shown.height(), page.height())});
+        found.cut ? edge_.mark(frame_) : edge_.hide();
     }
 
     void bound()
     {
-        if (content_ && content_->parentItem())
-            content_->setSize(fit(content_->size(), content_->parentItem()->size()).size);
+        if (content_ && frame_.parentItem())
+            content_->setSize(fit(content_->size(), frame_.parentItem()->size()).size);
     }
 
     QWindow* const window_;
@@ -153,6 +166,7 @@ private:
     QSize wanted_;
     QSize given_;
     QPointer<QQuickItem> content_;
+    QQuickItem frame_;  // cuts it
     CutEdge edge_;
 };
 
