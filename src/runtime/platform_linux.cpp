@@ -63,6 +63,12 @@ std::vector<pid_t> engine_children()
     return children;
 }
 
+/** What the main thread keeps goes down first of all at exit(), whatever has been registered since. */
+struct MainThreadEnd {
+    void (*end)();
+    ~MainThreadEnd() { end(); }
+};
+
 }  // namespace
 
 void set_library_directory(const std::string&)
@@ -77,7 +83,11 @@ void stay_loaded()
 
 void run_at_exit(void (*end)())
 {
+    // For exit() on any other thread, which knows only the order of registration.
     std::atexit(end);
+    if (::gettid() == ::getpid()) {
+        static thread_local const MainThreadEnd main_thread_end{end};
+    }
 }
 
 void run_in_forked_child(void (*leave)())
