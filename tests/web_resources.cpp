@@ -451,6 +451,39 @@ TEST(ResourceCallback, may_give_a_large_file_to_many_that_do_not_read_it)
     EXPECT_LT(holdings().resident_kib - before, 2.0 * SIZE / 1024) << "once, and some for the rest";
 }
 
+TEST(ResourceCallback, is_not_called_again_while_pages_leave_half_a_gibibyte_unread)
+{
+    // Contents that are not the same, each of which is cut off before the next one.
+    constexpr size_t SIZE = 64 * 1024 * 1024;
+    constexpr int FITTING = 8, ALL = 12;
+    std::vector<uint8_t> buffer(SIZE);
+    std::atomic<int> asked = 0;
+    const Serving serving(beside_the_page([&](std::string, bool&, uint64_t& size) {
+        std::memset(buffer.data(), ++asked, SIZE);
+        size = SIZE;
+        return buffer.data();
+    }));
+    HostWebView view;
+    ASSERT_TRUE(view.open("res://pack/"));
+    const double before = holdings().resident_kib;
+    expect_message("marlune: pages have left 512 MiB of the game's files unread, so the next requests "
+                   "wait: let pages read or cancel what they fetch");
+    view.run("window.replies = []; for (let i = 0; i < " + std::to_string(ALL)
+             + "; ++i) fetch('/' + i).then(reply => replies.push(reply))");
+    ASSERT_TRUE(view.draw_until([&] { return asked == FITTING && all_expected_messages_came(); }));
+    EXPECT_TRUE(view.draw_until(
+        [&] { return view.evaluate("replies.length") == std::to_string(FITTING); }));
+    EXPECT_LT(holdings().resident_kib - before, (FITTING + 1.5) * SIZE / 1024);
+
+    view.run("replies.splice(0, 1)[0].body.cancel()");
+    EXPECT_TRUE(view.draw_until([&] { return asked == FITTING + 1; }));
+    view.run("setInterval(() => replies.splice(0).forEach(reply => reply.body.cancel()), 10)");
+    EXPECT_TRUE(view.draw_until([&] { return asked == ALL; }));
+    ASSERT_TRUE(view.go_to("res://pack/"));
+    EXPECT_TRUE(view.draw_until([&] { return holdings().resident_kib - before < 1.5 * SIZE / 1024; }))
+        << "all of it is free again";
+}
+
 TEST(ResourceCallback, may_use_its_buffer_again_at_the_next_call)
 {
     constexpr size_t size_of_each = 100'000;

@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <map>
 #include <new>
+#include <numeric>
 #include <vector>
 
 namespace marlune {
@@ -59,6 +61,15 @@ ResourceReply::ResourceReply(const uint8_t* bytes, uint64_t size, const QByteArr
 ResourceReply::~ResourceReply()
 {
     std::erase(open_replies, this);
+}
+
+qsizetype ResourceReply::held()
+{
+    std::map<const char*, qsizetype> contents;
+    for (const ResourceReply* const reply : open_replies)
+        contents.emplace(reply->data().constData(), reply->data().size());
+    return std::accumulate(contents.begin(), contents.end(), qsizetype(0),
+                           [](qsizetype sum, const auto& content) { return sum + content.second; });
 }
 
 qint64 ResourceReply::size() const

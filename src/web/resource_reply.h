@@ -25,6 +25,9 @@ public:
     ResourceReply(const uint8_t* bytes, uint64_t size, const QByteArray& range, QObject* parent);
     ~ResourceReply() override;
 
+    /** The bytes that the open replies of all pages hold. */
+    static qsizetype held();
+
     qint64 size() const override;
     bool seek(qint64 position) override;
 

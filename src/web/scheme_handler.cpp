@@ -3,15 +3,17 @@
 #include "web/mime_types.h"
 #include "web/resource_reply.h"
 
-#include <QPointer>
 #include <QUrl>
-#include <QWebEngineUrlRequestJob>
 
 #include <new>
 
 namespace marlune {
 
 namespace {
+
+// What pages may leave unread before the next one has to wait, in bytes.
+constexpr qsizetype most_held = 512 * 1024 * 1024;
+constexpr size_t most_waiting = 10'000;
 
 /** The part of the file that a page asks for. It may write the header's name in either case. */
 QByteArray range_of(const QWebEngineUrlRequestJob& request)
@@ -24,27 +26,19 @@ QByteArray range_of(const QWebEngineUrlRequestJob& request)
     return {};
 }
 
-/** The bytes stay the host's, which may reuse them once the callback is called again. */
-void send(QWebEngineUrlRequestJob& request, const QString& type, const uint8_t* bytes,
-          uint64_t size)
-{
-    try {
-        auto* const reply = new ResourceReply(bytes, size, range_of(request), &request);
-        request.reply(type.toUtf8(), reply);
-    } catch (const std::bad_alloc&) {
-        qWarning(
-            "marlune: the resource callback has given a size of %llu bytes, for which there is no "
-            "memory",
-            static_cast<unsigned long long>(size));
-        request.fail(QWebEngineUrlRequestJob::RequestFailed);
-    }
-}
-
 }  // namespace
 
 void GodotSchemeHandler::requestStarted(QWebEngineUrlRequestJob* job)
 {
-    const QUrl url = job->requestUrl();
+    if (waiting_.empty() && ResourceReply::held() < most_held)
+        serve(*job);
+    else
+        put_off(*job);
+}
+
+void GodotSchemeHandler::serve(QWebEngineUrlRequestJob& job)
+{
+    const QUrl url = job.requestUrl();
     QString path = url.path(QUrl::FullyDecoded);
     bool is_html = path.endsWith(u".html");
     if (path.endsWith(u'/')) {
@@ -59,7 +53,7 @@ void GodotSchemeHandler::requestStarted(QWebEngineUrlRequestJob* job)
     bool flag = false;
     uint64_t size = 0;
     // A callback may send the page elsewhere, and its request goes with it.
-    const QPointer<QWebEngineUrlRequestJob> request(job);
+    const QPointer<QWebEngineUrlRequestJob> request(&job);
     const uint8_t* const bytes = m_resource_file.call(this, path.toStdString(), flag, size);
     if (!request)
         return;
@@ -67,6 +61,48 @@ void GodotSchemeHandler::requestStarted(QWebEngineUrlRequestJob* job)
         return request->fail(QWebEngineUrlRequestJob::UrlNotFound);
     send(*request, is_html ? QStringLiteral("text/html") : mime_type_for(url.toString()), bytes,
          size);
+}
+
+void GodotSchemeHandler::serve_waiting()
+{
+    while (!waiting_.empty() && ResourceReply::held() < most_held) {
+        const QPointer<QWebEngineUrlRequestJob> next = waiting_.front();
+        waiting_.pop_front();
+        if (next)
+            serve(*next);
+    }
+}
+
+void GodotSchemeHandler::put_off(QWebEngineUrlRequestJob& job)
+{
+    std::erase(waiting_, nullptr);
+    if (waiting_.empty()) {
+        qWarning("marlune: pages have left %lld MiB of the game's files unread, so the next requests "
+                 "wait: let pages read or cancel what they fetch",
+                 static_cast<long long>(ResourceReply::held() / (1024 * 1024)));
+    }
+    if (waiting_.size() < most_waiting)
+        waiting_.emplace_back(&job);
+    else
+        job.fail(QWebEngineUrlRequestJob::RequestFailed);
+}
+
+/** The bytes stay the host's, which may use their place again once the callback is called again. */
+void GodotSchemeHandler::send(QWebEngineUrlRequestJob& job, const QString& type,
+                              const uint8_t* bytes, uint64_t size)
+{
+    try {
+        auto* const reply = new ResourceReply(bytes, size, range_of(job), &job);
+        connect(reply, &QObject::destroyed, this, &GodotSchemeHandler::serve_waiting,
+                Qt::QueuedConnection);
+        job.reply(type.toUtf8(), reply);
+    } catch (const std::bad_alloc&) {
+        qWarning(
+            "marlune: the resource callback has given a size of %llu bytes, for which there is no "
+            "memory",
+            static_cast<unsigned long long>(size));
+        job.fail(QWebEngineUrlRequestJob::RequestFailed);
+    }
 }
 
 }  // namespace marlune

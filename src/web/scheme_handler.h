@@ -3,9 +3,12 @@
 #include "runtime/callback_slot.h"
 #include "runtime/live_objects.h"
 
+#include <QPointer>
+#include <QWebEngineUrlRequestJob>
 #include <QWebEngineUrlSchemeHandler>
 
 #include <cstdint>
+#include <deque>
 #include <string>
 
 namespace marlune {
@@ -26,7 +29,14 @@ public:
     void requestStarted(QWebEngineUrlRequestJob* job) override;
 
 private:
+    void serve(QWebEngineUrlRequestJob& job);
+    void serve_waiting();
+    void put_off(QWebEngineUrlRequestJob& job);
+    void send(QWebEngineUrlRequestJob& job, const QString& type, const uint8_t* bytes, uint64_t size);
+
     ResourceFile m_resource_file;
+    /** Until pages have read what they have been sent. */
+    std::deque<QPointer<QWebEngineUrlRequestJob>> waiting_;
     LiveObject live_{this};
 };
 
