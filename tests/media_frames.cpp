@@ -63,6 +63,26 @@ TEST_F(Frames, too_large_for_the_device_are_left_out)
     EXPECT_TRUE(view.wait_for_colour(128, 128, RED)) << "the next film is shown";
 }
 
+TEST_F(Frames, of_pixels_that_are_too_wide_are_left_out)
+{
+    ASSERT_TRUE(view.load());
+    // Qt cannot scale to the second size, and does not look whether it can.
+    for (const char* const clip : {"stretched_600.mkv", "stretched_8000.mkv"}) {
+        SCOPED_TRACE(clip);
+        for (int i = 0; i < 2; ++i)
+            expect_message_matching("px and is not shown; each side can be at most 32768 px");
+        ASSERT_TRUE(view.change_to(clip));
+        EXPECT_EQ(view->get_active_video_track(), -1);
+        view->play();
+        view->set_active_video_track(0);
+        EXPECT_EQ(view->get_active_video_track(), -1);
+        EXPECT_TRUE(view.draw_until([&] { return view->get_position() > 500; })) << "it is heard";
+    }
+    ASSERT_TRUE(view.change_to("red_ffv1.mkv"));
+    view->play();
+    EXPECT_TRUE(view.wait_for_colour(128, 128, RED)) << "the next film is shown";
+}
+
 TEST_F(Frames, of_a_single_pixel_are_left_out)
 {
     expect_message_matching("a frame of 1 x 1 px cannot be drawn; each side must be from 2");

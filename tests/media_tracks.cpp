@@ -154,7 +154,7 @@ TEST_F(Tracks, of_subtitles_leave_the_picture_its_room)
     view->play();
     view->set_active_subtitle_track(1);
     ASSERT_TRUE(shows_subtitle());
-    EXPECT_TRUE(is_close(view.picture().pixel(320, 4), GROUND, 8));
+    EXPECT_TRUE(view.wait_for_colour(320, 4, GROUND, 8));
 }
 
 TEST_F(Tracks, of_subtitles_that_there_are_not_switch_them_off)

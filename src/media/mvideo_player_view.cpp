@@ -279,7 +279,7 @@ int MVideoPlayerView::get_active_video_track() const
 void MVideoPlayerView::set_active_video_track(int track) const
 {
     post<VideoView>("marlune::MVideoPlayerView::set_active_video_track", view_,
-                    in_turn([track](QMediaPlayer& player) { player.setActiveVideoTrack(track); }));
+                    [track](VideoView& view) { view.set_active_video_track(track); });
 }
 
 int MVideoPlayerView::get_active_subtitle_track() const

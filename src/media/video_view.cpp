@@ -24,6 +24,8 @@ using namespace std::chrono_literals;
 constexpr auto position_interval = 500ms;
 constexpr qint64 ms_a_second = 1000;
 constexpr int no_track = -1;
+// No device draws more, in px of a side.
+constexpr int most_drawn = 32768;
 
 void register_type()
 {
@@ -118,6 +120,8 @@ void VideoView::connect_player()
     connect(player_, &QMediaPlayer::playbackStateChanged, this, &VideoView::follow_state);
     connect(player_, &QMediaPlayer::activeTracksChanged, this, &VideoView::activeTracksChanged);
     connect(player_, &QMediaPlayer::tracksChanged, this, &VideoView::count_tracks);
+    // Before it plays: Qt knows the size as soon as it knows the tracks.
+    connect(player_, &QMediaPlayer::tracksChanged, this, &VideoView::leave_out_stretched_video);
 }
 
 void VideoView::connect_output()
@@ -126,6 +130,26 @@ void VideoView::connect_output()
             [this](bool muted) { callbacks_.muted_changed.call(this, muted); });
     connect(audio_output_, &QAudioOutput::volumeChanged, this,
             [this](float volume) { callbacks_.volume_changed.call(this, volume); });
+}
+
+/**
+ * Pixels need not be square, and Qt makes them so: a file that claims that its pixels are thousands of
+ * times as wide as high would have it ask for gigabytes, or scale a frame without what it needs for that.
+ */
+void VideoView::leave_out_stretched_video()
+{
+    const QVideoSink* const sink = player_->videoSink();
+    if (!sink || player_->activeVideoTrack() == no_track)
+        return;
+    const QSize size = sink->videoSize();
+    const bool is_sane = size.width() <= most_drawn && size.height() <= most_drawn
+        // Negative where it is more than Qt can count.
+        && (size == QSize() || size.isValid());
+    if (!is_sane) {
+        qWarning("%s: the video is %d x %d px and is not shown; each side can be at most %d px",
+                 qUtf8Printable(objectName()), size.width(), size.height(), most_drawn);
+        player_->setActiveVideoTrack(no_track);
+    }
 }
 
 void VideoView::prepare_context(QQmlContext* root_context)
@@ -377,7 +401,16 @@ void VideoView::setVideoSink(QVideoSink* sink)
     if (!player_)
         return;
     player_->setVideoSink(sink);
+    leave_out_stretched_video();
     emit playerChanged();
+}
+
+void VideoView::set_active_video_track(int track)
+{
+    in_turn([this, track](QMediaPlayer& player) {
+        player.setActiveVideoTrack(track);
+        leave_out_stretched_video();
+    });
 }
 
 QString VideoView::playing_position_to_str(qint64 seconds)

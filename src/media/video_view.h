@@ -74,6 +74,7 @@ public:
     /** Runs work on the player, if there is one: at once, but after any source that waits. */
     void in_turn(std::function<void(QMediaPlayer& player)> work);
 
+    void set_active_video_track(int track);
     void set_auto_play(bool enabled) { auto_play_ = enabled; }
     uint fill_mode() const { return fill_mode_; }
     bool controls_enabled() const { return controls_enabled_; }
@@ -153,6 +154,7 @@ private:
     void take_duration(qint64 duration);
     void follow_state(QMediaPlayer::PlaybackState state);
     void count_tracks();
+    void leave_out_stretched_video();
     void tick();
 
     // Children of the view, and from post_setup() on of the scene, with which they go.

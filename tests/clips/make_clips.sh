@@ -43,6 +43,10 @@ run -f lavfi -i "color=red:s=64x64:r=10:d=3,format=bgr0" -c:v ffv1 -pix_fmt bgr0
 
 # Larger than textures can be, and as small as can be.
 run -f lavfi -i "color=red:s=20000x16:r=10:d=2,format=yuv420p" -c:v ffv1 wide.mkv
+for width in 600 8000; do
+    run -f lavfi -i "color=red:s=64x64:r=10:d=2,setsar=$width:max=10000" -f lavfi -i "$(tone 440 2)" \
+        -c:v png "${aac[@]}" "stretched_$width.mkv"
+done
 run -f lavfi -i "color=red:s=1x1:r=10:d=2,format=yuv444p" -c:v ffv1 -pix_fmt yuv420p dot.mkv
 
 # Two tracks of sound, two of subtitles, with languages.
