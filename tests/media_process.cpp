@@ -101,12 +101,34 @@ void exit_while_it_plays()
     std::exit(EXIT_SUCCESS);
 }
 
+void return_while_it_plays()
+{
+    leave_views_behind();
+    start_library();
+    playing_view("numbered.mp4");
+}
+
+void exit_in_a_position_callback()
+{
+    leave_views_behind();
+    start_library();
+    const MVideoPlayerView view = playing_view("numbered.mp4");
+    view.set_func_on_position_changed([](int64_t) { std::exit(EXIT_SUCCESS); });
+    wait_until([&] {
+        view.render();
+        return false;
+    });
+    require(false, "exit() does not return");
+}
+
 const Lives LIVES = {
     {"orderly_end", orderly_end},
     {"stop_while_it_plays", stop_while_it_plays},
     {"stop_while_it_loads", stop_while_it_loads},
     {"stop_with_a_view_that_was_reset", stop_with_a_view_that_was_reset},
     {"exit_while_it_plays", exit_while_it_plays},
+    {"return_while_it_plays", return_while_it_plays},
+    {"exit_in_a_position_callback", exit_in_a_position_callback},
 };
 
 class PlayersLives : public testing::TestWithParam<std::string> {};

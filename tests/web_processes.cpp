@@ -527,6 +527,23 @@ void page_at_work()
     M::destroy();
 }
 
+void page_at_work_without_a_stop()
+{
+    HostWebView& view = view_of("/");
+    require(bool(view.wait_for_load(Load::SUCCEEDED)), "the page loads");
+}
+
+void exit_in_a_navigation_handler()
+{
+    HostWebView& view = view_of("/");
+    require(bool(view.wait_for_load(Load::SUCCEEDED)), "the page loads");
+    view->set_func_navigation_handler(
+        [](std::string, std::string) -> bool { std::exit(EXIT_SUCCESS); });
+    view->reload();
+    view.draw_until([] { return false; });
+    require(false, "exit() does not return");
+}
+
 void page_in_a_loop()
 {
     HostWebView& view = view_of("/loop");
@@ -614,6 +631,7 @@ void starters_killed()
     }
     view->destroy();
     M::destroy();
+    release_host();
 }
 
 const Lives LIVES = {
@@ -622,6 +640,8 @@ const Lives LIVES = {
     {"page_half_there", page_half_there},
     {"scene_just_made", scene_just_made},
     {"page_at_work", page_at_work},
+    {"page_at_work_without_a_stop", page_at_work_without_a_stop},
+    {"exit_in_a_navigation_handler", exit_in_a_navigation_handler},
     {"page_in_a_loop", page_in_a_loop},
     {"page_without_a_process", page_without_a_process},
     {"views_destroyed_first", views_destroyed_first},

@@ -141,15 +141,24 @@ bool wait_for_loop_end()
 }
 
 /** The threads of the host and the Qt thread may still be at work in what exit() takes down next. */
-void end_with_process()
+void end_from_outside()
 {
-    if (forked || end_given_up)
+    if (!forked && !end_given_up && !on_qt_thread())
+        M::destroy();
+}
+
+void end_with_process(int exit_code)
+{
+    end_from_outside();
+    if (forked || !on_qt_thread() || LiveObjects::instance().is_closed())
         return;
-    if (!on_qt_thread())
-        return M::destroy();
-    // exit() was called in a callback, to which it does not return.
-    if (!LiveObjects::instance().is_closed())
-        stop();
+    // exit() was called in a callback, to which it does not return. The page that gave rise to it cannot
+    // be closed, since it is still on the stack, and the engine cannot be ended before it.
+    if (web_part::has_pages()) {
+        platform::end_engine_processes();
+        platform::end_this_process(exit_code);
+    }
+    stop();
 }
 
 /** There is no Qt thread in the child, and nobody to let go of a lock. */
@@ -178,7 +187,7 @@ void end_before_what_stands()
     constexpr int most = 64;
     static std::atomic<int> times = 0;
     if (times.fetch_add(1, std::memory_order_relaxed) < most)
-        platform::run_at_exit(end_with_process);
+        platform::run_at_exit(end_from_outside, end_with_process);
 }
 
 bool is_ready()

@@ -14,10 +14,14 @@ void set_library_directory(const std::string& path);
 void stay_loaded();
 
 /**
- * Has `end` run when the process exits, before what has been set up until now is taken down. Where the
- * system ends a process's threads before anything else, nothing is left to be ended, and it is not run.
+ * Has two functions run when the process exits: `leave` first of all, where the main thread calls this and
+ * exits itself, and `end` before what has been set up until now is taken down. Where the system ends a
+ * process's threads before anything else, nothing is left to be ended, and neither is run.
  */
-void run_at_exit(void (*end)());
+void run_at_exit(void (*leave)(), void (*end)(int exit_code));
+
+/** Ends this process as it is, but for what it has written. */
+[[noreturn]] void end_this_process(int exit_code);
 
 /** Has `leave` run in the child of each fork of this process, which has none of its threads. */
 void run_in_forked_child(void (*leave)());

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -65,8 +66,8 @@ std::vector<pid_t> engine_children()
 
 /** What the main thread keeps goes down first of all at exit(), whatever has been registered since. */
 struct MainThreadEnd {
-    void (*end)();
-    ~MainThreadEnd() { end(); }
+    void (*leave)();
+    ~MainThreadEnd() { leave(); }
 };
 
 }  // namespace
@@ -81,13 +82,21 @@ void stay_loaded()
     // The library is linked with "nodelete".
 }
 
-void run_at_exit(void (*end)())
+void run_at_exit(void (*leave)(), void (*end)(int exit_code))
 {
-    // For exit() on any other thread, which knows only the order of registration.
-    std::atexit(end);
     if (::gettid() == ::getpid()) {
-        static thread_local const MainThreadEnd main_thread_end{end};
+        static thread_local const MainThreadEnd main_thread_end{leave};
     }
+    // For exit() on any other thread, which knows only the order of registration.
+    ::on_exit([](int exit_code,
+                 void* function) { reinterpret_cast<void (*)(int)>(function)(exit_code); },
+              reinterpret_cast<void*>(end));
+}
+
+void end_this_process(int exit_code)
+{
+    std::fflush(nullptr);
+    ::_exit(exit_code);
 }
 
 void run_in_forked_child(void (*leave)())

@@ -2,6 +2,9 @@
 
 #include <windows.h>
 
+#include <cstdio>
+#include <cstdlib>
+
 namespace marlune::platform {
 
 void set_library_directory(const std::string& path)
@@ -16,9 +19,15 @@ void stay_loaded()
                        reinterpret_cast<LPCSTR>(&stay_loaded), &ignored);
 }
 
-void run_at_exit(void (*)())
+void run_at_exit(void (*)(), void (*)(int))
 {
     // What a library has registered runs when the system has ended all other threads.
+}
+
+void end_this_process(int exit_code)
+{
+    std::fflush(nullptr);
+    std::_Exit(exit_code);
 }
 
 void run_in_forked_child(void (*)())

@@ -24,6 +24,9 @@ void initialize_engine();
 /** Takes and configures the shared profile and installs the scheme handler on it. */
 void set_up_profile();
 
+/** Whether a web view has a page. On the Qt thread. */
+bool has_pages();
+
 /** Ends all pages that the host has left open. After the event loop, before the engine is ended. */
 void close_pages();
 

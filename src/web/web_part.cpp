@@ -49,6 +49,11 @@ void set_up_profile()
     install_popup_catcher();
 }
 
+bool has_pages()
+{
+    return WebView::has_pages();
+}
+
 void close_pages()
 {
     WebView::close_pages();

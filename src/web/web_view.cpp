@@ -161,6 +161,13 @@ bool WebView::has_found_out_about_engine() const
     return root_item() && root_item()->property("engineDrawsInMemory").toBool();
 }
 
+bool WebView::has_pages()
+{
+    return std::ranges::any_of(web_views, [](const WebView* view) {
+        return view->root_item() && !engine_views_of(*view->root_item()).empty();
+    });
+}
+
 void WebView::close_pages()
 {
     // The scenes stay: the host may have taken its device down already.

@@ -62,6 +62,9 @@ public:
     void post_setup(QQmlEngine* engine, QObject* root) override;
     void before_reset() override;
 
+    /** Whether any view has one. */
+    static bool has_pages();
+
     /** Ends the pages of all views and leaves their scenes. For the library's stop. */
     static void close_pages();
     /** Does `work` when no view has a page, after a callback that runs; then the pages begin anew. */
