@@ -138,6 +138,7 @@ void go_on_after_the_end()
     for (const Process& process : descendants())
         processes += process.name + ' ';
     require(descendants().empty(), "no process is left: " + processes);
+    delete &lasting_host();
 }
 
 const Lives LIVES = {

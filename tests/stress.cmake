@@ -32,7 +32,7 @@ marlune_add_endurance_test(stress_channel WHITEBOX)
 marlune_add_endurance_test(stress_fuzz WHITEBOX)
 marlune_add_endurance_test(stress_process OWN_MAIN)
 marlune_add_endurance_test(stress_web_starts OWN_MAIN)
-marlune_add_endurance_test(web_processes OWN_MAIN)
+marlune_add_endurance_test(web_processes OWN_MAIN TIMEOUT 300)
 
 # Players that come and go.
 marlune_add_endurance_test(stress_players marlune_media_support)

@@ -33,6 +33,8 @@ const char* __lsan_default_options()
 const char* __lsan_default_suppressions()
 {
     return
+        // The C library loses the path of LOCPATH with each change of the locale.
+        "leak:argz_add_sep\n"
         // Its configuration stays for the life of the process.
         "leak:libfontconfig.so\n"
         // Loses its lists of configurations when the engine has looked for one.
