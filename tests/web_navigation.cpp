@@ -232,12 +232,7 @@ TEST_F(Navigation, shows_html_without_a_base)
 TEST_F(Navigation, shows_html_that_is_given_right_after_loading)
 {
     ASSERT_TRUE(view->load());
-    view->load_html("<body>early", "res://test/");
-    ASSERT_TRUE(view.draw_until([&] {
-        const auto all = view.loads();
-        return !all.empty() && all.back().status == Load::SUCCEEDED
-            && all.back().url == "res://test/";
-    }));
+    ASSERT_TRUE(arrives("res://test/", [&] { view->load_html("<body>early", "res://test/"); }));
     EXPECT_EQ(view.evaluate("document.body.innerText"), quoted("early"));
 }
 

@@ -17,13 +17,17 @@
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QQuickItem>
+#include <QQuickWebEngineProfile>
 #include <QQuickWindow>
 #include <QWebChannel>
+#include <QWebEngineUrlRequestInfo>
 
 #include <gtest/gtest.h>
 
 #include <map>
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -286,6 +290,59 @@ TEST(GodotUrlInterceptor, can_be_made_by_a_scene)
                                                                         : component.errorString();
               }),
               QString());
+}
+
+namespace {
+
+class CountingInterceptor : public GodotURLInterceptor {
+public:
+    void interceptRequest(QWebEngineUrlRequestInfo& info) override
+    {
+        types.insert(info.resourceType());
+        GodotURLInterceptor::interceptRequest(info);
+    }
+
+    std::set<int> types;
+};
+
+}  // namespace
+
+TEST(GodotUrlInterceptor, lets_requests_of_every_type_through)
+{
+    HttpServer server;
+    server.serve("/", html(R"(<link rel=stylesheet href=style><link rel=icon href=icon>
+        <link rel=prefetch href=prefetch><script src=script></script><img src=image>
+        <iframe src=frame></iframe><video src=media></video><object data=object></object>
+        <style>@font-face { font-family: f; src: url(font) }</style>
+        <p style='font-family: f'>text<script>
+        fetch("xhr"); new Worker("worker"); new SharedWorker("shared_worker");
+        navigator.serviceWorker.register("service_worker").catch(() => 0);
+        navigator.sendBeacon("ping");</script>)"));
+    HostWebView view;
+    ASSERT_TRUE(view.open("about:blank"));
+    std::optional<CountingInterceptor> interceptor;
+    const auto install = [](GodotURLInterceptor* one) {
+        return on_qt([one] {
+            auto* const profile = the_page()->property("profile").value<QQuickWebEngineProfile*>();
+            profile->setUrlRequestInterceptor(one);
+            return profile != nullptr;
+        });
+    };
+    ASSERT_TRUE(on_qt([&] { return bool(interceptor.emplace().metaObject()); }));
+    ASSERT_TRUE(install(&*interceptor));
+    EXPECT_TRUE(view.go_to(server.url("/")));
+    for (const char* const path :
+         {"/style", "/icon", "/prefetch", "/script", "/image", "/frame", "/media", "/object", "/font",
+          "/xhr", "/worker", "/shared_worker", "/service_worker", "/ping"})
+        EXPECT_TRUE(view.draw_until([&] { return !server.requests(path).empty(); })) << path;
+    ASSERT_TRUE(install(nullptr));
+    EXPECT_GT(on_qt([&] {
+                  const size_t count = interceptor->types.size();
+                  interceptor.reset();
+                  return count;
+              }),
+              10u)
+        << "types of requests that it was asked of";
 }
 
 }  // namespace marlune::test
