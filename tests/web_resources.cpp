@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <map>
@@ -451,11 +452,11 @@ TEST(ResourceCallback, may_give_a_large_file_to_many_that_do_not_read_it)
     EXPECT_LT(holdings().resident_kib - before, 2.0 * SIZE / 1024) << "once, and some for the rest";
 }
 
-TEST(ResourceCallback, is_not_called_again_while_pages_leave_half_a_gibibyte_unread)
+TEST(ResourceCallback, waits_while_pages_leave_half_a_gibibyte_unread)
 {
-    // Contents that are not the same, each of which is cut off before the next one.
+    // Of contents that are not the same. The engine takes them over in the end, as far as it has room.
     constexpr size_t SIZE = 64 * 1024 * 1024;
-    constexpr int FITTING = 8, ALL = 12;
+    constexpr int FITTING = 8, ALL = 16;
     std::vector<uint8_t> buffer(SIZE);
     std::atomic<int> asked = 0;
     const Serving serving(beside_the_page([&](std::string, bool&, uint64_t& size) {
@@ -465,23 +466,19 @@ TEST(ResourceCallback, is_not_called_again_while_pages_leave_half_a_gibibyte_unr
     }));
     HostWebView view;
     ASSERT_TRUE(view.open("res://pack/"));
+    allow_messages_matching("^marlune: pages have left 512 MiB of the game's files unread, so the next "
+                            "requests wait: let pages read or cancel what they fetch");
     const double before = holdings().resident_kib;
-    expect_message("marlune: pages have left 512 MiB of the game's files unread, so the next requests "
-                   "wait: let pages read or cancel what they fetch");
-    view.run("window.replies = []; for (let i = 0; i < " + std::to_string(ALL)
-             + "; ++i) fetch('/' + i).then(reply => replies.push(reply))");
-    ASSERT_TRUE(view.draw_until([&] { return asked == FITTING && all_expected_messages_came(); }));
-    EXPECT_TRUE(view.draw_until(
-        [&] { return view.evaluate("replies.length") == std::to_string(FITTING); }));
-    EXPECT_LT(holdings().resident_kib - before, (FITTING + 1.5) * SIZE / 1024);
-
-    view.run("replies.splice(0, 1)[0].body.cancel()");
-    EXPECT_TRUE(view.draw_until([&] { return asked == FITTING + 1; }));
-    view.run("setInterval(() => replies.splice(0).forEach(reply => reply.body.cancel()), 10)");
-    EXPECT_TRUE(view.draw_until([&] { return asked == ALL; }));
-    ASSERT_TRUE(view.go_to("res://pack/"));
-    EXPECT_TRUE(view.draw_until([&] { return holdings().resident_kib - before < 1.5 * SIZE / 1024; }))
-        << "all of it is free again";
+    double most = before;
+    view.run("for (let i = 0; i < " + std::to_string(ALL)
+             + "; ++i) fetch('/' + i).then(reply => setTimeout(() => reply.body.cancel(), 1000))");
+    EXPECT_TRUE(view.draw_until([&] {
+        most = std::max(most, holdings().resident_kib);
+        return asked == ALL;
+    })) << asked;
+    if (!memory_is_held_back()) {
+        EXPECT_LT(most - before, (FITTING + 1.5) * SIZE / 1024);
+    }
 }
 
 TEST(ResourceCallback, may_use_its_buffer_again_at_the_next_call)
