@@ -140,7 +140,7 @@ class CallingPack {
 public:
     CallingPack()
     {
-        start_library();
+        start_library_with_device();
         serve({});
     }
     ~CallingPack() { MView().set_func_resource_file({}); }

@@ -63,7 +63,7 @@ class Serving {
 public:
     explicit Serving(ResourceFile callback)
     {
-        start_library();
+        start_library_with_device();
         MView().set_func_resource_file(std::move(callback));
     }
     ~Serving() { MView().set_func_resource_file({}); }

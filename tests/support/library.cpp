@@ -67,6 +67,12 @@ void start_library()
     M::create_app();
 }
 
+void start_library_with_device()
+{
+    host();
+    start_library();
+}
+
 int run_tests(int argc, char** argv)
 {
     return supervise([&] {

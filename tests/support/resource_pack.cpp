@@ -10,7 +10,7 @@ ResourcePack::ResourcePack(std::initializer_list<File> files)
 {
     for (const auto& [path, content] : files)
         put(path, content);
-    start_library();
+    start_library_with_device();
     // For all views, from a facade without one.
     MView().set_func_resource_file(
         [this](std::string path, bool& flag, uint64_t& size) { return serve(path, flag, size); });
