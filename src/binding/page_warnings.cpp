@@ -34,7 +34,7 @@ QString shown(const QString& text)
     QString result;
     for (const QChar c : QStringView(text).left(longest_text)) {
         if (is_shown_as_number(c))
-            result += QStringLiteral("\\u%1").arg(c.unicode(), 4, 16, QLatin1Char('0'));
+            result += QStringLiteral("\\u%1").arg(uint(c.unicode()), 4, 16, QLatin1Char('0'));
         else
             result += c;
     }
