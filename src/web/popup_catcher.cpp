@@ -30,8 +30,8 @@ QQuickItem* page_at(QQuickItem* item, QPointF point)
 constexpr qreal smallest_for_length = 0.25;
 constexpr qreal smallest_for_width = 0.5;
 
-// What the engine may draw of a popup that is cut, in px. It begins with the end of the rows where that
-// is not all of them, so it is as much as any list needs that a person is to read.
+// What the engine may draw of a popup that is cut, in px: as much as any list needs that a person is to
+// read. Of rows that are longer still, it shows the end.
 constexpr qreal longest_row = 8192;
 constexpr qreal largest_area = 4.0 * 1024 * 1024;
 
