@@ -20,6 +20,8 @@ Item {
 
     readonly property var view: ctx // qmllint disable unqualified
     readonly property color background: view.backgroundColor
+    // What the engine can draw: it does not take colours that are partly transparent.
+    readonly property color opaqueBackground: background.a === 1 ? background : "transparent"
     readonly property WebEngineProfile profile: customWebProfile // qmllint disable unqualified
     // What lets the host's device take pictures that were made on graphics hardware.
     readonly property string memoryExtension: webMemoryExtension // qmllint disable unqualified
@@ -390,6 +392,9 @@ Item {
             // The engine goes on drawing the background of the page before, behind one that has none, until
             // it is given another colour.
             property bool refreshing
+            readonly property color nudged: Qt.rgba(
+                root.opaqueBackground.r, root.opaqueBackground.g,
+                Math.abs(root.opaqueBackground.b - 1 / 255), root.opaqueBackground.a)
 
             function refreshBackground(): void {
                 refreshing = true;
@@ -400,7 +405,7 @@ Item {
             visible: !gone
             profile: root.profile
             webChannel: root.gate
-            backgroundColor: refreshing ? "#01000000" : root.background
+            backgroundColor: refreshing ? nudged : root.opaqueBackground
             zoomFactor: root.view.zoom_factor
             audioMuted: root.view.audio_muted
 
