@@ -24,7 +24,7 @@ make_program() {
 }
 
 # It may be of a build with sanitizers that these tests are run.
-unset MARLUNE_PRESET
+unset MARLUNE_PRESET MARLUNE_QT
 
 # A system whose Qt is new enough and where nothing is missing.
 make_repository() {

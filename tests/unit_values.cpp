@@ -185,7 +185,7 @@ TEST(Argument, half_a_character_does_no_harm)
 {
     const QString half = QString(u'a') + QChar(0xd83d) + u'b';
     const auto text = std::get<std::string>(std::get<ValueStd>(*argument(half, STRING)));
-    EXPECT_EQ(text, "a?b");
+    EXPECT_TRUE(text == "a?b" || text == "ab") << text << ", by the version of Qt";
     const auto json = argument(QVariantList{half}, ARRAY);
     EXPECT_EQ(to_variant(*json, ARRAY).toList().size(), 1);
 }

@@ -26,6 +26,8 @@ const std::array KNOWN_MESSAGES = {
     std::regex("Failed to find vk\\w*Surface\\w*"),
     // A process of the engine that is left by a very short life while it still starts.
     std::regex("zygote_linux\\.cc.*Broken pipe"),
+    // A machine without D-Bus; the engine of newer versions of Qt says so.
+    std::regex("dbus/bus\\.cc.*Failed to connect to the bus"),
     // A machine without a sound server: a player keeps its pace without one.
     std::regex("^PulseAudioService: pa_context_connect\\(\\) failed$"),
     std::regex("^No audio device detected$"),
