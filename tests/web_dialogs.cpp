@@ -386,15 +386,22 @@ TEST_F(PageDialogs, end_for_passwords_too)
                       "}</script>"));
     ASSERT_TRUE(view.show_html("<p>before"));
     view->set_url(server.url("/"));
-    // The count begins with the page, and its first images are asked for before it is there.
-    ASSERT_TRUE(view.draw_until([&] {
-        const bool can_be_ended = find_colour(view.picture(), END).count > 0;
-        if (!can_be_ended && find_colour(view.picture(), ACCEPT).count > 0)
+    // The count begins with the page, and its first images are asked for before it is there: the offer
+    // may come, go with the page before, and come again.
+    const auto is_over = [](const ConsoleRecord& record) {
+        return record.message == "all refused";
+    };
+    bool is_offered = false;
+    EXPECT_TRUE(view.draw_until([&] {
+        const Sighting end = find_colour(view.picture(), END);
+        is_offered = is_offered || end.count > 0;
+        if (end.count > 0)
+            view.click(end.x(), end.y());
+        else if (find_colour(view.picture(), ACCEPT).count > 0)
             press_key(view, KEY_ESCAPE);
-        return can_be_ended;
+        return view.console().take_first(is_over).has_value();
     }));
-    ASSERT_TRUE(click_on(view, END));
-    EXPECT_TRUE(view.wait_for_console("all refused"));
+    EXPECT_TRUE(is_offered);
     EXPECT_TRUE(shows_no(view, CARD));
 }
 
