@@ -539,21 +539,6 @@ int64_t sum_of(const std::string& content)
 /** The host's files, of which there is one for nearly every path. */
 class EndlessPack {
 public:
-    EndlessPack()
-    {
-        start_library();
-        MView().set_func_resource_file([this](std::string path, bool&, uint64_t& size) {
-            const std::lock_guard lock(mutex_);
-            content_ = path == "/visitor.html" ? VISITOR : content_of(path);
-            asked_for_.push_back(std::move(path));
-            size = content_.size();
-            return reinterpret_cast<uint8_t*>(content_.data());
-        });
-    }
-    ~EndlessPack() { MView().set_func_resource_file({}); }
-    EndlessPack(const EndlessPack&) = delete;
-    EndlessPack& operator=(const EndlessPack&) = delete;
-
     std::vector<std::string> take_asked_for()
     {
         const std::lock_guard lock(mutex_);
@@ -564,6 +549,13 @@ private:
     std::mutex mutex_;
     std::string content_;
     std::vector<std::string> asked_for_;
+    ServingResources serving_{[this](std::string path, bool&, uint64_t& size) {
+        const std::lock_guard lock(mutex_);
+        content_ = path == "/visitor.html" ? VISITOR : content_of(path);
+        asked_for_.push_back(std::move(path));
+        size = content_.size();
+        return reinterpret_cast<uint8_t*>(content_.data());
+    }};
 };
 
 class AddressFuzz : public Fuzz {

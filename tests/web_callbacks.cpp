@@ -136,29 +136,16 @@ public:
 };
 
 /** Serves the pages, and calls the view. */
-class CallingPack {
-public:
-    CallingPack()
-    {
-        start_library_with_device();
-        serve({});
-    }
-    ~CallingPack() { MView().set_func_resource_file({}); }
-    CallingPack(const CallingPack&) = delete;
-    CallingPack& operator=(const CallingPack&) = delete;
-
-    void serve(const Caller& caller)
-    {
-        MView().set_func_resource_file(
-            [caller](std::string path, bool&, uint64_t& size) -> uint8_t* {
-                static std::string page = "<!doctype html><title>page</title>";
-                if (caller)
-                    caller->on("resource_file");
-                size = path == "/missing.html" ? 0 : page.size();
-                return reinterpret_cast<uint8_t*>(page.data());
-            });
-    }
-};
+ServingResources::Callback calling_pack(const Caller& caller)
+{
+    return [caller](const std::string& path, bool&, uint64_t& size) -> uint8_t* {
+        static std::string page = "<!doctype html><title>page</title>";
+        if (caller)
+            caller->on("resource_file");
+        size = path == "/missing.html" ? 0 : page.size();
+        return reinterpret_cast<uint8_t*>(page.data());
+    };
+}
 
 class CallsInWebCallbacks : public testing::TestWithParam<MemberGroup<Web>> {
 protected:
@@ -188,7 +175,7 @@ protected:
         return testing::AssertionFailure() << "the view is at " << view->get_url();
     }
 
-    CallingPack pack;
+    ServingResources pack{calling_pack({})};
 };
 
 INSTANTIATE_TEST_SUITE_P(Members, CallsInWebCallbacks, testing::ValuesIn(member_groups()),
@@ -209,10 +196,10 @@ TEST_P(CallsInWebCallbacks, leave_a_view_that_shows_pages)
         ASSERT_TRUE(
             view.draw_until([&] { return view.evaluate("$g?.player?.points.value") == "3"; }));
         call_in_callbacks(caller, view.facade());
-        pack.serve(caller);
+        pack.serve(calling_pack(caller));
         provoke(view);
         ASSERT_TRUE(view.draw_until([&] { return caller->has_called(); }));
-        pack.serve({});
+        pack.serve(calling_pack({}));
 
         EXPECT_TRUE(still_shows_pages(view));
     }
@@ -224,10 +211,11 @@ TEST(CallsWhileAPageHangs, leave_views_that_show_pages)
     allow_messages_matching("a callback cannot load a scene");
     allow_messages_matching("the page has not answered and is ended");
     expect_message("cannot remove context object 'player', does not exist.");
-    const CallingPack pack;
+    const ServingResources pack(calling_pack({}));
     struct Hanging {
         explicit Hanging(const MemberGroup<Web>& group)
-            : caller(std::make_shared<CallerInCallback<Web>>(view.facade(), "page_responding", group))
+            : caller(
+                std::make_shared<CallerInCallback<Web>>(view.facade(), "page_responding", group))
         {
         }
 

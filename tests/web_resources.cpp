@@ -30,8 +30,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-using ResourceFile = std::function<uint8_t*(std::string path, bool& flag, uint64_t& size)>;
-
 constexpr int NOT_FOUND = -6;  // as the engine's network part has it
 
 // Gives a page `ask(url)`: the type of what comes and its text, or the status of what does not. The
@@ -58,21 +56,8 @@ function load(name, url) {
 }
 </script>)";
 
-/** Serves "res" by a callback of the test's own from its making to its end. */
-class Serving {
-public:
-    explicit Serving(ResourceFile callback)
-    {
-        start_library_with_device();
-        MView().set_func_resource_file(std::move(callback));
-    }
-    ~Serving() { MView().set_func_resource_file({}); }
-    Serving(const Serving&) = delete;
-    Serving& operator=(const Serving&) = delete;
-};
-
 /** A callback that serves PAGE as "/index.html" and leaves the rest to another one. */
-ResourceFile beside_the_page(ResourceFile others)
+ServingResources::Callback beside_the_page(ServingResources::Callback others)
 {
     return [page = std::make_shared<std::string>(PAGE),
             others = std::move(others)](std::string path, bool& flag, uint64_t& size) -> uint8_t* {
@@ -290,10 +275,11 @@ TEST(ResourceCallback, that_gives_nothing_means_that_there_is_nothing)
         {"/null_and_a_huge_size", {nullptr, UINT64_MAX}},
         {"/one_byte", {&byte, 1}},
     };
-    const Serving serving(beside_the_page([&](std::string path, bool&, uint64_t& size) -> uint8_t* {
-        size = answers.at(path).second;
-        return answers.at(path).first;
-    }));
+    const ServingResources serving(
+        beside_the_page([&](std::string path, bool&, uint64_t& size) -> uint8_t* {
+            size = answers.at(path).second;
+            return answers.at(path).first;
+        }));
     HostWebView view;
     ASSERT_TRUE(view.open("res://pack/"));
     for (const auto& [path, answer] : answers) {
@@ -308,7 +294,7 @@ TEST(ResourceCallback, that_gives_more_than_there_can_be_is_reported)
 {
     uint8_t byte = 'x';
     uint64_t given = 0;
-    const Serving serving(beside_the_page([&](std::string, bool&, uint64_t& size) {
+    const ServingResources serving(beside_the_page([&](std::string, bool&, uint64_t& size) {
         size = given;
         return &byte;
     }));
@@ -328,7 +314,7 @@ TEST(ResourceCallback, may_end_the_request_that_it_serves)
     std::atomic<int> ended = 0;
     std::function<void()> end;
     uint8_t byte = 'x';
-    const Serving serving(beside_the_page([&](std::string, bool&, uint64_t& size) {
+    const ServingResources serving(beside_the_page([&](std::string, bool&, uint64_t& size) {
         end();
         ++ended;
         size = 1;
@@ -359,7 +345,7 @@ TEST(ResourceCallback, need_not_care_for_the_flag)
 {
     std::atomic<int> asked = 0;
     uint8_t byte = 'x';
-    const Serving serving(beside_the_page([&](std::string, bool& flag, uint64_t& size) {
+    const ServingResources serving(beside_the_page([&](std::string, bool& flag, uint64_t& size) {
         EXPECT_FALSE(flag);
         flag = ++asked % 2;
         size = 1;
@@ -375,10 +361,11 @@ TEST(ResourceCallback, that_throws_means_that_there_is_nothing)
 {
     for (int i = 0; i < 2; ++i)
         expect_message("marlune: the pack is torn (the call was given up and returns its default)");
-    const Serving serving(beside_the_page([](std::string, bool&, uint64_t& size) -> uint8_t* {
-        size = 100;
-        throw std::runtime_error("the pack is torn");
-    }));
+    const ServingResources serving(
+        beside_the_page([](std::string, bool&, uint64_t& size) -> uint8_t* {
+            size = 100;
+            throw std::runtime_error("the pack is torn");
+        }));
     HostWebView view;
     ASSERT_TRUE(view.open("res://pack/"));
     EXPECT_EQ(view.evaluate("ask('file')"), "404");
@@ -422,7 +409,7 @@ constexpr auto CHECKSUM = R"(window.checksum = async url => {
 TEST(ResourceCallback, may_give_64_mib)
 {
     std::vector<uint32_t> content = words(16 * 1024 * 1024);
-    const Serving serving(beside_the_page([&](std::string, bool&, uint64_t& size) {
+    const ServingResources serving(beside_the_page([&](std::string, bool&, uint64_t& size) {
         size = content.size() * sizeof(uint32_t);
         return reinterpret_cast<uint8_t*>(content.data());
     }));
@@ -437,9 +424,10 @@ TEST(ResourceCallback, may_give_a_large_file_to_many_that_do_not_read_it)
 {
     // A buffer of its own each time, as from a host that reads its pack.
     constexpr size_t SIZE = 64 * 1024 * 1024;
-    std::vector<uint8_t> buffers[2] = {std::vector<uint8_t>(SIZE, 7), std::vector<uint8_t>(SIZE, 7)};
+    std::vector<uint8_t> buffers[2] = {std::vector<uint8_t>(SIZE, 7),
+                                       std::vector<uint8_t>(SIZE, 7)};
     size_t asked = 0;
-    const Serving serving(beside_the_page([&](std::string, bool&, uint64_t& size) {
+    const ServingResources serving(beside_the_page([&](std::string, bool&, uint64_t& size) {
         size = SIZE;
         return buffers[asked++ % 2].data();
     }));
@@ -459,15 +447,16 @@ TEST(ResourceCallback, waits_while_pages_leave_half_a_gibibyte_unread)
     constexpr int FITTING = 8, ALL = 16;
     std::vector<uint8_t> buffer(SIZE);
     std::atomic<int> asked = 0;
-    const Serving serving(beside_the_page([&](std::string, bool&, uint64_t& size) {
+    const ServingResources serving(beside_the_page([&](std::string, bool&, uint64_t& size) {
         std::memset(buffer.data(), ++asked, SIZE);
         size = SIZE;
         return buffer.data();
     }));
     HostWebView view;
     ASSERT_TRUE(view.open("res://pack/"));
-    allow_messages_matching("^marlune: pages have left 512 MiB of the game's files unread, so the next "
-                            "requests wait: let pages read or cancel what they fetch");
+    allow_messages_matching(
+        "^marlune: pages have left 512 MiB of the game's files unread, so the next "
+        "requests wait: let pages read or cancel what they fetch");
     const double before = holdings().resident_kib;
     double most = before;
     view.run("for (let i = 0; i < " + std::to_string(ALL)
@@ -482,11 +471,33 @@ TEST(ResourceCallback, waits_while_pages_leave_half_a_gibibyte_unread)
     EXPECT_TRUE(view.go_to("res://pack/")) << "nothing is left unread";
 }
 
+TEST(ResourceCallback, serves_a_view_also_while_the_page_of_another_one_hangs_over_all_that_fits)
+{
+    constexpr size_t SIZE = 128 * 1024 * 1024;
+    constexpr int FITTING = 4;
+    std::vector<uint8_t> buffer(SIZE);
+    std::atomic<int> asked = 0;
+    const ServingResources serving(beside_the_page([&](std::string, bool&, uint64_t& size) {
+        std::memset(buffer.data(), ++asked, SIZE);
+        size = SIZE;
+        return buffer.data();
+    }));
+    HostWebView hanging, other;
+    ASSERT_TRUE(hanging.open("res://pack/"));
+    expect_message_matching("^marlune: pages have left 512 MiB of the game's files unread");
+    expect_message(
+        "marlune: 4 of the game's files have failed: pages have read nothing of them for 5 s, "
+        "and requests wait for their memory");
+    hanging.run("for (let i = 0; i < 4; ++i) fetch('/' + i).then(() => { for (;;); })");
+    ASSERT_TRUE(hanging.draw_until([&] { return asked == FITTING; })) << asked;
+    EXPECT_TRUE(other.open("res://pack/"));
+}
+
 TEST(ResourceCallback, may_use_its_buffer_again_at_the_next_call)
 {
     constexpr size_t size_of_each = 100'000;
     std::vector<uint8_t> buffer(size_of_each);
-    const Serving serving(beside_the_page([&](std::string path, bool&, uint64_t& size) {
+    const ServingResources serving(beside_the_page([&](std::string path, bool&, uint64_t& size) {
         std::memset(buffer.data(), path.at(1), buffer.size());
         size = buffer.size();
         return buffer.data();
@@ -510,7 +521,7 @@ TEST(ResourceCallback, may_be_replaced_while_pages_load)
             return reinterpret_cast<uint8_t*>(content->data());
         });
     };
-    const Serving serving(callback_of('a'));
+    const ServingResources serving(callback_of('a'));
     HostWebView view;
     ASSERT_TRUE(view.open("res://pack/"));
     std::atomic<int> replaced = 0;
@@ -525,8 +536,7 @@ TEST(ResourceCallback, may_be_replaced_while_pages_load)
     const int before = replaced;
     EXPECT_TRUE(view.draw_until(
         [&] { return replaced > before + 200 && view.evaluate("heard.size > 1") == "true"; }));
-    EXPECT_EQ(view.evaluate("done = true, asking.then(() => [...heard].sort())"),
-              "[\"a\",\"b\"]");
+    EXPECT_EQ(view.evaluate("done = true, asking.then(() => [...heard].sort())"), "[\"a\",\"b\"]");
 }
 
 TEST(ResourceCallback, that_comes_late_serves_the_page_once_it_is_reloaded)

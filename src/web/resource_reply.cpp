@@ -1,6 +1,7 @@
 #include "web/resource_reply.h"
 
 #include <QRegularExpression>
+#include <QWebEngineUrlRequestJob>
 
 #include <algorithm>
 #include <cstring>
@@ -15,7 +16,7 @@ namespace marlune {
 namespace {
 
 // All that a page has not read to the end yet. On the Qt thread only.
-std::vector<const ResourceReply*> open_replies;
+std::vector<ResourceReply*> open_replies;
 
 bool holds(const ResourceReply& reply, const uint8_t* bytes, qsizetype size)
 {
@@ -50,8 +51,8 @@ bool is_within(const QByteArray& range, qsizetype size)
 }  // namespace
 
 ResourceReply::ResourceReply(const uint8_t* bytes, uint64_t size, const QByteArray& range,
-                             QObject* parent)
-    : QBuffer(parent)
+                             QWebEngineUrlRequestJob* request)
+    : QBuffer(request)
 {
     setData(copy_of(bytes, size));
     hides_size_ = !is_within(range, data().size());
@@ -72,6 +73,19 @@ qsizetype ResourceReply::held()
                            [](qsizetype sum, const auto& content) { return sum + content.second; });
 }
 
+qsizetype ResourceReply::end_unread(std::chrono::milliseconds time)
+{
+    const Clock::time_point limit = Clock::now() - time;
+    qsizetype count = 0;
+    for (ResourceReply* const reply : open_replies) {
+        if (reply->last_read_.load() < limit) {
+            reply->end();
+            ++count;
+        }
+    }
+    return count;
+}
+
 qint64 ResourceReply::size() const
 {
     return hides_size_ ? 0 : QBuffer::size();
@@ -80,6 +94,20 @@ qint64 ResourceReply::size() const
 bool ResourceReply::seek(qint64 position)
 {
     return !hides_size_ && QBuffer::seek(position);
+}
+
+qint64 ResourceReply::readData(char* data, qint64 size)
+{
+    last_read_ = Clock::now();
+    return QBuffer::readData(data, size);
+}
+
+/** The engine looks for a failure when it reads next, which is what it is told to do. */
+void ResourceReply::end()
+{
+    if (auto* const request = qobject_cast<QWebEngineUrlRequestJob*>(parent()))
+        request->fail(QWebEngineUrlRequestJob::RequestFailed);
+    emit readyRead();
 }
 
 }  // namespace marlune

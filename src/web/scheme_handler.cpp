@@ -5,6 +5,7 @@
 
 #include <QUrl>
 
+#include <chrono>
 #include <new>
 
 namespace marlune {
@@ -14,6 +15,8 @@ namespace {
 // What pages may leave unread before the next one has to wait, in bytes.
 constexpr qsizetype most_held = 512 * 1024 * 1024;
 constexpr size_t most_waiting = 10'000;
+// What is not read for so long is given up where requests wait: one page must not hold up all.
+constexpr std::chrono::seconds longest_unread(5);
 
 /** The part of the file that a page asks for. It may write the header's name in either case. */
 QByteArray range_of(const QWebEngineUrlRequestJob& request)
@@ -27,6 +30,12 @@ QByteArray range_of(const QWebEngineUrlRequestJob& request)
 }
 
 }  // namespace
+
+GodotSchemeHandler::GodotSchemeHandler()
+{
+    room_timer_.setInterval(std::chrono::seconds(1));
+    connect(&room_timer_, &QTimer::timeout, this, &GodotSchemeHandler::make_room);
+}
 
 void GodotSchemeHandler::requestStarted(QWebEngineUrlRequestJob* job)
 {
@@ -77,14 +86,29 @@ void GodotSchemeHandler::put_off(QWebEngineUrlRequestJob& job)
 {
     std::erase(waiting_, nullptr);
     if (waiting_.empty()) {
-        qWarning("marlune: pages have left %lld MiB of the game's files unread, so the next requests "
-                 "wait: let pages read or cancel what they fetch",
-                 static_cast<long long>(ResourceReply::held() / (1024 * 1024)));
+        qWarning(
+            "marlune: pages have left %lld MiB of the game's files unread, so the next requests "
+            "wait: let pages read or cancel what they fetch",
+            static_cast<long long>(ResourceReply::held() / (1024 * 1024)));
     }
-    if (waiting_.size() < most_waiting)
-        waiting_.emplace_back(&job);
-    else
-        job.fail(QWebEngineUrlRequestJob::RequestFailed);
+    if (waiting_.size() >= most_waiting)
+        return job.fail(QWebEngineUrlRequestJob::RequestFailed);
+    waiting_.emplace_back(&job);
+    if (!room_timer_.isActive())
+        room_timer_.start();
+}
+
+void GodotSchemeHandler::make_room()
+{
+    std::erase(waiting_, nullptr);
+    if (waiting_.empty())
+        return room_timer_.stop();
+    if (const qsizetype count = ResourceReply::end_unread(longest_unread); count > 0) {
+        qWarning(
+            "marlune: %lld of the game's files have failed: pages have read nothing of them for "
+            "5 s, and requests wait for their memory",
+            static_cast<long long>(count));
+    }
 }
 
 /** The bytes stay the host's, which may use their place again once the callback is called again. */

@@ -4,6 +4,7 @@
 #include "runtime/live_objects.h"
 
 #include <QPointer>
+#include <QTimer>
 #include <QWebEngineUrlRequestJob>
 #include <QWebEngineUrlSchemeHandler>
 
@@ -23,6 +24,8 @@ class GodotSchemeHandler : public QWebEngineUrlSchemeHandler {
 public:
     using ResourceFile = CallbackSlot<uint8_t*(std::string path, bool& flag, uint64_t& size)>;
 
+    GodotSchemeHandler();
+
     /** The function that gives the files' bytes. */
     ResourceFile& resource_file() { return m_resource_file; }
 
@@ -32,11 +35,15 @@ private:
     void serve(QWebEngineUrlRequestJob& job);
     void serve_waiting();
     void put_off(QWebEngineUrlRequestJob& job);
-    void send(QWebEngineUrlRequestJob& job, const QString& type, const uint8_t* bytes, uint64_t size);
+    void make_room();
+    void send(QWebEngineUrlRequestJob& job, const QString& type, const uint8_t* bytes,
+              uint64_t size);
 
     ResourceFile m_resource_file;
     /** Until pages have read what they have been sent. */
     std::deque<QPointer<QWebEngineUrlRequestJob>> waiting_;
+    /** Runs while any waits. */
+    QTimer room_timer_;
     LiveObject live_{this};
 };
 

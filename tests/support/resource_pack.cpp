@@ -6,19 +6,30 @@
 
 namespace marlune::test {
 
+ServingResources::ServingResources(Callback callback)
+{
+    start_library_with_device();
+    serve(std::move(callback));
+}
+
+ServingResources::~ServingResources()
+{
+    serve({});
+}
+
+void ServingResources::serve(Callback callback)
+{
+    // For all views, from a facade without one.
+    MView().set_func_resource_file(std::move(callback));
+}
+
 ResourcePack::ResourcePack(std::initializer_list<File> files)
+    : serving_([this](const std::string& path, bool& flag, uint64_t& size) {
+          return serve(path, flag, size);
+      })
 {
     for (const auto& [path, content] : files)
         put(path, content);
-    start_library_with_device();
-    // For all views, from a facade without one.
-    MView().set_func_resource_file(
-        [this](std::string path, bool& flag, uint64_t& size) { return serve(path, flag, size); });
-}
-
-ResourcePack::~ResourcePack()
-{
-    MView().set_func_resource_file({});
 }
 
 void ResourcePack::put(const std::string& path, std::string content)

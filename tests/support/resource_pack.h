@@ -3,6 +3,7 @@
 #include <marlune/view.h>
 
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <list>
 #include <map>
@@ -14,9 +15,25 @@
 namespace marlune::test {
 
 /**
- * A host's packed files, served to the "res" scheme of all views from its making to its end. Starts the
- * library when that has not been done. Make it before the views, so that it outlives them: a request
- * that nothing serves is a warning, which fails a test. One at a time: the last one made counts.
+ * Serves the "res" scheme of all views by a callback, from its making to its end. Starts the library when
+ * that has not been done. Make it before the views, so that it outlives them: a request that nothing
+ * serves is a warning, which fails a test. One at a time: the last one made counts.
+ */
+class ServingResources {
+public:
+    using Callback = std::function<uint8_t*(std::string path, bool& flag, uint64_t& size)>;
+
+    explicit ServingResources(Callback callback);
+    ~ServingResources();
+    ServingResources(const ServingResources&) = delete;
+    ServingResources& operator=(const ServingResources&) = delete;
+
+    /** Replaces the callback. */
+    void serve(Callback callback);
+};
+
+/**
+ * A host's packed files, served while it lives.
  *
  * @code
  * ResourcePack pack({{"/index.html", "<p>hello"}});
@@ -31,9 +48,6 @@ public:
     using File = std::pair<std::string, std::string>;  // its path and its content
 
     explicit ResourcePack(std::initializer_list<File> files = {});
-    ~ResourcePack();
-    ResourcePack(const ResourcePack&) = delete;
-    ResourcePack& operator=(const ResourcePack&) = delete;
 
     /** Adds a file or replaces one. */
     void put(const std::string& path, std::string content);
@@ -49,6 +63,7 @@ private:
     std::map<std::string, std::string*> files_;
     std::vector<std::string> asked_for_;
     uint8_t no_file_ = 0;
+    ServingResources serving_;
 };
 
 }  // namespace marlune::test
