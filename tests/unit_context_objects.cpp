@@ -1,5 +1,6 @@
 // What a published object is to pages and QML, and what it makes of their wishes and the host's.
 
+#include "binding/backlog.h"
 #include "binding/context_object.h"
 #include "binding/manager.h"
 #include "binding/method_info.h"
@@ -831,6 +832,38 @@ TEST_F(ContextObject, loses_nothing_that_many_threads_tell)
     EXPECT_TRUE(serve_until([&] { return emissions.size() == 1600 && changes.size() == 1600; }));
     for (std::thread& thread : threads)
         thread.join();
+}
+
+TEST_F(ContextObject, drops_what_is_emitted_while_too_much_waits_and_says_so_once)
+{
+    MethodInfoStd& signal = player.signal("s");
+    publish();
+    for (size_t round = 1; round <= 2; ++round) {
+        expect_message(
+            "signal 'player.s' is dropped, 20000 of it wait already. Emit it less, and keep "
+            "no callback busy for long.");
+        for (int i = 0; i < Backlog::most_waiting + 100; ++i)
+            signal.func_emit_signal(&signal, {single(i)}, {INT});
+        serve_events();
+        EXPECT_EQ(emissions.size(), round * Backlog::most_waiting);
+        EXPECT_EQ(emissions.back().value, QVariantList{Backlog::most_waiting - 1});
+    }
+    signal.func_emit_signal(&signal, {single(1)}, {INT});
+    serve_events();
+    EXPECT_EQ(emissions.back().value, QVariantList{1});
+}
+
+TEST_F(ContextObject, tells_the_last_value_of_changes_of_which_too_many_wait)
+{
+    PropertyInfoStd& health = player.property("health", INT, single(0));
+    publish();
+    for (int i = 1; i <= Backlog::most_waiting + 100; ++i) {
+        health.value = single(i);
+        health.func_valueChanged_updateQt(&health);
+    }
+    serve_events();
+    EXPECT_EQ(changes.size(), size_t(Backlog::most_waiting));
+    EXPECT_EQ(changes.back(), (Told{"player", "health", Backlog::most_waiting + 100}));
 }
 
 TEST_F(ContextObject, tells_nothing_once_it_is_withdrawn)

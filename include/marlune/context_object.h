@@ -74,7 +74,8 @@ struct MethodInfoStd {
 
     /**
      * Filled in by the library for a signal: emits it with these values, each converted by the code at
-     * its place. For any thread; returns at once.
+     * its place. For any thread; returns at once. Where 20,000 of the signal wait for the Qt thread, it
+     * is dropped, with a warning.
      */
     std::function<void(const MethodInfoStd* signal, std::vector<ContainerStd> values,
                        std::vector<VariantTypeStd> codes)>

@@ -1,5 +1,6 @@
 #include "binding/context_object.h"
 
+#include "binding/backlog.h"
 #include "binding/conversions.h"
 #include "binding/manager.h"
 #include "binding/method_info.h"
@@ -214,10 +215,13 @@ void DBAbstractContextObject::add_methods()
         if (!method->is_signal)
             continue;
         fill(method->func_emit_signal,
-             [reference = Reference(this), name](const MethodInfoStd*,
-                                                 std::vector<ContainerStd> values,
-                                                 std::vector<VariantTypeStd> codes) {
-                 reference.post([name, values = std::move(values),
+             [reference = Reference(this), backlog = Backlog(), id = id_,
+              name](const MethodInfoStd*, std::vector<ContainerStd> values,
+                    std::vector<VariantTypeStd> codes) {
+                 Backlog::Place place = backlog.take_place();
+                 if (!place)
+                     return backlog.report_dropped(id + '.' + name);
+                 reference.post([place = std::move(place), name, values = std::move(values),
                                  codes = std::move(codes)](DBAbstractContextObject& object) {
                      object.announce_signal(name, values, codes);
                  });
@@ -237,10 +241,15 @@ void DBAbstractContextObject::add_properties()
         properties_.push_back(new DBPropertyInfo(id_, name, property, this));
         publish_member(name, properties_.back());
         fill(property->func_valueChanged_updateQt,
-             [reference = Reference(this), property](const PropertyInfoStd*) {
-                 reference.post([property](DBAbstractContextObject& object) {
-                     object.announce_change(property);
-                 });
+             [reference = Reference(this), backlog = Backlog(), property](const PropertyInfoStd*) {
+                 Backlog::Place place = backlog.take_place();
+                 // Those that wait announce the value of when they have their turn, also this one.
+                 if (!place)
+                     return;
+                 reference.post(
+                     [place = std::move(place), property](DBAbstractContextObject& object) {
+                         object.announce_change(property);
+                     });
              });
     }
 }
