@@ -69,7 +69,7 @@ protected:
 
     Watchdog watchdog;
     Dice dice;
-    int soak_seconds = 1200;
+    uint64_t soak_seconds = 1200;
 
 private:
     static uint64_t seed()
@@ -83,7 +83,7 @@ private:
 
     std::chrono::seconds duration() const
     {
-        const auto seconds = static_cast<uint64_t>(times(2, soak_seconds));
+        const uint64_t seconds = is_soak() ? soak_seconds : 2;
         return std::chrono::seconds(
             number_in_environment("MARLUNE_FUZZ_SECONDS").value_or(seconds));
     }
