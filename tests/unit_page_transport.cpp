@@ -469,6 +469,57 @@ TEST_F(Transport, drops_the_oldest_signals_for_a_page_that_hangs)
               PageOutbox::most_unanswered + PageOutbox::most_waiting + 100);
 }
 
+TEST_F(Transport, answers_each_call_of_a_page_for_which_signals_are_dropped)
+{
+    open();
+    connect_to("gdscriptSignalEmitted");
+    settle();
+    reads = false;
+    received.clear();
+    expect_message_matching(
+        "the page does not take what it is sent. The oldest signals are dropped");
+    constexpr int count = 12'000;
+    for (int i = 1; i <= count; ++i) {
+        died->func_emit_signal(died, {ValueStd(i)}, {INT});
+        page.post({{"type", INVOKE},
+                   {"id", i},
+                   {"object", "player"},
+                   {"method", "___invoke_method"},
+                   {"args", QJsonArray{"echo", QJsonArray{i}}}});
+    }
+    serve_all_events();
+    reads = true;
+    page.post({{"type", IDLE}});
+    ASSERT_TRUE(serve_until([&] { return messages(RESPONSE).size() == size_t(count); }));
+    for (int i = 1; const QJsonObject& answer : messages(RESPONSE))
+        ASSERT_EQ(answer["data"], i++);
+    EXPECT_LT(messages(SIGNAL_MESSAGE).size(), size_t(count));
+}
+
+TEST_F(Transport, drops_the_oldest_answers_for_a_page_that_calls_and_hangs)
+{
+    open();
+    reads = false;
+    received.clear();
+    expect_message_matching(
+        "the page does not take what it is sent. The oldest answers are dropped");
+    const QString text(1024 * 1024, 'x');
+    constexpr int count = 200;
+    for (int i = 1; i <= count; ++i) {
+        page.post({{"type", INVOKE},
+                   {"id", i},
+                   {"object", "player"},
+                   {"method", "___invoke_method"},
+                   {"args", QJsonArray{"echo", QJsonArray{text}}}});
+    }
+    serve_all_events();
+    reads = true;
+    page.post({{"type", IDLE}});
+    ASSERT_TRUE(serve_until([&] { return answer_to(count); }));
+    EXPECT_LE(std::ssize(messages(RESPONSE)) * text.size(),
+              PageOutbox::largest_unanswered + PageOutbox::largest_waiting + 2 * text.size());
+}
+
 TEST_F(Transport, keeps_the_order_of_what_is_held_up)
 {
     open();

@@ -133,9 +133,13 @@ void PageOutbox::begin_page()
 {
     takes_bundles_ = true;
     waiting_.clear();
-    waiting_amount_ = {};
+    for (Queue* const queue : {&signals_, &answers_}) {
+        queue->amount = {};
+        queue->oldest = waiting_.end();
+        queue->has_dropped = false;
+    }
     by_key_.clear();
-    is_held_up_ = is_asked_ = has_dropped_ = false;
+    is_held_up_ = is_asked_ = false;
     asked_ = sent_ = {};
 }
 
@@ -174,12 +178,18 @@ void PageOutbox::append(Entry entry)
     if (const auto found = by_key_.constFind(key); is_held_up_ && found != by_key_.cend())
         take(*found);
     if (key.isEmpty()) {
-        ++waiting_amount_.messages;
-        waiting_amount_.characters += entry.size;
+        Amount& amount = queue_of(entry).amount;
+        ++amount.messages;
+        amount.characters += entry.size;
     }
     waiting_.push_back(std::move(entry));
+    const auto last = std::prev(waiting_.end());
+    for (Queue* const queue : {&signals_, &answers_}) {
+        if (queue->oldest == waiting_.end())
+            queue->oldest = last;
+    }
     if (!key.isEmpty())
-        by_key_[key] = std::prev(waiting_.end());
+        by_key_[key] = last;
     if (is_held_up_)
         drop_oldest();
 }
@@ -190,29 +200,50 @@ PageOutbox::Entry PageOutbox::take(Entries::iterator entry)
         found != by_key_.cend() && *found == entry)
         by_key_.erase(found);
     if (entry->key.isEmpty()) {
-        --waiting_amount_.messages;
-        waiting_amount_.characters -= entry->size;
+        Amount& amount = queue_of(*entry).amount;
+        --amount.messages;
+        amount.characters -= entry->size;
     }
     Entry result = std::move(*entry);
+    for (Queue* const queue : {&signals_, &answers_}) {
+        if (queue->oldest == entry)
+            queue->oldest = std::next(entry);
+    }
     waiting_.erase(entry);
     return result;
+}
+
+PageOutbox::Queue& PageOutbox::queue_of(const Entry& entry)
+{
+    const bool is_answer = entry.message[key::type] == static_cast<int>(MessageType::Response);
+    return is_answer ? answers_ : signals_;
 }
 
 /** First what has no key: of the rest the last counts, and there is as much as the host has. */
 void PageOutbox::drop_oldest()
 {
-    while (waiting_amount_.messages > most_waiting || waiting_amount_.characters > largest_waiting)
-        drop(std::ranges::find_if(waiting_, &QString::isEmpty, &Entry::key));
+    drop_oldest_of(signals_);
+    drop_oldest_of(answers_);
     while (std::ssize(waiting_) > most_waiting_of_all)
         drop(waiting_.begin());
 }
 
+void PageOutbox::drop_oldest_of(Queue& queue)
+{
+    const auto is_of_queue = [&](const Entry& entry) {
+        return entry.key.isEmpty() && &queue_of(entry) == &queue;
+    };
+    while (queue.is_full())
+        drop(std::find_if(queue.oldest, waiting_.end(), is_of_queue));
+}
+
 void PageOutbox::drop(Entries::iterator entry)
 {
+    Queue& queue = queue_of(*entry);
+    if (!std::exchange(queue.has_dropped, true))
+        qWarning().noquote() << view_ + ": the page does not take what it is sent. The oldest "
+                + queue.name + " are dropped.";
     take(entry);
-    if (!std::exchange(has_dropped_, true))
-        qWarning().noquote() << view_
-                + ": the page does not take what it is sent. The oldest signals are dropped.";
 }
 
 void PageOutbox::send_soon()
