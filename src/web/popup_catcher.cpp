@@ -35,6 +35,9 @@ constexpr qreal smallest_for_width = 0.5;
 constexpr qreal longest_row = 8192;
 constexpr qreal largest_area = 4.0 * 1024 * 1024;
 
+// The engine of Qt 6.11 draws the whole of a popup that is drawn smaller, whatever is cut of it.
+constexpr bool draws_whole_if_scaled = QT_VERSION >= QT_VERSION_CHECK(6, 9, 0);
+
 /** How a popup gets into the view. */
 struct Fit {
     QSizeF size;  // of the popup itself
@@ -58,6 +61,8 @@ Fit fit(QSizeF wanted, QSizeF room)
     result.scale = std::clamp(room.height() / wanted.height(), smallest_for_length, 1.0);
     if (!result.cut)
         result.scale = std::min(result.scale, wide);
+    else if (draws_whole_if_scaled && wanted.width() * wanted.height() > largest_area)
+        result.scale = 1;
     result.size.setHeight(std::min(wanted.height(), std::ceil(room.height() / result.scale)));
     if (result.cut) {
         const qreal most = std::min(longest_row, largest_area / result.size.height());
@@ -91,6 +96,9 @@ public:
 
     bool eventFilter(QObject* watched, QEvent* event) override
     {
+        // In Qt 6.11 the content has its window's focus. When it loses that, the engine ends the popup.
+        if (watched == content_)
+            return event->type() == QEvent::FocusOut;
         // The window is deleted while it is shown, by the engine or with its parent. Its destructor
         // takes it from the parent, and a shown window without one is made in the window system.
         if (event->type() == QEvent::ParentWindowAboutToChange)
@@ -111,6 +119,7 @@ private:
             page_at(scene->contentItem(), scene->mapFromGlobal(popup->position()));
         frame_.setParentItem(page ? page : scene->contentItem());
         content_ = popup->contentItem()->childItems().first();
+        content_->installEventFilter(this);
         content_->setParentItem(&frame_);
         // The engine makes frames of the size that its item has once all have heard of a new one. So
         // it is to be bounded at once: when the window changes, it is too late.
@@ -170,12 +179,35 @@ private:
     CutEdge edge_;
 };
 
+/** The window whose content `object` is; null where it is none. */
+QQuickWindow* window_with_content(QObject* object)
+{
+    auto* const item = qobject_cast<QQuickItem*>(object);
+    QQuickWindow* const window = item ? item->window() : nullptr;
+    return window && window->contentItem() == item ? window : nullptr;
+}
+
+/** Windows that a scene's own QML makes are of other classes. */
+void adopt_popup(QWindow* popup, QWindow* scene)
+{
+    if (popup->metaObject() == &QQuickWindow::staticMetaObject
+        && qobject_cast<QQuickWindow*>(scene))
+        popup->setParent(scene);
+}
+
 void catch_popup(QObject* parent, QObject* child)
 {
     // Its constructor is still running: it calls itself a QWindow, but is not marked as one.
     if (qobject_cast<QQuickWindow*>(parent)
-        && child->metaObject()->inherits(&QWindow::staticMetaObject))
+        && child->metaObject()->inherits(&QWindow::staticMetaObject)) {
         new Popup(static_cast<QWindow*>(child));
+        return;
+    }
+    // In Qt 6.11 the engine makes the window without a parent and gives it the page's window as its
+    // transient one. Before that, as every window does, it has given its content a child.
+    if (QQuickWindow* const window = window_with_content(parent))
+        QObject::connect(window, &QWindow::transientParentChanged, window,
+                         [window](QWindow* scene) { adopt_popup(window, scene); });
 }
 
 }  // namespace

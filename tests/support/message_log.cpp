@@ -28,6 +28,8 @@ const std::array KNOWN_MESSAGES = {
     std::regex("zygote_linux\\.cc.*Broken pipe"),
     // A machine without D-Bus; the engine of newer versions of Qt says so.
     std::regex("dbus/bus\\.cc.*Failed to connect to the bus"),
+    // The engine of Qt 6.11, sometimes: it hears of the graphics hardware early.
+    std::regex("^GPUInfo not initialized on GpuInfoUpdate$"),
     // A machine without a sound server: a player keeps its pace without one.
     std::regex("^PulseAudioService: pa_context_connect\\(\\) failed$"),
     std::regex("^No audio device detected$"),
