@@ -1,5 +1,6 @@
 #include "marlune/app.h"
 
+#include "runtime/animations.h"
 #include "runtime/application.h"
 #include "runtime/context.h"
 #include "runtime/host_callback.h"
@@ -124,6 +125,7 @@ void stop()
     close_calls();
     media_part::close_players();
     stop_engine();
+    end_animations();
 }
 
 void report_end()
