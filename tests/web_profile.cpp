@@ -335,6 +335,26 @@ void switch_with_a_page_open()
     end_life(holds, "the view goes on");
 }
 
+void move_the_storage_with_a_page_open()
+{
+    HttpServer server;
+    server.serve("/", html("page"));
+    bool holds = true;
+    {
+        HostWebView view;
+        view->set_storage_path(storage());
+        view->set_otr(false);
+        holds = bool(view.open(server.url("/")));
+        for (const char* const folder : {"one", "other"}) {
+            view->set_storage_path(storage() / folder);
+            // A page of another site has a process of its own.
+            holds = holds && view.go_to(server.url("/", "localhost"))
+                && view.go_to(server.url("/"));
+        }
+    }
+    end_life(holds, "the view goes on");
+}
+
 void forget_the_session()
 {
     HttpServer server;
@@ -361,6 +381,7 @@ const Lives LIVES = {
     {"find_the_cookie", find_the_cookie},
     {"keep_nothing", keep_nothing},
     {"send_secure_cookies", send_secure_cookies},
+    {"move_the_storage_with_a_page_open", move_the_storage_with_a_page_open},
     {"switch_with_a_page_open", switch_with_a_page_open},
 };
 
@@ -406,6 +427,11 @@ TEST_F(ProfileOfAProcess, leaves_the_session_of_a_server_with_the_record)
 TEST_F(ProfileOfAProcess, goes_on_and_off_the_record_with_a_page_open)
 {
     EXPECT_TRUE(ends_cleanly("switch_with_a_page_open"));
+}
+
+TEST_F(ProfileOfAProcess, takes_another_folder_with_a_page_open)
+{
+    EXPECT_TRUE(ends_cleanly("move_the_storage_with_a_page_open"));
 }
 
 }  // namespace

@@ -234,8 +234,8 @@ double MWebView::get_zoom_factor() const
 void MWebView::set_user_agent(const std::string& user_agent) const
 {
     call<QQuickWebEngineProfile>("marlune::MWebView::set_user_agent", shared_profile(),
-                                 Delivery::Queued, [&user_agent](QQuickWebEngineProfile& profile) {
-                                     profile.setHttpUserAgent(QString::fromStdString(user_agent));
+                                 Delivery::Queued, [&user_agent](QQuickWebEngineProfile&) {
+                                     marlune::set_user_agent(QString::fromStdString(user_agent));
                                  });
 }
 
@@ -249,29 +249,20 @@ std::string MWebView::get_user_agent() const
 void MWebView::set_otr(bool off_the_record) const
 {
     call<QQuickWebEngineProfile>("marlune::MWebView::set_otr", shared_profile(), Delivery::Queued,
-                                 [off_the_record](QQuickWebEngineProfile& profile) {
-                                     const auto change = [off_the_record, &profile] {
-                                         profile.setOffTheRecord(off_the_record);
-                                         profile.setPersistentCookiesPolicy(
-                                             off_the_record
-                                                 ? QQuickWebEngineProfile::NoPersistentCookies
-                                                 : QQuickWebEngineProfile::ForcePersistentCookies);
-                                     };
-                                     // The engine does not survive that under a page that keeps a record.
-                                     if (off_the_record && !profile.isOffTheRecord())
-                                         WebView::without_pages(change);
-                                     else
-                                         change();
+                                 [off_the_record](QQuickWebEngineProfile&) {
+                                     WebView::change_record(
+                                         [=](Record& next) { next.off = off_the_record; });
                                  });
 }
 
 void MWebView::set_storage_path(const std::string& path) const
 {
     call<QQuickWebEngineProfile>("marlune::MWebView::set_storage_path", shared_profile(),
-                                 Delivery::Queued, [&path](QQuickWebEngineProfile& profile) {
-                                     const QString directory = QString::fromStdString(path);
-                                     profile.setPersistentStoragePath(directory);
-                                     profile.setCachePath(directory);
+                                 Delivery::Queued, [&path](QQuickWebEngineProfile&) {
+                                     WebView::change_record(
+                                         [folder = QString::fromStdString(path)](Record& next) {
+                                             next.folder = folder;
+                                         });
                                  });
 }
 

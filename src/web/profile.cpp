@@ -5,34 +5,144 @@
 #include <QQuickWebEngineProfile>
 
 #include <atomic>
+#include <list>
 
 namespace marlune {
 
 namespace {
 
-std::atomic<QQuickWebEngineProfile*> profile = nullptr;
+/**
+ * What the engine of Qt 6.11 has looked up of a profile's settings for its extensions, it goes on using
+ * when the profile has got other ones: it crashes with the next page. So a profile that has had pages is
+ * left as it is, and another one takes its place.
+ */
+constexpr bool keeps_settings = QT_VERSION >= QT_VERSION_CHECK(6, 9, 0);
+
+/** Stays where it is once it has had pages. */
+struct Profile {
+    QQuickWebEngineProfile* engine_profile;
+    Record record;
+    // Calls are carried to it until the library stops; only then does Qt delete it.
+    LiveObject live{engine_profile};
+};
+
+std::atomic<QQuickWebEngineProfile*> shared = nullptr;
+bool has_had_pages = false;
+QString own_user_agent;
+QWebEngineUrlSchemeHandler* res_handler = nullptr;
+
+std::list<Profile>& profiles()
+{
+    static std::list<Profile> all;
+    return all;
+}
+
+Profile& current()
+{
+    for (Profile& profile : profiles()) {
+        if (profile.engine_profile == shared)
+            return profile;
+    }
+    return profiles().front();
+}
+
+QQuickWebEngineProfile& configure(QQuickWebEngineProfile& profile)
+{
+    profile.setSpellCheckEnabled(false);
+    profile.setStorageName(QStringLiteral("Default"));
+    profile.setPersistentCookiesPolicy(QQuickWebEngineProfile::ForcePersistentCookies);
+    // The settings of the view that is asked decide, not what another one has answered once.
+    profile.setPersistentPermissionsPolicy(
+        QQuickWebEngineProfile::PersistentPermissionsPolicy::AskEveryTime);
+    return profile;
+}
+
+bool is_elsewhere(const Record& record, const Record& other)
+{
+    return record.off != other.off || (!record.off && record.folder != other.folder);
+}
+
+void move(Profile& profile, const Record& next)
+{
+    QQuickWebEngineProfile& engine_profile = *profile.engine_profile;
+    if (profile.record.folder != next.folder) {
+        engine_profile.setPersistentStoragePath(next.folder);
+        engine_profile.setCachePath(next.folder);
+    }
+    engine_profile.setOffTheRecord(next.off);
+    engine_profile.setPersistentCookiesPolicy(next.off
+                                                  ? QQuickWebEngineProfile::NoPersistentCookies
+                                                  : QQuickWebEngineProfile::ForcePersistentCookies);
+    profile.record = next;
+}
+
+/** The one that is there already, or a new one: no two may keep their files in the same place. */
+Profile& profile_with(const Record& wanted)
+{
+    for (Profile& profile : profiles()) {
+        if (!is_elsewhere(profile.record, wanted))
+            return profile;
+    }
+    QQuickWebEngineProfile& first = *profiles().front().engine_profile;
+    Profile& added = profiles().emplace_back(&configure(*new QQuickWebEngineProfile(&first)));
+    added.engine_profile->installUrlSchemeHandler("res", res_handler);
+    return added;
+}
 
 }  // namespace
 
 QQuickWebEngineProfile* shared_profile()
 {
-    return profile.load(std::memory_order_acquire);
+    return shared.load(std::memory_order_acquire);
+}
+
+QQuickWebEngineProfile* profile_for_pages()
+{
+    has_had_pages = true;
+    return shared_profile();
 }
 
 QQuickWebEngineProfile* set_up_shared_profile()
 {
-    QQuickWebEngineProfile* const shared = QQuickWebEngineProfile::defaultProfile();
-    shared->setSpellCheckEnabled(false);
-    shared->setStorageName(QStringLiteral("Default"));
-    shared->setPersistentCookiesPolicy(QQuickWebEngineProfile::ForcePersistentCookies);
-    // The settings of the view that is asked decide, not what another one has answered once.
-    shared->setPersistentPermissionsPolicy(
-        QQuickWebEngineProfile::PersistentPermissionsPolicy::AskEveryTime);
+    QQuickWebEngineProfile& profile = configure(*QQuickWebEngineProfile::defaultProfile());
+    own_user_agent = profile.httpUserAgent();
+    profiles().emplace_back(&profile);
+    shared.store(&profile, std::memory_order_release);
+    return &profile;
+}
 
-    // Calls are carried to it until the library stops; only then does Qt delete it.
-    static const LiveObject live(shared);
-    profile.store(shared, std::memory_order_release);
-    return shared;
+void serve_res(QWebEngineUrlSchemeHandler* handler)
+{
+    res_handler = handler;
+    shared_profile()->installUrlSchemeHandler("res", handler);
+}
+
+const Record& record()
+{
+    return current().record;
+}
+
+bool record_ends_pages(const Record& next)
+{
+    if (keeps_settings && has_had_pages)
+        return is_elsewhere(record(), next);
+    return next.off && !record().off;
+}
+
+void set_record(const Record& next)
+{
+    if (!keeps_settings || !has_had_pages || !is_elsewhere(record(), next))
+        return move(current(), next);
+    const QString user_agent = shared_profile()->httpUserAgent();
+    Profile& profile = profile_with(next);
+    move(profile, next);
+    shared.store(profile.engine_profile, std::memory_order_release);
+    set_user_agent(user_agent);
+}
+
+void set_user_agent(const QString& text)
+{
+    shared_profile()->setHttpUserAgent(text.isEmpty() ? own_user_agent : text);
 }
 
 }  // namespace marlune

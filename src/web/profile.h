@@ -1,13 +1,40 @@
 #pragma once
 
+#include <QString>
+
 class QQuickWebEngineProfile;
+class QWebEngineUrlSchemeHandler;
 
 namespace marlune {
 
-/** The one browser profile, shared by all web views; null before the start. For any thread. */
+/** The engine's default profile, configured for all web views. Once, when there is an application object. */
+QQuickWebEngineProfile* set_up_shared_profile();
+
+/** Has the handler serve "res" for all web views. Once, after set_up_shared_profile(). */
+void serve_res(QWebEngineUrlSchemeHandler* handler);
+
+/** The profile of all web views, for any thread; null before set_up_shared_profile(). */
 QQuickWebEngineProfile* shared_profile();
 
-/** Takes the engine's default profile and configures it. Once, on the Qt thread. */
-QQuickWebEngineProfile* set_up_shared_profile();
+/** The same, for a view that is about to have pages. */
+QQuickWebEngineProfile* profile_for_pages();
+
+/** What is kept of pages. All on the Qt thread. */
+struct Record {
+    bool off = true;
+    QString folder;  // the engine's own where it is empty
+};
+
+/** As it is now. */
+const Record& record();
+
+/** Whether pages do not survive the change, so that none may be there. */
+bool record_ends_pages(const Record& next);
+
+/** Changes it, which may make shared_profile() another one. */
+void set_record(const Record& next);
+
+/** An empty one is the engine's own. On the Qt thread. */
+void set_user_agent(const QString& text);
 
 }  // namespace marlune

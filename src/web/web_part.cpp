@@ -42,7 +42,7 @@ void set_up_profile()
 {
     QQuickWebEngineProfile* const profile = set_up_shared_profile();
     handler = new GodotSchemeHandler;
-    profile->installUrlSchemeHandler("res", handler);
+    serve_res(handler);
     default_storage_path = profile->persistentStoragePath();
     qmlRegisterType<GodotURLInterceptor>("Web", 1, 0, "GodotURLInterceptor");
     PublishedObjects::register_type();

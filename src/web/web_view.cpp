@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QPointer>
 #include <QQmlContext>
+#include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWebEngineProfile>
 #include <QUrl>
@@ -175,13 +176,28 @@ void WebView::close_pages()
         view->close_page();
 }
 
-void WebView::without_pages(const std::function<void()>& work)
+void WebView::change_record(const std::function<void(Record&)>& change)
 {
+    Record next = record();
+    change(next);
+    if (!record_ends_pages(next))
+        return set_record(next);
     // The scenes bring their pages back with their next frames.
-    HostCallbackScope::run_outside([work] {
+    HostCallbackScope::run_outside([change] {
+        Record latest = record();
+        change(latest);
         close_pages();
-        work();
+        set_record(latest);
+        for (WebView* const view : web_views)
+            view->take_profile();
     });
+}
+
+void WebView::take_profile()
+{
+    profile_ = profile_ ? shared_profile() : nullptr;
+    if (const QQmlEngine* const engine = root_item() ? qmlEngine(root_item()) : nullptr)
+        engine->rootContext()->setContextProperty(QStringLiteral("customWebProfile"), profile_);
 }
 
 /** Also one that is still being made, or that the scene uses for itself. */
@@ -199,7 +215,7 @@ void WebView::close_page()
 bool WebView::load()
 {
     trace("WebView::load()", "T");
-    profile_ = shared_profile();
+    profile_ = profile_for_pages();
     if (!profile_)
         throw std::runtime_error("Failed to set web profile");
     return load_module(QStringLiteral("Web"), QStringLiteral("Webview"));

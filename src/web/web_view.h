@@ -5,6 +5,7 @@
 
 #include "marlune/web_settings.h"
 #include "web/page_gate.h"
+#include "web/profile.h"
 
 #include <QPointer>
 #include <QString>
@@ -13,8 +14,6 @@
 #include <map>
 #include <mutex>
 #include <string>
-
-class QQuickWebEngineProfile;
 
 namespace marlune {
 
@@ -67,8 +66,8 @@ public:
 
     /** Ends the pages of all views and leaves their scenes. For the library's stop. */
     static void close_pages();
-    /** Does `work` when no view has a page, after a callback that runs; then the pages begin anew. */
-    static void without_pages(const std::function<void()>& work);
+    /** Changes what is kept of pages, after a callback that runs. Pages that do not survive it begin anew. */
+    static void change_record(const std::function<void(Record&)>& change);
 
     /** @throws std::runtime_error without a profile, and as load_module() does. */
     bool load();
@@ -169,6 +168,7 @@ signals:
 
 private:
     void close_page();
+    void take_profile();
     void publish_on(QObject* root);
     void publish_pending();
     template <typename... Arguments>
