@@ -186,4 +186,26 @@ void CameraView::set_fill_mode(uint fill_mode)
     emit fill_modeChanged();
 }
 
+float CameraView::exposure_time() const
+{
+    if (has_device())
+        return camera_->exposureTime();
+    return camera_ ? -1 : 0;
+}
+
+int CameraView::iso_sensitivity() const
+{
+    if (has_device())
+        return camera_->isoSensitivity();
+    return camera_ ? -1 : 0;
+}
+
+void CameraView::set_custom_focus_point(const std::vector<float>& point)
+{
+    if (point.size() < 2)
+        qWarning("set_custom_focus_point: give both x and y");
+    else if (has_device())
+        camera_->setCustomFocusPoint(QPointF(point[0], point[1]));
+}
+
 }  // namespace marlune

@@ -11,6 +11,7 @@
 
 #include <mutex>
 #include <string>
+#include <vector>
 
 class QMediaDevices;
 
@@ -45,6 +46,15 @@ public:
      * or was unplugged, Qt's camera would follow a null pointer.
      */
     bool has_device() const { return camera_ && has_device_; }
+    /** The camera, where it has a device. */
+    QCamera* device() const { return has_device() ? camera_.data() : nullptr; }
+
+    // What only the device knows; -1 where there is a camera without one.
+    float exposure_time() const;
+    int iso_sensitivity() const;
+    /** x and y, from 0 to 1. */
+    void set_custom_focus_point(const std::vector<float>& point);
+
     /** Its slots may be filled by any thread. */
     CameraCallbacks& callbacks() { return callbacks_; }
 

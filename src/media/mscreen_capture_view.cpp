@@ -1,8 +1,10 @@
 #include "marlune/screen_capture_view.h"
 
 #include "media/screen_capture_view.h"
-#include "runtime/call.h"
+#include "runtime/facade_call.h"
 #include "views/view_factory.h"
+
+#include <utility>
 
 namespace marlune {
 
@@ -14,22 +16,16 @@ MScreenCaptureView::MScreenCaptureView()
 
 void MScreenCaptureView::set_active(bool active) const
 {
-    call<ScreenCaptureView>("marlune::MScreenCaptureView::set_active", view_, Delivery::Blocking,
-                            [active](ScreenCaptureView& view) { view.set_active(active); });
+    complete(view_, &ScreenCaptureView::set_active, active);
 }
 
 void MScreenCaptureView::set_physical_screen(std::string screen) const
 {
-    constexpr auto name = "marlune::MScreenCaptureView::set_physical_screen";
-    const auto set = [hint = QString::fromStdString(screen)](ScreenCaptureView& view) {
-        view.set_physical_screen_hint(hint);
-    };
-    // There the scene follows at once, and nothing may be locked while it does.
+    // On the Qt thread the scene follows at once, and nothing may be locked while it does.
     if (on_qt_thread())
-        return call<ScreenCaptureView>(name, view_, Delivery::Queued, set);
-
-    // What the signal brings about is queued.
-    visit<ScreenCaptureView>(name, view_, set);
+        tell(view_, &ScreenCaptureView::set_physical_screen_hint, std::move(screen));
+    else
+        visit(view_, &ScreenCaptureView::set_physical_screen_hint, std::move(screen));
 }
 
 }  // namespace marlune

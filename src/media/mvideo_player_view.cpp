@@ -2,57 +2,43 @@
 
 #include "media/metadata.h"
 #include "media/video_view.h"
-#include "runtime/call.h"
+#include "runtime/facade_call.h"
 #include "runtime/host_callback.h"
 #include "runtime/set_callback.h"
 #include "views/view_factory.h"
 
 #include <QMediaMetaData>
 
-#include <functional>
 #include <utility>
 
 namespace marlune {
 
+using Metadata = MVideoPlayerView::Metadata;
+
+static Metadata convert(const QMediaMetaData& metadata, To<Metadata>)
+{
+    return to_host(metadata);
+}
+
+static std::vector<Metadata> convert(const QList<QMediaMetaData>& tracks, To<std::vector<Metadata>>)
+{
+    return to_host(tracks);
+}
+
 namespace {
 
-/** Carries a question to the view's player; a view whose scene has ended it gives the default too. */
-template <typename Result, typename Work>
-Result ask_player(const char* name, View* target, Result fallback, Work work)
+/** A member of the player as work that belongs to a source. */
+template <typename... Parameters>
+auto in_turn(void (QMediaPlayer::*member)(Parameters...))
 {
-    return call<VideoView>(
-        name, target, Delivery::Queued, fallback, [&](VideoView& view) -> Result {
-            QMediaPlayer* const player = view.player();
-            return player ? static_cast<Result>(std::invoke(work, *player)) : fallback;
-        });
-}
-
-template <typename Result, typename Work>
-Result ask_output(const char* name, View* target, Result fallback, Work work)
-{
-    return call<VideoView>(
-        name, target, Delivery::Queued, fallback, [&](VideoView& view) -> Result {
-            QAudioOutput* const output = view.audio_output();
-            return output ? static_cast<Result>(std::invoke(work, *output)) : fallback;
-        });
-}
-
-/** Work on the player, to be carried in one way or another. */
-template <typename Work>
-auto on_player(Work work)
-{
-    return [work = std::move(work)](VideoView& view) {
-        if (QMediaPlayer* const player = view.player())
-            work(*player);
+    return [member](VideoView& view, Parameters... arguments) {
+        view.in_turn([=](QMediaPlayer& player) { (player.*member)(arguments...); });
     };
 }
 
-/** The same, for work that belongs to a source. */
-template <typename Work>
-auto in_turn(Work work)
-{
-    return [work = std::move(work)](VideoView& view) { view.in_turn(work); };
-}
+// Where the calls go; nothing where the scene has ended them.
+constexpr auto player = &VideoView::player;
+constexpr auto output = &VideoView::audio_output;
 
 }  // namespace
 
@@ -64,275 +50,226 @@ MVideoPlayerView::MVideoPlayerView()
 
 void MVideoPlayerView::play() const
 {
-    call<VideoView>("marlune::MVideoPlayerView::play", view_, Delivery::Blocking, &VideoView::play);
+    complete(view_, &VideoView::play);
 }
 
 void MVideoPlayerView::pause() const
 {
-    call<VideoView>("marlune::MVideoPlayerView::pause", view_, Delivery::Blocking,
-                    &VideoView::pause);
+    complete(view_, &VideoView::pause);
 }
 
 void MVideoPlayerView::stop() const
 {
-    call<VideoView>("marlune::MVideoPlayerView::stop", view_, Delivery::Blocking, &VideoView::stop);
+    complete(view_, &VideoView::stop);
 }
 
 void MVideoPlayerView::reset() const
 {
-    post<VideoView>("marlune::MVideoPlayerView::reset", view_, [](VideoView& target) {
-        run_outside_callbacks(target, [](VideoView& view) { view.reset(); });
-    });
+    post(view_, outside_callbacks(&View::reset));
 }
 
 std::string MVideoPlayerView::get_source() const
 {
-    return ask_player(
-        "marlune::MVideoPlayerView::get_source", view_, std::string(),
-        [](QMediaPlayer& player) { return player.source().toString().toStdString(); });
+    return ask(view_, std::string(), player,
+               [](QMediaPlayer& asked) { return asked.source().toString(); });
 }
 
 void MVideoPlayerView::set_source(std::string source) const
 {
-    call<VideoView>("marlune::MVideoPlayerView::set_source", view_, Delivery::Queued,
-                    [source = std::move(source)](VideoView& view) {
-                        view.set_source(QString::fromStdString(source));
-                    });
+    tell(view_, &VideoView::set_source, std::move(source));
 }
 
 uint64_t MVideoPlayerView::get_position() const
 {
-    return ask_player("marlune::MVideoPlayerView::get_position", view_, uint64_t{0},
-                      &QMediaPlayer::position);
+    return ask(view_, uint64_t{0}, player, &QMediaPlayer::position);
 }
 
 void MVideoPlayerView::set_position(uint64_t position) const
 {
-    post<VideoView>("marlune::MVideoPlayerView::set_position", view_,
-                    in_turn([position](QMediaPlayer& player) {
-                        player.setPosition(static_cast<qint64>(position));
-                    }));
+    post(view_, in_turn(&QMediaPlayer::setPosition), position);
 }
 
 uint64_t MVideoPlayerView::get_duration() const
 {
-    return ask_player("marlune::MVideoPlayerView::get_duration", view_, uint64_t{0},
-                      &QMediaPlayer::duration);
+    return ask(view_, uint64_t{0}, player, &QMediaPlayer::duration);
 }
 
 float MVideoPlayerView::get_buffer_progress() const
 {
-    return ask_player("marlune::MVideoPlayerView::get_buffer_progress", view_, 0.0f,
-                      &QMediaPlayer::bufferProgress);
+    return ask(view_, 0.0f, player, &QMediaPlayer::bufferProgress);
 }
 
 double MVideoPlayerView::get_playback_rate() const
 {
-    return ask_player("marlune::MVideoPlayerView::get_playback_rate", view_, 0.0,
-                      &QMediaPlayer::playbackRate);
+    return ask(view_, 0.0, player, &QMediaPlayer::playbackRate);
 }
 
 void MVideoPlayerView::set_playback_rate(double rate) const
 {
-    call<VideoView>("marlune::MVideoPlayerView::set_playback_rate", view_, Delivery::Blocking,
-                    on_player([rate](QMediaPlayer& player) { player.setPlaybackRate(rate); }));
+    complete(view_, player, &QMediaPlayer::setPlaybackRate, rate);
 }
 
 float MVideoPlayerView::get_volume() const
 {
-    return ask_output("marlune::MVideoPlayerView::get_volume", view_, 0.0f, &QAudioOutput::volume);
+    return ask(view_, 0.0f, output, &QAudioOutput::volume);
 }
 
 void MVideoPlayerView::set_volume(float volume) const
 {
-    call<VideoView>("marlune::MVideoPlayerView::set_volume", view_, Delivery::Blocking,
-                    [volume](VideoView& view) {
-                        if (QAudioOutput* const output = view.audio_output())
-                            output->setVolume(volume);
-                    });
+    complete(view_, output, &QAudioOutput::setVolume, volume);
 }
 
 bool MVideoPlayerView::get_muted() const
 {
-    return ask_output("marlune::MVideoPlayerView::get_muted", view_, false, &QAudioOutput::isMuted);
+    return ask(view_, false, output, &QAudioOutput::isMuted);
 }
 
 void MVideoPlayerView::set_muted(bool muted) const
 {
-    post<VideoView>("marlune::MVideoPlayerView::set_muted", view_,
-                    muted ? &VideoView::mute : &VideoView::unmute);
+    post(view_, muted ? &VideoView::mute : &VideoView::unmute);
 }
 
 int MVideoPlayerView::get_loops() const
 {
-    return ask_player("marlune::MVideoPlayerView::get_loops", view_, 0, &QMediaPlayer::loops);
+    return ask(view_, 0, player, &QMediaPlayer::loops);
 }
 
 void MVideoPlayerView::set_loops(unsigned int loops) const
 {
-    call<VideoView>(
-        "marlune::MVideoPlayerView::set_loops", view_, Delivery::Blocking,
-        on_player([loops](QMediaPlayer& player) { player.setLoops(static_cast<int>(loops)); }));
+    complete(view_, player, &QMediaPlayer::setLoops, loops);
 }
 
 int MVideoPlayerView::get_playback_state() const
 {
-    return ask_player("marlune::MVideoPlayerView::get_playback_state", view_, 0,
-                      &QMediaPlayer::playbackState);
+    return ask(view_, 0, player, &QMediaPlayer::playbackState);
 }
 
 int MVideoPlayerView::get_media_status() const
 {
-    return ask_player("marlune::MVideoPlayerView::get_media_status", view_, 0,
-                      &QMediaPlayer::mediaStatus);
+    return ask(view_, 0, player, &QMediaPlayer::mediaStatus);
 }
 
 int MVideoPlayerView::get_error() const
 {
-    return ask_player("marlune::MVideoPlayerView::get_error", view_, 0, &QMediaPlayer::error);
+    return ask(view_, 0, player, &QMediaPlayer::error);
 }
 
 std::string MVideoPlayerView::get_error_string() const
 {
-    return ask_player("marlune::MVideoPlayerView::get_error_string", view_, std::string(),
-                      [](QMediaPlayer& player) { return player.errorString().toStdString(); });
+    return ask(view_, std::string(), player, &QMediaPlayer::errorString);
 }
 
 bool MVideoPlayerView::get_has_audio() const
 {
-    return ask_player("marlune::MVideoPlayerView::get_has_audio", view_, false,
-                      &QMediaPlayer::hasAudio);
+    return ask(view_, false, player, &QMediaPlayer::hasAudio);
 }
 
 bool MVideoPlayerView::get_has_video() const
 {
-    return ask_player("marlune::MVideoPlayerView::get_has_video", view_, false,
-                      &QMediaPlayer::hasVideo);
+    return ask(view_, false, player, &QMediaPlayer::hasVideo);
 }
 
 bool MVideoPlayerView::get_seekable() const
 {
-    return ask_player("marlune::MVideoPlayerView::get_seekable", view_, false,
-                      &QMediaPlayer::isSeekable);
+    return ask(view_, false, player, &QMediaPlayer::isSeekable);
 }
 
 unsigned int MVideoPlayerView::get_fill_mode() const
 {
-    return call<VideoView>("marlune::MVideoPlayerView::get_fill_mode", view_, Delivery::Queued, 0u,
-                           &VideoView::fill_mode);
+    return ask(view_, 0u, &VideoView::fill_mode);
 }
 
 void MVideoPlayerView::set_fill_mode(unsigned int mode) const
 {
-    call<VideoView>("marlune::MVideoPlayerView::set_fill_mode", view_, Delivery::Blocking,
-                    [mode](VideoView& view) { view.set_fill_mode(mode); });
+    complete(view_, &VideoView::set_fill_mode, mode);
 }
 
 bool MVideoPlayerView::get_controls() const
 {
-    return call<VideoView>("marlune::MVideoPlayerView::get_controls", view_, Delivery::Queued,
-                           false, &VideoView::controls_enabled);
+    return ask(view_, false, &VideoView::controls_enabled);
 }
 
 void MVideoPlayerView::set_controls(bool enabled) const
 {
-    call<VideoView>("marlune::MVideoPlayerView::set_controls", view_, Delivery::Blocking,
-                    [enabled](VideoView& view) { view.set_controls_enabled(enabled); });
+    complete(view_, &VideoView::set_controls_enabled, enabled);
 }
 
 bool MVideoPlayerView::get_controls_auto_hide() const
 {
-    return call<VideoView>("marlune::MVideoPlayerView::get_controls_auto_hide", view_,
-                           Delivery::Queued, false, &VideoView::controls_auto_hide);
+    return ask(view_, false, &VideoView::controls_auto_hide);
 }
 
 void MVideoPlayerView::set_controls_auto_hide(bool enabled) const
 {
-    call<VideoView>("marlune::MVideoPlayerView::set_controls_auto_hide", view_, Delivery::Blocking,
-                    [enabled](VideoView& view) { view.set_controls_auto_hide(enabled); });
+    complete(view_, &VideoView::set_controls_auto_hide, enabled);
 }
 
 void MVideoPlayerView::set_auto_play(bool enabled) const
 {
-    post<VideoView>("marlune::MVideoPlayerView::set_auto_play", view_,
-                    [enabled](VideoView& view) { view.set_auto_play(enabled); });
+    post(view_, &VideoView::set_auto_play, enabled);
 }
 
 int MVideoPlayerView::get_active_audio_track() const
 {
-    return ask_player("marlune::MVideoPlayerView::get_active_audio_track", view_, 0,
-                      &QMediaPlayer::activeAudioTrack);
+    return ask(view_, 0, player, &QMediaPlayer::activeAudioTrack);
 }
 
 void MVideoPlayerView::set_active_audio_track(int track) const
 {
-    post<VideoView>("marlune::MVideoPlayerView::set_active_audio_track", view_,
-                    in_turn([track](QMediaPlayer& player) { player.setActiveAudioTrack(track); }));
+    post(view_, in_turn(&QMediaPlayer::setActiveAudioTrack), track);
 }
 
 int MVideoPlayerView::get_active_video_track() const
 {
-    return ask_player("marlune::MVideoPlayerView::get_active_video_track", view_, 0,
-                      &QMediaPlayer::activeVideoTrack);
+    return ask(view_, 0, player, &QMediaPlayer::activeVideoTrack);
 }
 
 void MVideoPlayerView::set_active_video_track(int track) const
 {
-    post<VideoView>("marlune::MVideoPlayerView::set_active_video_track", view_,
-                    [track](VideoView& view) { view.set_active_video_track(track); });
+    post(view_, &VideoView::set_active_video_track, track);
 }
 
 int MVideoPlayerView::get_active_subtitle_track() const
 {
-    return ask_player("marlune::MVideoPlayerView::get_active_subtitle_track", view_, 0,
-                      &QMediaPlayer::activeSubtitleTrack);
+    return ask(view_, 0, player, &QMediaPlayer::activeSubtitleTrack);
 }
 
 void MVideoPlayerView::set_active_subtitle_track(int track) const
 {
-    post<VideoView>("marlune::MVideoPlayerView::set_active_subtitle_track", view_,
-                    [track](VideoView& view) { view.set_active_subtitle_track(track); });
+    post(view_, &VideoView::set_active_subtitle_track, track);
 }
 
 std::string MVideoPlayerView::get_current_subtitle_name() const
 {
-    return call<VideoView>("marlune::MVideoPlayerView::get_current_subtitle_name", view_,
-                           Delivery::Queued, std::string(), [](VideoView& view) {
-                               return view.get_current_subtitle_name().toStdString();
-                           });
+    return ask(view_, std::string(), &VideoView::get_current_subtitle_name);
 }
 
 MVideoPlayerView::Metadata MVideoPlayerView::get_metadata() const
 {
-    return ask_player("marlune::MVideoPlayerView::get_metadata", view_, Metadata(),
-                      [](QMediaPlayer& player) { return to_host(player.metaData()); });
+    return ask(view_, Metadata(), player, &QMediaPlayer::metaData);
 }
 
 std::vector<MVideoPlayerView::Metadata> MVideoPlayerView::get_audio_tracks() const
 {
-    return ask_player("marlune::MVideoPlayerView::get_audio_tracks", view_, std::vector<Metadata>(),
-                      [](QMediaPlayer& player) { return to_host(player.audioTracks()); });
+    return ask(view_, std::vector<Metadata>(), player, &QMediaPlayer::audioTracks);
 }
 
 std::vector<MVideoPlayerView::Metadata> MVideoPlayerView::get_video_tracks() const
 {
-    return ask_player("marlune::MVideoPlayerView::get_video_tracks", view_, std::vector<Metadata>(),
-                      [](QMediaPlayer& player) { return to_host(player.videoTracks()); });
+    return ask(view_, std::vector<Metadata>(), player, &QMediaPlayer::videoTracks);
 }
 
 std::vector<MVideoPlayerView::Metadata> MVideoPlayerView::get_subtitle_tracks() const
 {
-    return ask_player("marlune::MVideoPlayerView::get_subtitle_tracks", view_,
-                      std::vector<Metadata>(),
-                      [](QMediaPlayer& player) { return to_host(player.subtitleTracks()); });
+    return ask(view_, std::vector<Metadata>(), player, &QMediaPlayer::subtitleTracks);
 }
 
-#define MARLUNE_DEFINE_VIDEO_CALLBACK(source, name, parameters, signal, slot)                      \
-    void MVideoPlayerView::set_func_on_##name(std::function<void parameters> callback) const       \
-    {                                                                                              \
-        set_callback_in_place<VideoView>(                                                          \
-            "marlune::MVideoPlayerView::set_func_on_" #name, view_,                                \
-            [](VideoView & view) -> auto& { return view.callbacks().name; }, std::move(callback)); \
+#define MARLUNE_DEFINE_VIDEO_CALLBACK(source, name, parameters, signal, slot)                \
+    void MVideoPlayerView::set_func_on_##name(std::function<void parameters> callback) const \
+    {                                                                                        \
+        set_callback_in_place(                                                               \
+            view_, [](VideoView & view) -> auto& { return view.callbacks().name; },          \
+            std::move(callback));                                                            \
     }
 MARLUNE_VIDEO_CALLBACKS(MARLUNE_DEFINE_VIDEO_CALLBACK)
 #undef MARLUNE_DEFINE_VIDEO_CALLBACK

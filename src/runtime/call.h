@@ -9,16 +9,11 @@
 
 #include <functional>
 #include <optional>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
-/**
- * The one way in which a call gets from a thread of the host to the Qt thread. A facade member is one
- * expression of it: its name, its view, how it is delivered, its default, what to do.
- *
- *     return call<View>("marlune::MView::get_mips_count", view_, Delivery::Queued, 1,
- *                       [](View& view) { return view.get_mips_count(); });
- */
+/** How a call gets from a thread of the host to the Qt thread. Facades say it by the verbs of facade_call.h. */
 namespace marlune {
 
 /** When the caller of a carried call goes on. */
@@ -133,7 +128,7 @@ auto call_in_place(QObject* object, const Fallback& fallback, Work&& work)
  * and only the Qt thread can tell.
  */
 template <typename Target, typename Result, typename Work>
-Result call(const char* name, QObject* target, Delivery delivery, Result fallback, Work work)
+Result call(std::string_view name, QObject* target, Delivery delivery, Result fallback, Work work)
 {
     trace(name, "M");
     if (!target)
@@ -149,7 +144,7 @@ Result call(const char* name, QObject* target, Delivery delivery, Result fallbac
 
 /** Carries a call that gives nothing. */
 template <typename Target, typename Work>
-void call(const char* name, QObject* target, Delivery delivery, Work work)
+void call(std::string_view name, QObject* target, Delivery delivery, Work work)
 {
     trace(name, "M");
     if (!target)
@@ -167,7 +162,7 @@ void call(const char* name, QObject* target, Delivery delivery, Work work)
  * made before, and never where its target has gone. On the Qt thread too it waits for its turn.
  */
 template <typename Target, typename Work>
-void post(const char* name, QObject* target, Work work)
+void post(std::string_view name, QObject* target, Work work)
 {
     trace(name, "M");
     auto carried = [target, work = std::move(work)]() mutable {
@@ -181,7 +176,7 @@ void post(const char* name, QObject* target, Work work)
 
 /** Carries nothing: runs on the caller's thread, within the bounds of LiveObjects::visit(). */
 template <typename Target, typename Work>
-void visit(const char* name, QObject* target, Work work)
+void visit(std::string_view name, QObject* target, Work work)
 {
     trace(name, "M");
     LiveObjects::instance().visit(target, [&](QObject& object) {

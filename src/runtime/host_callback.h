@@ -53,6 +53,15 @@ void run_outside_callbacks(Object& object, Work work)
         &object);
 }
 
+/** A member as work that waits for callbacks to return. */
+template <typename Object, typename... Parameters>
+auto outside_callbacks(void (Object::*member)(Parameters...))
+{
+    return [member](Object& object, Parameters... arguments) {
+        run_outside_callbacks(object, [=](Object& target) { (target.*member)(arguments...); });
+    };
+}
+
 /**
  * Runs what another thread has queued on the target. A callback that lets events be served must not have
  * the work run under it: the rules for the calls of a callback are not meant for other threads. Such work

@@ -1,8 +1,9 @@
 #pragma once
 
-#include "runtime/call.h"
 #include "runtime/callback_slot.h"
+#include "runtime/facade_call.h"
 
+#include <functional>
 #include <type_traits>
 #include <utility>
 
@@ -31,24 +32,26 @@ void replace_callback(typename Slot::Function callback, Reach reach)
 }  // namespace detail
 
 /** Carries the function to its slot, in turn with the other calls. */
-template <typename Target, typename SlotOf, typename Function>
-void set_callback(const char* name, QObject* target, Delivery delivery, SlotOf slot_of,
-                  Function callback)
+template <detail::IsWork SlotOf, typename Function>
+void set_callback(Caller caller, Delivery delivery, SlotOf slot_of, Function callback)
 {
+    using Target = detail::TargetOf<SlotOf>;
     using Slot = detail::SlotType<Target, SlotOf>;
     detail::replace_callback<Slot>(std::move(callback), [&](const auto& replace) {
-        call<Target>(name, target, delivery,
+        call<Target>(caller.name(), caller.target, delivery,
                      [&](Target& live) { replace(std::invoke(slot_of, live)); });
     });
 }
 
 /** Puts the function into its slot from the caller's thread. */
-template <typename Target, typename SlotOf, typename Function>
-void set_callback_in_place(const char* name, QObject* target, SlotOf slot_of, Function callback)
+template <detail::IsWork SlotOf, typename Function>
+void set_callback_in_place(Caller caller, SlotOf slot_of, Function callback)
 {
+    using Target = detail::TargetOf<SlotOf>;
     using Slot = detail::SlotType<Target, SlotOf>;
     detail::replace_callback<Slot>(std::move(callback), [&](const auto& replace) {
-        visit<Target>(name, target, [&](Target& live) { replace(std::invoke(slot_of, live)); });
+        visit<Target>(caller.name(), caller.target,
+                      [&](Target& live) { replace(std::invoke(slot_of, live)); });
     });
 }
 

@@ -1,9 +1,11 @@
 #include "marlune/quick_view.h"
 
 #include "marlune/app.h"
-#include "runtime/call.h"
+#include "runtime/facade_call.h"
 #include "views/quick_view.h"
 #include "views/view_factory.h"
+
+#include <utility>
 
 namespace marlune {
 
@@ -19,11 +21,7 @@ void MQuickView::reset() const
 
 bool MQuickView::load(std::string module, std::string name) const
 {
-    return call<QuickView>("marlune::MQuickView::load", view_, Delivery::Blocking, false,
-                           [module = std::move(module), name = std::move(name)](QuickView& view) {
-                               return view.load(QString::fromStdString(module),
-                                                QString::fromStdString(name));
-                           });
+    return complete(view_, false, &QuickView::load, std::move(module), std::move(name));
 }
 
 }  // namespace marlune

@@ -2,10 +2,15 @@
 
 #include "runtime/live_objects.h"
 
+#include <QDateTime>
+#include <QNetworkCookie>
 #include <QQuickWebEngineProfile>
+#include <QUrl>
+#include <QWebEngineCookieStore>
 
 #include <atomic>
 #include <list>
+#include <string_view>
 
 namespace marlune {
 
@@ -44,6 +49,27 @@ Profile& current()
             return profile;
     }
     return profiles().front();
+}
+
+struct SameSiteName {
+    std::string_view name;
+    QNetworkCookie::SameSite policy;
+};
+
+constexpr SameSiteName same_site_names[] = {
+    {"default", QNetworkCookie::SameSite::Default},
+    {"none", QNetworkCookie::SameSite::None},
+    {"lax", QNetworkCookie::SameSite::Lax},
+    {"strict", QNetworkCookie::SameSite::Strict},
+};
+
+QNetworkCookie::SameSite same_site_policy(std::string_view text)
+{
+    for (const auto& [name, policy] : same_site_names) {
+        if (name == text)
+            return policy;
+    }
+    return QNetworkCookie::SameSite::Default;
 }
 
 QQuickWebEngineProfile& configure(QQuickWebEngineProfile& profile)
@@ -143,6 +169,21 @@ void set_record(const Record& next)
 void set_user_agent(const QString& text)
 {
     shared_profile()->setHttpUserAgent(text.isEmpty() ? own_user_agent : text);
+}
+
+void set_cookie(QQuickWebEngineProfile& profile, const QString& domain, const QString& path,
+                const std::string& name, const std::string& value, bool secure,
+                const std::string& same_site, int64_t expiry)
+{
+    QNetworkCookie cookie;
+    cookie.setDomain(domain);
+    cookie.setName(QByteArray::fromStdString(name));
+    cookie.setPath(path);
+    cookie.setSecure(secure);
+    cookie.setExpirationDate(QDateTime::fromSecsSinceEpoch(expiry));
+    cookie.setValue(QByteArray::fromStdString(value));
+    cookie.setSameSitePolicy(same_site_policy(same_site));
+    profile.cookieStore()->setCookie(cookie, QUrl());
 }
 
 }  // namespace marlune

@@ -2,6 +2,9 @@
 
 #include <QString>
 
+#include <cstdint>
+#include <string>
+
 class QQuickWebEngineProfile;
 class QWebEngineUrlSchemeHandler;
 
@@ -36,5 +39,10 @@ void set_record(const Record& next);
 
 /** An empty one is the engine's own. On the Qt thread. */
 void set_user_agent(const QString& text);
+
+/** `same_site` is "none", "lax" or "strict", else the default; `expiry` is in s since 1970. */
+void set_cookie(QQuickWebEngineProfile& profile, const QString& domain, const QString& path,
+                const std::string& name, const std::string& value, bool secure,
+                const std::string& same_site, int64_t expiry);
 
 }  // namespace marlune
