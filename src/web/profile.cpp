@@ -102,6 +102,16 @@ void move(Profile& profile, const Record& next)
     profile.record = next;
 }
 
+/** Off the record. */
+QQuickWebEngineProfile* make_profile(QObject* parent)
+{
+#if QT_VERSION >= QT_VERSION_CHECK(6, 9, 0)
+    return new QQuickWebEngineProfile(QString(), parent);  // the other constructor warns of itself
+#else
+    return new QQuickWebEngineProfile(parent);
+#endif
+}
+
 /** The one that is there already, or a new one: no two may keep their files in the same place. */
 Profile& profile_with(const Record& wanted)
 {
@@ -110,7 +120,7 @@ Profile& profile_with(const Record& wanted)
             return profile;
     }
     QQuickWebEngineProfile& first = *profiles().front().engine_profile;
-    Profile& added = profiles().emplace_back(&configure(*new QQuickWebEngineProfile(&first)));
+    Profile& added = profiles().emplace_back(&configure(*make_profile(&first)));
     added.engine_profile->installUrlSchemeHandler("res", res_handler);
     return added;
 }
