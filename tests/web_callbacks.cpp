@@ -222,17 +222,23 @@ TEST(CallsWhileAPageHangs, leave_views_that_show_pages)
         HostWebView view;
         Caller caller;
     };
-    // All at once: it takes seconds until a page counts as one that hangs.
-    std::list<Hanging> all;
-    for (const MemberGroup<Web>& group : member_groups()) {
-        Hanging& hanging = all.emplace_back(group);
-        ASSERT_TRUE(hanging.view.open("res://pack/"));
-        call_in_callbacks(hanging.caller, hanging.view.facade());
+    // All at once, since it takes seconds until a page counts as one that hangs; but for the member by
+    // which the pages of the others can begin anew.
+    for (const bool ends_pages : {false, true}) {
+        std::list<Hanging> all;
+        for (const MemberGroup<Web>& group : member_groups()) {
+            if ((std::string(group.name) == "set_otr") != ends_pages)
+                continue;
+            Hanging& hanging = all.emplace_back(group);
+            ASSERT_TRUE(hanging.view.open("res://pack/"));
+            call_in_callbacks(hanging.caller, hanging.view.facade());
+        }
+        for (Hanging& hanging : all)
+            hanging.view.run("for (;;);");
+        for (Hanging& hanging : all) {
+            EXPECT_TRUE(hanging.view.draw_until([&] { return hanging.caller->has_called(); }, 25s));
+        }
     }
-    for (Hanging& hanging : all)
-        hanging.view.run("for (;;);");
-    for (Hanging& hanging : all)
-        EXPECT_TRUE(hanging.view.draw_until([&] { return hanging.caller->has_called(); }, 25s));
     HostWebView other;
     EXPECT_TRUE(other.open("res://pack/"));
 }

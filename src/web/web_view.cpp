@@ -221,6 +221,19 @@ bool WebView::load()
     return load_module(QStringLiteral("Web"), QStringLiteral("Webview"));
 }
 
+/**
+ * Sends the page elsewhere. The engine of Qt 6.11 ends the program where it is at another navigation, which
+ * a callback may be about.
+ */
+template <typename Work>
+void WebView::order(Work work)
+{
+    if constexpr (QT_VERSION >= QT_VERSION_CHECK(6, 9, 0))
+        run_outside_callbacks(*this, std::move(work));
+    else
+        work(*this);
+}
+
 void WebView::set_url(const QString& url)
 {
     if (QUrl(url).isRelative()) {
@@ -230,7 +243,7 @@ void WebView::set_url(const QString& url)
             qUtf8Printable(objectName()), qUtf8Printable(url));
     }
     url_ = url;
-    emit urlChanged(url_);
+    order([url](WebView& view) { emit view.urlChanged(url); });
 }
 
 void WebView::set_zoom_factor(double factor)
@@ -256,23 +269,25 @@ bool WebView::call_root(const char* function, Arguments&&... arguments)
 
 void WebView::load_html(const QString& html, const QString& base_url)
 {
-    call_root("load_html", Q_ARG(QVariant, html), Q_ARG(QVariant, base_url));
+    order([html, base_url](WebView& view) {
+        view.call_root("load_html", Q_ARG(QVariant, html), Q_ARG(QVariant, base_url));
+    });
     check_page_script();
 }
 
 void WebView::back()
 {
-    call_root("back");
+    order([](WebView& view) { view.call_root("back"); });
 }
 
 void WebView::forward()
 {
-    call_root("forward");
+    order([](WebView& view) { view.call_root("forward"); });
 }
 
 void WebView::back_or_forward(int offset)
 {
-    call_root("back_or_forward", Q_ARG(int, offset));
+    order([offset](WebView& view) { view.call_root("back_or_forward", Q_ARG(int, offset)); });
 }
 
 bool WebView::can_go_back()
@@ -291,12 +306,12 @@ bool WebView::can_go_forward()
 
 void WebView::reload()
 {
-    call_root("reload");
+    order([](WebView& view) { view.call_root("reload"); });
 }
 
 void WebView::reload_and_bypass_cache()
 {
-    call_root("reload_and_bypass_cache");
+    order([](WebView& view) { view.call_root("reload_and_bypass_cache"); });
 }
 
 void WebView::run_javascript(const QString& script)

@@ -167,6 +167,8 @@ signals:
     MARLUNE_WEB_SETTINGS(MARLUNE_WEB_SETTING_SIGNAL)
 
 private:
+    template <typename Work>
+    void order(Work work);
     void close_page();
     void take_profile();
     void publish_on(QObject* root);
