@@ -5,14 +5,17 @@
 
 #include <gtest/gtest.h>
 
+#include <malloc.h>
 #include <sys/inotify.h>
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <map>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace marlune::test {
@@ -173,6 +176,36 @@ TEST(Load, gives_several_views_their_own_scene_of_one_component)
     other.draw_frame();
     EXPECT_EQ(one.picture().pixel(10, 10), GREEN);
     EXPECT_EQ(other.picture().pixel(10, 10), RED);
+}
+
+/** As the web engine does on a thread of its own, and other libraries of a game may. */
+void use_vulkan_beside(const std::atomic<bool>& done)
+{
+    const VkInstanceCreateInfo info{.sType = VK_STRUCTURE_TYPE_INSTANCE_CREATE_INFO};
+    while (!done) {
+        VkInstance instance = VK_NULL_HANDLE;
+        ASSERT_EQ(vkCreateInstance(&info, nullptr, &instance), VK_SUCCESS);
+        std::array<VkPhysicalDevice, 8> devices{};
+        auto count = static_cast<uint32_t>(devices.size());
+        // Here the loader unloads the drivers that have no device.
+        EXPECT_EQ(vkEnumeratePhysicalDevices(instance, &count, devices.data()), VK_SUCCESS);
+        vkDestroyInstance(instance, nullptr);
+    }
+}
+
+TEST(Load, bears_other_threads_that_use_vulkan)
+{
+    // What has been freed is overwritten, so that no use of it stays without effect.
+    mallopt(M_PERTURB, 0xa5);
+    HostView first;
+    std::atomic<bool> done = false;
+    std::jthread beside([&] { use_vulkan_beside(done); });
+    for (int i = 0; i < 60; ++i) {
+        HostView view;
+        expect_that_it_loads(view);
+    }
+    done = true;
+    mallopt(M_PERTURB, 0);
 }
 
 TEST(Load, of_a_root_without_the_console_signal_only_warns)

@@ -8,6 +8,7 @@
 #include "runtime/startup.h"
 #include "runtime/trace.h"
 #include "views/component_files.h"
+#include "views/loader_lock.h"
 #include "views/pipeline_file.h"
 
 #include <QCoreApplication>
@@ -192,17 +193,14 @@ void View::require_drawable(QSizeF size) const
 }
 
 /**
- * A moment after the library's start, the web engine's GPU thread makes a Vulkan instance of its own.
- * The loader writes its list of instances under a lock and reads it without one when it looks up a
- * device's functions, and a look-up that meets the other thread crashes. So a call that takes the lock
- * waits that thread out; then all functions are looked up in one go, and Qt keeps them.
+ * All at once, and Qt keeps them. Vulkan's loader (seen with 1.4.309) goes through the drivers of all
+ * instances for one of them, vkGetDeviceQueue2, and takes no lock for it that another thread would have
+ * that unloads a driver in vkEnumeratePhysicalDevices: so does the web engine's, a moment after the
+ * library's start. The look-up crashed there.
  */
 void View::look_up_device_functions()
 {
-    uint32_t count = 0;
-    vulkan_instance_.functions()->vkEnumeratePhysicalDevices(vulkan_instance_.vkInstance(), &count,
-                                                             nullptr);
-    vulkan_instance_.deviceFunctions(device_);
+    with_loader_locked(vulkan_instance_, [this] { vulkan_instance_.deviceFunctions(device_); });
 }
 
 bool View::device_shares_memory()
