@@ -248,9 +248,9 @@ TEST_F(WebSettings, name_the_encoding_of_pages_that_name_none)
     const std::string encoding = "document.characterSet";
     ASSERT_TRUE(open("/"));
     EXPECT_EQ(view.evaluate(encoding), "\"windows-1252\"");
-    view->set_default_text_encoding("iso-8859-7");
+    view->set_default_text_encoding("shift_jis");
     ASSERT_TRUE(reload("/"));
-    EXPECT_EQ(view.evaluate(encoding), "\"ISO-8859-7\"");
+    EXPECT_EQ(view.evaluate(encoding), "\"Shift_JIS\"");
 
     HostWebView other;
     other->set_default_text_encoding("utf-8");
