@@ -5,19 +5,34 @@
 #include <QCoreApplication>
 #include <QEvent>
 
+#include <gtest/gtest.h>
+
 #include <atomic>
+#include <memory>
 #include <thread>
 
 /** Qt without the library's start: for tests of its insides that play the Qt thread themselves. */
 namespace marlune::test {
 
+/** Ends with the last test: what Qt has at the end of the process does not bear it that late. */
+class ApplicationOfTests : public testing::Environment {
+public:
+    void TearDown() override { application_.reset(); }
+
+private:
+    int argument_count_ = 1;
+    char name_[5] = "test";
+    char* arguments_[2] = {name_, nullptr};
+    std::unique_ptr<QCoreApplication> application_ =
+        std::make_unique<QCoreApplication>(argument_count_, arguments_);
+};
+
 /** Makes the application object, the first time. */
 inline void have_application()
 {
-    static int argument_count = 1;
-    static char name[] = "test";
-    static char* arguments[] = {name, nullptr};
-    static QCoreApplication application(argument_count, arguments);
+    static const auto* const environment =
+        testing::AddGlobalTestEnvironment(new ApplicationOfTests);
+    static_cast<void>(environment);
 }
 
 /** Does what a turn of the event loop does. */
