@@ -28,6 +28,8 @@ Item {
     // The device can take what the engine makes, as far as is known by now.
     readonly property bool fits: webDeviceFits // qmllint disable unqualified
     readonly property list<string> settingNames: webSettings // qmllint disable unqualified
+    // The engine is late with a page's own scripts where the page comes of a text.
+    readonly property bool scriptsOfProfile: webScriptsOfProfile // qmllint disable unqualified
     readonly property var watch: pageWatch // qmllint disable unqualified
     readonly property WebEngineView page: started ? browser.item as WebEngineView : null
 
@@ -249,7 +251,9 @@ Item {
 
     function start(): void {
         const page = browser.item as WebEngineView;
-        page.userScripts.collection = scripts; // qmllint disable
+        const userScripts = (scriptsOfProfile ? profile : page).userScripts; // qmllint disable
+        if (userScripts.collection.length === 0)
+            userScripts.collection = scripts;
         // All settings of the view go by the engine's names, but for one letter of one.
         for (const name of settingNames) {
             const engineName = name.replace("fullscreen", "fullScreen");
