@@ -138,6 +138,7 @@
         const source = event.target;
         drag = { source, data: copyData(event.dataTransfer), target: null, operation: "none" };
         drag.removeSelection = selectionRemover(source);
+        drag.caret = caret();
         const ghostText = event.dataTransfer?.getData("text/plain");
         if (!fire("dragstart", source, event)) {
             drag = null;
@@ -244,6 +245,12 @@
         getSelection().addRange(range);
     }
 
+    // Kept from the start on: engines may put it elsewhere when the mouse gets to a text control.
+    function caret() {
+        const field = document.activeElement;
+        return { field, at: isTextControl(field) ? field.selectionEnd : null };
+    }
+
     function insert(target, mouse) {
         const field = editableAt(target);
         const text = drag.data.getData("text/plain");
@@ -252,14 +259,14 @@
         const place = isTextControl(field) ? null
             : document.caretRangeFromPoint(mouse.clientX, mouse.clientY);
         const { value, selectionEnd } = field;
-        const focused = document.activeElement === field;
+        const { field: focused, at } = drag.caret;
         if (drag.operation === "move" && drag.removeSelection)
             drag.removeSelection();
         field.focus();
         if (place)
             select(place);
         else if (isTextControl(field) && value === field.value && selectionEnd !== null)
-            field.setSelectionRange(...Array(2).fill(focused ? selectionEnd : value.length));
+            field.setSelectionRange(...Array(2).fill(focused === field ? at : value.length));
         // Unlike a change of the value, this can be undone and lets the page know.
         document.execCommand("insertText", false, text);
     }
