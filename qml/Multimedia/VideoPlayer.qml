@@ -63,7 +63,7 @@ MediaScene {
 
     Component.onCompleted: {
         filter.output = picture.videoSink;
-        root.host?.setVideoSink(filter.videoSink);
+        root.host?.setVideoSink(filter.videoSink); // qmllint disable unresolved-type
         root.wake();
     }
 

@@ -95,7 +95,7 @@ Item {
 
     // --- dialogs ---------------------------------------------------------------------------------
 
-    function ask(component: Component, request: QtObject): void {
+    function ask(component: Component, request: var): void {
         if (extras.waiting.length >= extras.mostWaiting) {
             extras.log("dialog", `more than ${extras.mostWaiting} dialogs wait; this one is rejected`);
             request.dialogReject();
@@ -107,7 +107,7 @@ Item {
     }
 
     // For what a page can ask without any doing of the user.
-    function askUnlessSilent(component: Component, request: QtObject): void {
+    function askUnlessSilent(component: Component, request: var): void {
         if (extras.silent)
             refusal.add(request);
         else
