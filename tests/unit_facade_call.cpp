@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -66,19 +65,6 @@ class FacadeCall : public testing::Test {
 protected:
     FacadeCall() { have_application(); }
 
-    /** Has a thread of a host call, and serves it. */
-    template <typename Calls>
-    void on_a_host_s_thread(Calls calls)
-    {
-        std::atomic<bool> done = false;
-        std::thread thread([&] {
-            calls();
-            done = true;
-        });
-        EXPECT_TRUE(serve_until([&] { return done.load(); }));
-        thread.join();
-    }
-
     std::unique_ptr<Target> target = std::make_unique<Target>();
     Target* const nowhere = nullptr;
 };
@@ -106,7 +92,7 @@ TEST_F(FacadeCall, knows_the_member_that_makes_it)
 
 TEST_F(FacadeCall, converts_arguments_and_results)
 {
-    on_a_host_s_thread([&] {
+    serve_while([&] {
         tell(target.get(), &Target::set_name, std::string("ä"));
         complete(target.get(), &Target::set_width, 7u);
         EXPECT_EQ(ask(target.get(), std::string(), &Target::name), "ä");
@@ -119,7 +105,7 @@ TEST_F(FacadeCall, converts_arguments_and_results)
 TEST_F(FacadeCall, goes_on_to_what_a_member_gives)
 {
     target->part_ = std::make_unique<Part>();
-    on_a_host_s_thread([&] {
+    serve_while([&] {
         EXPECT_EQ(ask(target.get(), -1, &Target::part, &Part::mood), 3);
         tell(target.get(), &Target::part, &Part::set_name, std::string("part"));
         EXPECT_EQ(ask(target.get(), std::string(), &Target::part,
@@ -130,7 +116,7 @@ TEST_F(FacadeCall, goes_on_to_what_a_member_gives)
 
 TEST_F(FacadeCall, gives_the_default_where_there_is_nothing_to_ask)
 {
-    on_a_host_s_thread([&] {
+    serve_while([&] {
         EXPECT_EQ(ask(target.get(), -1, &Target::part, &Part::mood), -1) << "a member gives null";
         tell(target.get(), &Target::part, &Part::set_name, std::string("part"));
         EXPECT_EQ(ask(nowhere, std::string("none"), &Target::name), "none");

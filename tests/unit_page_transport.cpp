@@ -137,6 +137,16 @@ protected:
         return (*answer_to(id))["data"];
     }
 
+    /** Calls, and does not wait for the answer. */
+    void post_echo(int id, const QJsonValue& value)
+    {
+        page.post({{"type", INVOKE},
+                   {"id", id},
+                   {"object", "player"},
+                   {"method", "___invoke_method"},
+                   {"args", QJsonArray{"echo", QJsonArray{value}}}});
+    }
+
     void write(const char* object, int property, const QJsonValue& value)
     {
         page.post({{"type", SET}, {"object", object}, {"property", property}, {"value", value}});
@@ -481,11 +491,7 @@ TEST_F(Transport, answers_each_call_of_a_page_for_which_signals_are_dropped)
     constexpr int count = 12'000;
     for (int i = 1; i <= count; ++i) {
         died->func_emit_signal(died, {ValueStd(i)}, {INT});
-        page.post({{"type", INVOKE},
-                   {"id", i},
-                   {"object", "player"},
-                   {"method", "___invoke_method"},
-                   {"args", QJsonArray{"echo", QJsonArray{i}}}});
+        post_echo(i, i);
     }
     serve_all_events();
     reads = true;
@@ -505,13 +511,8 @@ TEST_F(Transport, drops_the_oldest_answers_for_a_page_that_calls_and_hangs)
         "the page does not take what it is sent. The oldest answers are dropped");
     const QString text(1024 * 1024, 'x');
     constexpr int count = 200;
-    for (int i = 1; i <= count; ++i) {
-        page.post({{"type", INVOKE},
-                   {"id", i},
-                   {"object", "player"},
-                   {"method", "___invoke_method"},
-                   {"args", QJsonArray{"echo", QJsonArray{text}}}});
-    }
+    for (int i = 1; i <= count; ++i)
+        post_echo(i, text);
     serve_all_events();
     reads = true;
     page.post({{"type", IDLE}});

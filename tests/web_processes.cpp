@@ -298,11 +298,11 @@ std::ostream& operator<<(std::ostream& out, const Holder& holder)
 }
 
 constexpr Holder HOLDERS[] = {
-    {"loop", "while (true);"},
-    {"alerts", "for (;;) alert('x')"},
-    {"unload", "onunload = () => { while (true); }"},
-    {"pagehide", "onpagehide = () => { while (true); }"},
-    {"beforeunload", "onbeforeunload = () => { while (true); }"},
+    {"loop", "say(); while (true);"},
+    {"alerts", "say(); for (;;) alert('x')"},
+    {"unload", "onunload = () => { while (true); }; say()"},
+    {"pagehide", "onpagehide = () => { while (true); }; say()"},
+    {"beforeunload", "onbeforeunload = () => { while (true); }; say()"},
 };
 
 class HeldPage : public PageProcess, public testing::WithParamInterface<Holder> {
@@ -312,7 +312,7 @@ protected:
     {
         server.serve("/held",
                      html("<title>held</title><body style='background: #0000ff'>"
-                          "<script>function hold() { console.log('holds'); "
+                          "<script>const say = () => console.log('holds'); function hold() {"
                           + std::string(GetParam().script) + "}</script>"));
         ASSERT_TRUE(view.open(server.url("/")));
         ASSERT_TRUE(view.go_to(server.url("/held")));
