@@ -343,13 +343,15 @@ void move_the_storage_with_a_page_open()
     {
         HostWebView view;
         view->set_storage_path(storage());
-        view->set_otr(false);
-        holds = bool(view.open(server.url("/")));
-        for (const char* const folder : {"one", "other"}) {
-            view->set_storage_path(storage() / folder);
-            // A page of another site has a process of its own.
-            holds = holds && view.go_to(server.url("/", "localhost"))
-                && view.go_to(server.url("/"));
+        for (const bool off_the_record : {true, false, true}) {
+            view->set_otr(off_the_record);
+            holds = holds && view.open(server.url("/"));
+            for (const char* const folder : {"one", "other"}) {
+                view->set_storage_path(storage() / folder);
+                // A page of another site has a process of its own.
+                holds = holds && view.go_to(server.url("/", "localhost"))
+                    && view.go_to(server.url("/"));
+            }
         }
     }
     end_life(holds, "the view goes on");

@@ -91,7 +91,9 @@ bool is_elsewhere(const Record& record, const Record& other)
 void move(Profile& profile, const Record& next)
 {
     QQuickWebEngineProfile& engine_profile = *profile.engine_profile;
-    if (profile.record.folder != next.folder) {
+    // Off the record it is of no use, so what has had pages need not get it.
+    const bool uses_folder = !next.off || !keeps_settings || !has_had_pages;
+    if (uses_folder && profile.record.folder != next.folder) {
         engine_profile.setPersistentStoragePath(next.folder);
         engine_profile.setCachePath(next.folder);
     }
@@ -138,13 +140,12 @@ QQuickWebEngineProfile* profile_for_pages()
     return shared_profile();
 }
 
-QQuickWebEngineProfile* set_up_shared_profile()
+void set_up_shared_profile()
 {
     QQuickWebEngineProfile& profile = configure(*QQuickWebEngineProfile::defaultProfile());
     own_user_agent = profile.httpUserAgent();
     profiles().emplace_back(&profile);
     shared.store(&profile, std::memory_order_release);
-    return &profile;
 }
 
 void serve_res(QWebEngineUrlSchemeHandler* handler)

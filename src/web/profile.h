@@ -10,8 +10,8 @@ class QWebEngineUrlSchemeHandler;
 
 namespace marlune {
 
-/** The engine's default profile, configured for all web views. Once, when there is an application object. */
-QQuickWebEngineProfile* set_up_shared_profile();
+/** Configures the engine's default profile for all web views. Once, when there is an application object. */
+void set_up_shared_profile();
 
 /** Has the handler serve "res" for all web views. Once, after set_up_shared_profile(). */
 void serve_res(QWebEngineUrlSchemeHandler* handler);

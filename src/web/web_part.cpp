@@ -7,7 +7,6 @@
 #include "web/url_interceptor.h"
 #include "web/web_view.h"
 
-#include <QQuickWebEngineProfile>
 #include <QtQml>
 #include <QtWebEngineQuick>
 #include <QWebEngineUrlScheme>
@@ -17,7 +16,6 @@ namespace marlune::web_part {
 namespace {
 
 GodotSchemeHandler* handler = nullptr;
-QString default_storage_path;
 
 }  // namespace
 
@@ -40,10 +38,9 @@ void initialize_engine()
 
 void set_up_profile()
 {
-    QQuickWebEngineProfile* const profile = set_up_shared_profile();
+    set_up_shared_profile();
     handler = new GodotSchemeHandler;
     serve_res(handler);
-    default_storage_path = profile->persistentStoragePath();
     qmlRegisterType<GodotURLInterceptor>("Web", 1, 0, "GodotURLInterceptor");
     PublishedObjects::register_type();
     install_popup_catcher();
@@ -71,8 +68,7 @@ CallbackSlot<uint8_t*(std::string, bool&, uint64_t&)>& resource_file()
 
 QString storage_path()
 {
-    const QString path = shared_profile()->persistentStoragePath();
-    return path == default_storage_path ? QString() : path;
+    return record().folder;
 }
 
 }  // namespace marlune::web_part
