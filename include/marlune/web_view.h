@@ -202,10 +202,14 @@ public:
      * kept, session cookies too. Off the record until it is called with false.
      * Pages that are open begin anew at their views' URLs when it goes from false to true, and are not
      * told when it goes from true to false: set it before the first load().
+     * With a Qt after 6.8, pages that are open begin anew in both cases.
      */
     void set_otr(bool off_the_record) const;
 
-    /** The directory for cookies, storage and cache. */
+    /**
+     * The directory for cookies, storage and cache. With a Qt after 6.8, pages that are open begin anew
+     * at their views' URLs when it changes after set_otr(false).
+     */
     void set_storage_path(const std::string& path) const;
 
     /**
