@@ -569,8 +569,8 @@ protected:
             "#",      "?a=b/c", "'",     "\"",     "<",          "{",  "|",   "^",   "`",
             ";",      ":",      "@",     "&",      "~",          "\t", "\n",  "\r",  "\x01",
             "\x7f",   ".html",  ".HTML", ".png",   "index.html", "%0a"};
-        if (dice.one_in(64))
-            return std::string(dice.below(20'000), 'x');
+        if (dice.one_in(64))  // all paths of a visit together fit into a console message
+            return std::string(dice.below(2'000), 'x');
         return dice.one_of(pieces);
     }
 
