@@ -28,8 +28,9 @@ Item {
     // The device can take what the engine makes, as far as is known by now.
     readonly property bool fits: webDeviceFits // qmllint disable unqualified
     readonly property list<string> settingNames: webSettings // qmllint disable unqualified
-    // The engine is late with a page's own scripts where the page comes of a text.
-    readonly property bool scriptsOfProfile: webScriptsOfProfile // qmllint disable unqualified
+    // An engine after that of Qt 6.8. It is late with a page's own scripts where the page comes of a text,
+    // and can lose what it is ordered while it is at a blank page.
+    readonly property bool isNew: webEngineIsNew // qmllint disable unqualified
     readonly property var watch: pageWatch // qmllint disable unqualified
     readonly property WebEngineView page: started ? browser.item as WebEngineView : null
 
@@ -47,6 +48,8 @@ Item {
     property var order: null
     // It may have to be given once more.
     property bool again
+    // The blank page that was there before has nothing to do with it.
+    property bool orderStarted
     // There is a process that can be asked for a sign of life.
     property bool answering
     // The order for the sake of which it has been ended.
@@ -121,6 +124,7 @@ Item {
             }
             order = work;
             again = false;
+            orderStarted = false;
             if (watch.hanging)
                 endPage();
             else if (extras.leaving)
@@ -145,11 +149,22 @@ Item {
     // The page has had the order for a while and goes nowhere.
     function settle(page: WebEngineView): void {
         const work = order;
+        orderStarted = true;
         if (again)
             work(page);
         else
             order = null;
         again = false;
+    }
+
+    function noteForOrder(info: webEngineLoadingInfo): void {
+        const succeeded = info.status === WebEngineView.LoadSucceededStatus;
+        if (info.status === WebEngineView.LoadStartedStatus)
+            orderStarted = orderStarted || info.url.toString() !== "about:blank";
+        else if (isNew && succeeded && order && !orderStarted)
+            again = true;
+        else if (succeeded || info.status === WebEngineView.LoadFailedStatus)
+            order = null;
     }
 
     function endPage(): void {
@@ -251,7 +266,7 @@ Item {
 
     function start(): void {
         const page = browser.item as WebEngineView;
-        const userScripts = (scriptsOfProfile ? profile : page).userScripts; // qmllint disable
+        const userScripts = (isNew ? profile : page).userScripts; // qmllint disable
         if (userScripts.collection.length === 0)
             userScripts.collection = scripts;
         // All settings of the view go by the engine's names, but for one letter of one.
@@ -327,8 +342,10 @@ Item {
         target: root.view
 
         function onUrlChanged(url: string): void {
-            if (root.page)
-                root.send(page => root.open(page, url));
+            if (!root.page)
+                return;
+            root.send(page => root.open(page, url));
+            root.orderStarted = url === "about:blank";
         }
     }
 
@@ -424,8 +441,7 @@ Item {
                 const domain = root.errorDomains[info.errorDomain] ?? "internal";
                 const failed = info.status === WebEngineView.LoadFailedStatus;
                 root.answering = true;
-                if (failed || info.status === WebEngineView.LoadSucceededStatus)
-                    root.order = null;
+                root.noteForOrder(info);
                 if (failed)
                     gone = domain !== "" && !settings.errorPageEnabled;
                 else if (info.status === WebEngineView.LoadSucceededStatus)

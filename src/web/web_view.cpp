@@ -110,7 +110,7 @@ void WebView::prepare_context(QQmlContext* root_context)
     root_context->setContextProperty(QStringLiteral("customWebProfile"), profile_);
     root_context->setContextProperty(QStringLiteral("pageWatch"), &watch_);
     root_context->setContextProperty(QStringLiteral("webSettings"), setting_names());
-    root_context->setContextProperty(QStringLiteral("webScriptsOfProfile"),
+    root_context->setContextProperty(QStringLiteral("webEngineIsNew"),
                                      QT_VERSION >= QT_VERSION_CHECK(6, 9, 0));
     root_context->setContextProperty(QStringLiteral("webDeviceFits"),
                                      engine_draws_in_memory() || device_shares_memory());
