@@ -18,6 +18,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <string>
@@ -70,7 +71,11 @@ protected:
     void open_page()
     {
         page = std::make_unique<FakeTransport>([this](const QJsonObject& message) {
-            answered = answered || message["id"] == "are you there";
+            QJsonArray messages = message["data"].toArray();  // of a bundle
+            messages.append(message);
+            answered = answered || std::ranges::any_of(messages, [](const QJsonValue& part) {
+                           return part["id"] == "are you there";
+                       });
             if (!dice.one_in(50))
                 page->post({{"type", 4}});
         });
