@@ -69,12 +69,18 @@ protected:
     Target* const nowhere = nullptr;
 };
 
-/** A facade, for its name. */
+/** A verb, for the name that it gets. */
+std::string_view name_of(Caller caller)
+{
+    return TracedName(caller.member).get();
+}
+
+/** A facade, for its members' names. */
 struct Facade {
-    std::string_view member() const { return Caller(static_cast<QObject*>(nullptr)).name(); }
+    std::string_view member() const { return name_of(static_cast<QObject*>(nullptr)); }
     std::tuple<int, std::string_view> member_with(std::string, void (*)(int)) const
     {
-        return {0, Caller(static_cast<QObject*>(nullptr)).name()};
+        return {0, name_of(static_cast<QObject*>(nullptr))};
     }
 };
 

@@ -9,7 +9,6 @@
 
 #include <functional>
 #include <optional>
-#include <string_view>
 #include <type_traits>
 #include <utility>
 
@@ -128,7 +127,7 @@ auto call_in_place(QObject* object, const Fallback& fallback, Work&& work)
  * and only the Qt thread can tell.
  */
 template <typename Target, typename Result, typename Work>
-Result call(std::string_view name, QObject* target, Delivery delivery, Result fallback, Work work)
+Result call(TracedName name, QObject* target, Delivery delivery, Result fallback, Work work)
 {
     trace(name, "M");
     if (!target)
@@ -144,7 +143,7 @@ Result call(std::string_view name, QObject* target, Delivery delivery, Result fa
 
 /** Carries a call that gives nothing. */
 template <typename Target, typename Work>
-void call(std::string_view name, QObject* target, Delivery delivery, Work work)
+void call(TracedName name, QObject* target, Delivery delivery, Work work)
 {
     trace(name, "M");
     if (!target)
@@ -162,7 +161,7 @@ void call(std::string_view name, QObject* target, Delivery delivery, Work work)
  * made before, and never where its target has gone. On the Qt thread too it waits for its turn.
  */
 template <typename Target, typename Work>
-void post(std::string_view name, QObject* target, Work work)
+void post(TracedName name, QObject* target, Work work)
 {
     trace(name, "M");
     auto carried = [target, work = std::move(work)]() mutable {
@@ -176,7 +175,7 @@ void post(std::string_view name, QObject* target, Work work)
 
 /** Carries nothing: runs on the caller's thread, within the bounds of LiveObjects::visit(). */
 template <typename Target, typename Work>
-void visit(std::string_view name, QObject* target, Work work)
+void visit(TracedName name, QObject* target, Work work)
 {
     trace(name, "M");
     LiveObjects::instance().visit(target, [&](QObject& object) {

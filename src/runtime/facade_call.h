@@ -35,8 +35,6 @@ struct Caller {
     {
     }
 
-    std::string_view name() const { return qualified_name(member.function_name()); }
-
     QObject* target;
     std::source_location member;
 };
@@ -122,7 +120,7 @@ Result ask_by(Delivery delivery, const Caller& caller, const Result& fallback, W
               Rest&... rest)
 {
     using Target = TargetOf<Work>;
-    return call<Target>(caller.name(), caller.target, delivery, fallback, [&](Target& target) {
+    return call<Target>(caller.member, caller.target, delivery, fallback, [&](Target& target) {
         return run_on<Result>(
             target, [&] { return fallback; }, work, rest...);
     });
@@ -132,7 +130,7 @@ template <typename Work, typename... Rest>
 void tell_by(Delivery delivery, const Caller& caller, Work& work, Rest&... rest)
 {
     using Target = TargetOf<Work>;
-    call<Target>(caller.name(), caller.target, delivery, [&](Target& target) {
+    call<Target>(caller.member, caller.target, delivery, [&](Target& target) {
         run_on<void>(
             target, [] {}, work, rest...);
     });
@@ -169,7 +167,7 @@ template <detail::IsWork Work, typename... Rest>
 void post(Caller caller, Work work, Rest... rest)
 {
     using Target = detail::TargetOf<Work>;
-    post<Target>(caller.name(), caller.target,
+    post<Target>(caller.member, caller.target,
                  [work, carried = std::tuple(std::move(rest)...)](Target& target) {
                      std::apply(
                          [&](const auto&... arguments) {
@@ -185,7 +183,7 @@ template <detail::IsWork Work, typename... Rest>
 void visit(Caller caller, Work work, Rest... rest)
 {
     using Target = detail::TargetOf<Work>;
-    visit<Target>(caller.name(), caller.target, [&](Target& target) {
+    marlune::visit<Target>(caller.member, caller.target, [&](Target& target) {
         detail::run_on<void>(
             target, [] {}, work, rest...);
     });

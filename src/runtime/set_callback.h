@@ -38,7 +38,7 @@ void set_callback(Caller caller, Delivery delivery, SlotOf slot_of, Function cal
     using Target = detail::TargetOf<SlotOf>;
     using Slot = detail::SlotType<Target, SlotOf>;
     detail::replace_callback<Slot>(std::move(callback), [&](const auto& replace) {
-        call<Target>(caller.name(), caller.target, delivery,
+        call<Target>(caller.member, caller.target, delivery,
                      [&](Target& live) { replace(std::invoke(slot_of, live)); });
     });
 }
@@ -50,8 +50,8 @@ void set_callback_in_place(Caller caller, SlotOf slot_of, Function callback)
     using Target = detail::TargetOf<SlotOf>;
     using Slot = detail::SlotType<Target, SlotOf>;
     detail::replace_callback<Slot>(std::move(callback), [&](const auto& replace) {
-        visit<Target>(caller.name(), caller.target,
-                      [&](Target& live) { replace(std::invoke(slot_of, live)); });
+        marlune::visit<Target>(caller.member, caller.target,
+                               [&](Target& live) { replace(std::invoke(slot_of, live)); });
     });
 }
 
