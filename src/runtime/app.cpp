@@ -125,7 +125,6 @@ void stop()
     close_calls();
     media_part::close_players();
     stop_engine();
-    end_animations();
 }
 
 void report_end()
@@ -253,6 +252,8 @@ void M::_create_app()
     end_before_what_stands();
     QApplication::exec();
     stop();
+    // Not at an exit() in a callback: what the thread keeps, and with it the clock, goes before all handlers.
+    end_animations();
     report_end();
 }
 

@@ -12,7 +12,9 @@
 #include <type_traits>
 #include <utility>
 
-/** How a call gets from a thread of the host to the Qt thread. Facades say it by the verbs of facade_call.h. */
+/**
+ * How a call gets from a thread of the host to the Qt thread. Facades use the verbs of facade_call.h.
+ */
 namespace marlune {
 
 /** When the caller of a carried call goes on. */

@@ -2,6 +2,7 @@
 
 #include "runtime/application.h"
 #include "web/cut_edge.h"
+#include "web/engine_version.h"
 
 #include <QPointer>
 #include <QQuickItem>
@@ -36,7 +37,7 @@ constexpr qreal longest_row = 8192;
 constexpr qreal largest_area = 4.0 * 1024 * 1024;
 
 // The engine of Qt 6.11 draws the whole of a popup that is drawn smaller, whatever is cut of it.
-constexpr bool draws_whole_if_scaled = QT_VERSION >= QT_VERSION_CHECK(6, 9, 0);
+constexpr bool draws_whole_if_scaled = engine_is_new;
 
 /** How a popup gets into the view. */
 struct Fit {

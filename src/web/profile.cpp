@@ -1,6 +1,7 @@
 #include "web/profile.h"
 
 #include "runtime/live_objects.h"
+#include "web/engine_version.h"
 
 #include <QDateTime>
 #include <QNetworkCookie>
@@ -21,7 +22,7 @@ namespace {
  * when the profile has got other ones: it crashes with the next page. So a profile that has had pages is
  * left as it is, and another one takes its place.
  */
-constexpr bool keeps_settings = QT_VERSION >= QT_VERSION_CHECK(6, 9, 0);
+constexpr bool keeps_settings = engine_is_new;
 
 /** Stays where it is once it has had pages. */
 struct Profile {

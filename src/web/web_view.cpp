@@ -5,6 +5,7 @@
 #include "runtime/platform.h"
 #include "runtime/trace.h"
 #include "views/component_files.h"
+#include "web/engine_version.h"
 #include "web/profile.h"
 #include "web/published_objects.h"
 
@@ -110,8 +111,7 @@ void WebView::prepare_context(QQmlContext* root_context)
     root_context->setContextProperty(QStringLiteral("customWebProfile"), profile_);
     root_context->setContextProperty(QStringLiteral("pageWatch"), &watch_);
     root_context->setContextProperty(QStringLiteral("webSettings"), setting_names());
-    root_context->setContextProperty(QStringLiteral("webEngineIsNew"),
-                                     QT_VERSION >= QT_VERSION_CHECK(6, 9, 0));
+    root_context->setContextProperty(QStringLiteral("webEngineIsNew"), engine_is_new);
     root_context->setContextProperty(QStringLiteral("webDeviceFits"),
                                      engine_draws_in_memory() || device_shares_memory());
     root_context->setContextProperty(QStringLiteral("webMemoryExtension"),
@@ -230,7 +230,7 @@ bool WebView::load()
 template <typename Work>
 void WebView::order(Work work)
 {
-    if constexpr (QT_VERSION >= QT_VERSION_CHECK(6, 9, 0))
+    if constexpr (engine_is_new)
         run_outside_callbacks(*this, std::move(work));
     else
         work(*this);
