@@ -4,8 +4,8 @@
 #include "page_answers.h"
 #include "picture.h"
 
-#include <marlune/context_object.h>
-#include <marlune/web_view.h>
+#include <marlune/context_object_std.h>
+#include <marlune/mweb_view.h>
 
 #include <cstdint>
 #include <string>

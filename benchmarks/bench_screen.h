@@ -3,7 +3,7 @@
 #include "gpu.h"
 #include "picture.h"
 
-#include <marlune/screen_capture_view.h>
+#include <marlune/mscreen_capture_view.h>
 
 #include <cstdint>
 

@@ -3,7 +3,7 @@
 #include "gpu.h"
 #include "picture.h"
 
-#include <marlune/video_player_view.h>
+#include <marlune/mvideo_player_view.h>
 
 #include <cstdint>
 #include <string>

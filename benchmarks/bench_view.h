@@ -3,7 +3,7 @@
 #include "gpu.h"
 #include "picture.h"
 
-#include <marlune/quick_view.h>
+#include <marlune/mquick_view.h>
 
 #include <cstdint>
 

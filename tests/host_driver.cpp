@@ -4,10 +4,10 @@
 #include "support/host_view.h"
 #include "support/message_log.h"
 
-#include <marlune/camera_view.h>
-#include <marlune/screen_capture_view.h>
-#include <marlune/video_player_view.h>
-#include <marlune/web_view.h>
+#include <marlune/mcamera_view.h>
+#include <marlune/mscreen_capture_view.h>
+#include <marlune/mvideo_player_view.h>
+#include <marlune/mweb_view.h>
 
 #include <gtest/gtest.h>
 

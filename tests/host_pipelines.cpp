@@ -3,7 +3,7 @@
 #include "support/driver_layer.h"
 #include "support/host_view.h"
 
-#include <marlune/web_view.h>
+#include <marlune/mweb_view.h>
 
 #include <gtest/gtest.h>
 

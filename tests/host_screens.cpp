@@ -3,7 +3,7 @@
 #include "support/library.h"
 
 #include <marlune/app.h>
-#include <marlune/view.h>
+#include <marlune/mview.h>
 
 #include <gtest/gtest.h>
 

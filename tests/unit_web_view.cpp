@@ -8,7 +8,7 @@
 #include "web/url_interceptor.h"
 #include "web/web_view.h"
 
-#include "marlune/web_view.h"
+#include "marlune/mweb_view.h"
 
 #include <QMetaMethod>
 #include <QMetaProperty>

@@ -7,7 +7,7 @@
 #include "support/message_log.h"
 #include "support/resource_pack.h"
 
-#include <marlune/view.h>
+#include <marlune/mview.h>
 
 #include <gtest/gtest.h>
 

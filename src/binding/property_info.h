@@ -1,6 +1,6 @@
 #pragma once
 
-#include "marlune/context_object.h"
+#include "marlune/context_object_std.h"
 
 #include <QObject>
 #include <QVariant>

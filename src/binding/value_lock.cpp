@@ -1,4 +1,4 @@
-#include "marlune/context_object.h"
+#include "marlune/context_object_std.h"
 
 #include <mutex>
 

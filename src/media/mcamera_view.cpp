@@ -1,4 +1,4 @@
-#include "marlune/camera_view.h"
+#include "marlune/mcamera_view.h"
 
 #include "media/camera_view.h"
 #include "runtime/facade_call.h"

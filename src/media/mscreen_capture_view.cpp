@@ -1,4 +1,4 @@
-#include "marlune/screen_capture_view.h"
+#include "marlune/mscreen_capture_view.h"
 
 #include "media/screen_capture_view.h"
 #include "runtime/facade_call.h"

@@ -1,4 +1,4 @@
-#include "marlune/video_player_view.h"
+#include "marlune/mvideo_player_view.h"
 
 #include "media/metadata.h"
 #include "media/video_view.h"

@@ -1,4 +1,4 @@
-#include "marlune/quick_view.h"
+#include "marlune/mquick_view.h"
 
 #include "marlune/app.h"
 #include "runtime/facade_call.h"

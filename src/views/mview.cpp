@@ -1,4 +1,4 @@
-#include "marlune/view.h"
+#include "marlune/mview.h"
 
 #include "runtime/facade_call.h"
 #include "runtime/host_callback.h"

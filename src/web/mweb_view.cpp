@@ -1,4 +1,4 @@
-#include "marlune/web_view.h"
+#include "marlune/mweb_view.h"
 
 #include "runtime/facade_call.h"
 #include "runtime/set_callback.h"

@@ -2,7 +2,7 @@
 
 #include "support/vulkan_host.h"
 
-#include <marlune/quick_view.h>
+#include <marlune/mquick_view.h>
 
 namespace marlune::test {
 

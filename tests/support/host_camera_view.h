@@ -3,7 +3,7 @@
 #include "support/fake_camera.h"
 #include "support/followed_view.h"
 
-#include <marlune/camera_view.h>
+#include <marlune/mcamera_view.h>
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include "support/host_view.h"
 #include "support/screen_server.h"
 
-#include <marlune/screen_capture_view.h>
+#include <marlune/mscreen_capture_view.h>
 
 #include <gtest/gtest.h>
 

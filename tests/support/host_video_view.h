@@ -3,7 +3,7 @@
 #include "support/followed_view.h"
 #include "support/input.h"
 
-#include <marlune/video_player_view.h>
+#include <marlune/mvideo_player_view.h>
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 #include "support/vulkan_host.h"
 #include "support/wait.h"
 
-#include <marlune/quick_view.h>
+#include <marlune/mquick_view.h>
 
 #include <chrono>
 #include <memory>

@@ -3,7 +3,7 @@
 #include "support/host_view.h"
 #include "support/input.h"
 
-#include <marlune/web_view.h>
+#include <marlune/mweb_view.h>
 
 #include <gtest/gtest.h>
 

@@ -5,8 +5,8 @@
 #include "support/vulkan_host.h"
 
 #include <marlune/app.h>
+#include <marlune/mquick_view.h>
 #include <marlune/options.h>
-#include <marlune/quick_view.h>
 
 #include <gtest/gtest.h>
 

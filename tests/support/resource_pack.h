@@ -1,6 +1,6 @@
 #pragma once
 
-#include <marlune/view.h>
+#include <marlune/mview.h>
 
 #include <cstdint>
 #include <functional>

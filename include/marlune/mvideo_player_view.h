@@ -1,6 +1,6 @@
 #pragma once
 
-#include <marlune/quick_view.h>
+#include <marlune/mquick_view.h>
 #include <marlune/video_callbacks.h>
 
 #include <cstdint>

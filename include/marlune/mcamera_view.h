@@ -1,7 +1,7 @@
 #pragma once
 
 #include <marlune/camera_callbacks.h>
-#include <marlune/quick_view.h>
+#include <marlune/mquick_view.h>
 
 #include <functional>
 #include <string>
