@@ -1,6 +1,6 @@
 // What is said of an add-on directory that is not whole.
 
-#include "runtime/addon_check.h"
+#include "library/addon_check.h"
 #include "support/message_log.h"
 
 #include <QDir>

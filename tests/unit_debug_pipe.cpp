@@ -1,6 +1,6 @@
 // The debug pipe against a real server on the system's own socket.
 
-#include "runtime/debug_pipe.h"
+#include "library/debug_pipe.h"
 
 #include <gtest/gtest.h>
 

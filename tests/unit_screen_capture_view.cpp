@@ -1,9 +1,9 @@
 // The view behind the facade of screen capture, the recorder of its scene, and which screen a hint means.
 
+#include "media/media_part.h"
 #include "media/screen_capture_view.h"
 #include "media/screen_choice.h"
 #include "media/screen_recorder.h"
-#include "runtime/media_part.h"
 #include "support/message_log.h"
 #include "support/qt_loop.h"
 

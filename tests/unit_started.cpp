@@ -1,7 +1,8 @@
 // What stands once the library has been started, seen from the inside.
 
+#include "library/startup.h"
+#include "runtime/addon_dir.h"
 #include "runtime/context.h"
-#include "runtime/startup.h"
 #include "support/library.h"
 #include "support/wait.h"
 #include "web/scheme_handler.h"

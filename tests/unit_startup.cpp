@@ -1,6 +1,7 @@
 // What the start makes of the options, step by step and without an application.
 
-#include "runtime/startup.h"
+#include "library/startup.h"
+#include "runtime/addon_dir.h"
 #include "support/message_log.h"
 
 #include <marlune/marlune.h>

@@ -1,11 +1,11 @@
 // The view behind the facade of video players, without a scene: what its component finds, and what the
 // host is told of.
 
+#include "media/media_part.h"
 #include "media/metadata.h"
 #include "media/subtitle_text.h"
 #include "media/time_text.h"
 #include "media/video_view.h"
-#include "runtime/media_part.h"
 #include "support/fill_slot.h"
 #include "support/message_log.h"
 #include "support/meta_methods.h"

@@ -69,7 +69,8 @@ function(marlune_make_import_libraries)
     get_property(libraries GLOBAL PROPERTY MARLUNE_STAND_IN_LIBRARIES)
     set(script "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/make_import_libraries.sh")
     set(objects "${CMAKE_BINARY_DIR}/stand_ins/objects.txt")
-    set(list "$<FILTER:$<TARGET_OBJECTS:marlune_objects>,INCLUDE,[.]obj$>")  # no precompiled header
+    set(all "$<TARGET_OBJECTS:marlune_objects>" "$<TARGET_OBJECTS:marlune_qml>")
+    set(list "$<FILTER:${all},INCLUDE,[.]obj$>")  # no precompiled header
     file(GENERATE OUTPUT "${objects}" CONTENT "$<JOIN:${list},\n>\n")
     add_custom_command(OUTPUT ${libraries}
         COMMAND "${script}" "${qt_libraries}" "${CMAKE_BINARY_DIR}/stand_ins/lib" "${objects}" ${modules}

@@ -1,6 +1,6 @@
 #include "media/media_view.h"
 
-#include "runtime/media_part.h"
+#include "media/media_part.h"
 #include "views/component_files.h"
 
 #include <QIODevice>
@@ -69,7 +69,7 @@ QIODevice* refusing_device()
     return device;
 }
 
-void end_with_library(QObject* object)
+void delete_at_shutdown(QObject* object)
 {
     std::erase_if(ending_objects, [](const QPointer<QObject>& former) { return !former; });
     ending_objects.emplace_back(object);

@@ -1,8 +1,8 @@
 #include "media/screen_recorder.h"
 
+#include "media/media_part.h"
 #include "media/media_view.h"
 #include "media/screen_choice.h"
-#include "runtime/media_part.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -43,7 +43,7 @@ void media_part::choose_screen_capture()
 ScreenRecorder::ScreenRecorder(QObject* parent)
     : QObject(parent), screen_capture_(new QScreenCapture(this))
 {
-    end_with_library(screen_capture_);
+    delete_at_shutdown(screen_capture_);
     connect(this, &ScreenRecorder::activeChanged, this, &ScreenRecorder::on_set_active);
     connect(screen_capture_, &QScreenCapture::errorChanged, this, &ScreenRecorder::take_error);
     take_error();  // a system that cannot do it at all says so from the start

@@ -4,7 +4,7 @@
 
 namespace marlune {
 
-/** The application object. Exceptions of the calls that the loop serves end here, and the loop goes on. */
+/** The application object. Catches what the event loop's calls throw, so that the loop goes on. */
 class Application : public QApplication {
     Q_OBJECT
 
@@ -12,9 +12,9 @@ public:
     using QApplication::QApplication;
 
     /**
-     * Sets who is told, on the Qt thread, of each child that an object there gets. An event filter of the
-     * application would not do: Qt asks those on the thread only that was the first to use Qt, which
-     * may be one of the host's.
+     * Registers a function that the Qt thread calls for each child that is added to an object. An
+     * event filter of the application would not do: Qt calls those only on the thread that was the
+     * first to use Qt, which may be one of the host's.
      */
     using ChildWatcher = void (*)(QObject* parent, QObject* child);
     static void set_child_watcher(ChildWatcher watcher);

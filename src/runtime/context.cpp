@@ -1,8 +1,16 @@
 #include "runtime/context.h"
 
+#include "marlune/app.h"
+
 #include <QTimer>
 
 #include <chrono>
+
+namespace marlune {
+
+void* MARLUNE_CTX = nullptr;
+
+}  // namespace marlune
 
 MarluneCtx::MarluneCtx()
 {

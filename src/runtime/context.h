@@ -5,8 +5,8 @@
 #include <QObject>
 
 /**
- * The object that calls are carried to before any view exists. Lives on the Qt thread for good.
- * In the global namespace, so that its meta-object answers to its bare name.
+ * Receives the calls that are posted before any view exists. Lives on the Qt thread and is never
+ * destroyed. In the global namespace, so that its meta-object has the bare name.
  */
 class MarluneCtx : public QObject {
     Q_OBJECT
@@ -14,7 +14,7 @@ class MarluneCtx : public QObject {
 public:
     MarluneCtx();
 
-    /** 1 from the first turn of the event loop on. For a debugger: readiness is MARLUNE_CTX. */
+    /** 1 once the event loop has run. For debuggers; readiness is MARLUNE_CTX. */
     qint32 event_loop_started = 0;
 
 private:

@@ -1,7 +1,5 @@
 #include "views/pipeline_file.h"
 
-#include "runtime/web_part.h"
-
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -14,6 +12,8 @@ namespace marlune {
 
 namespace {
 
+QString chosen_folder;
+
 QByteArray content(const QString& path)
 {
     QFile file(path);
@@ -22,19 +22,24 @@ QByteArray content(const QString& path)
 
 }  // namespace
 
+void set_pipeline_folder(const QString& folder)
+{
+    chosen_folder = folder;
+}
+
 QString pipeline_file()
 {
     if (!QQuickGraphicsConfiguration().isAutomaticPipelineCacheEnabled())
         return {};
-    QString folder = web_part::storage_path();
-    if (folder.isEmpty())
-        folder = QStandardPaths::writableLocation(QStandardPaths::CacheLocation);
+    const QString folder = chosen_folder.isEmpty()
+        ? QStandardPaths::writableLocation(QStandardPaths::CacheLocation)
+        : chosen_folder;
     return folder.isEmpty() ? QString() : folder + QStringLiteral("/marlune_pipelines_vulkan");
 }
 
 void load_pipelines(QRhi& rhi, const QString& file)
 {
-    // Qt looks whether they fit the device, its driver and Qt itself.
+    // Qt checks that they are for this device, driver and version of Qt.
     if (!file.isEmpty())
         rhi.setPipelineCacheData(content(file));
 }
@@ -44,7 +49,7 @@ void save_pipelines(QRhi& rhi, const QString& path)
     const QByteArray pipelines = rhi.pipelineCacheData();
     if (path.isEmpty() || pipelines.isEmpty() || pipelines == content(path))
         return;
-    // Without it only the next run is slower, so a folder that cannot be written is no fault.
+    // Errors are ignored: without the file the next run is only slower to start.
     QDir().mkpath(QFileInfo(path).path());
     QSaveFile file(path);
     if (file.open(QIODevice::WriteOnly) && file.write(pipelines) == pipelines.size())

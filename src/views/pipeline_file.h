@@ -6,17 +6,19 @@ class QRhi;
 
 namespace marlune {
 
+/** Sets the folder of pipeline_file(). Empty (the default) is the user's cache folder. */
+void set_pipeline_folder(const QString& folder);
+
 /**
- * The file that keeps compiled graphics pipelines from one run of the game to the next: in the storage
- * path of web views where the host has set one, else in the user's folder for caches. Empty where
- * there is no such folder, or where the environment variable QSG_RHI_DISABLE_DISK_CACHE forbids it.
+ * The file that keeps compiled graphics pipelines between runs of the game. Empty when there is no
+ * folder, or the environment variable QSG_RHI_DISABLE_DISK_CACHE is set.
  */
 QString pipeline_file();
 
-/** Gives a new device what the file keeps. A file of another device, or a damaged one, counts as none. */
+/** Loads the file into a new QRhi. The file of another device, or a damaged one, is ignored. */
 void load_pipelines(QRhi& rhi, const QString& file);
 
-/** Writes the file, if the device has other pipelines than the file has. */
+/** Writes the file if its content would change. */
 void save_pipelines(QRhi& rhi, const QString& file);
 
 }  // namespace marlune

@@ -1,6 +1,7 @@
 #include "web/profile.h"
 
 #include "runtime/live_objects.h"
+#include "views/pipeline_file.h"
 #include "web/engine_version.h"
 
 #include <QDateTime>
@@ -103,6 +104,7 @@ void move(Profile& profile, const Record& next)
                                                   ? QQuickWebEngineProfile::NoPersistentCookies
                                                   : QQuickWebEngineProfile::ForcePersistentCookies);
     profile.record = next;
+    set_pipeline_folder(next.folder);
 }
 
 /** Off the record. */

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "runtime/callback_slot.h"
 #include "runtime/live_objects.h"
+#include "views/resource_server.h"
 
 #include <QPointer>
 #include <QTimer>
@@ -10,7 +10,6 @@
 
 #include <cstdint>
 #include <deque>
-#include <string>
 
 namespace marlune {
 
@@ -22,8 +21,6 @@ class GodotSchemeHandler : public QWebEngineUrlSchemeHandler {
     Q_OBJECT
 
 public:
-    using ResourceFile = CallbackSlot<uint8_t*(std::string path, bool& flag, uint64_t& size)>;
-
     GodotSchemeHandler();
 
     /** The function that gives the files' bytes. */

@@ -1,5 +1,6 @@
-#include "runtime/web_part.h"
+#include "web/web_part.h"
 
+#include "views/resource_server.h"
 #include "web/popup_catcher.h"
 #include "web/profile.h"
 #include "web/published_objects.h"
@@ -12,12 +13,6 @@
 #include <QWebEngineUrlScheme>
 
 namespace marlune::web_part {
-
-namespace {
-
-GodotSchemeHandler* handler = nullptr;
-
-}  // namespace
 
 void register_scheme()
 {
@@ -39,7 +34,8 @@ void initialize_engine()
 void set_up_profile()
 {
     set_up_shared_profile();
-    handler = new GodotSchemeHandler;
+    auto* const handler = new GodotSchemeHandler;
+    resource_server() = {handler, &handler->resource_file()};
     serve_res(handler);
     qmlRegisterType<GodotURLInterceptor>("Web", 1, 0, "GodotURLInterceptor");
     PublishedObjects::register_type();
@@ -54,21 +50,6 @@ bool has_pages()
 void close_pages()
 {
     WebView::close_pages();
-}
-
-QObject* scheme_handler()
-{
-    return handler;
-}
-
-CallbackSlot<uint8_t*(std::string, bool&, uint64_t&)>& resource_file()
-{
-    return handler->resource_file();
-}
-
-QString storage_path()
-{
-    return record().folder;
 }
 
 }  // namespace marlune::web_part

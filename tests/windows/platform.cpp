@@ -2,7 +2,7 @@
 // real named pipe, and the directory where libraries are looked for.
 
 #include "runtime/platform.h"
-#include "runtime/debug_pipe.h"
+#include "library/debug_pipe.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "runtime/addon_check.h"
+#include "library/addon_check.h"
 
 #include <QDebug>
 #include <QFile>
@@ -12,13 +12,13 @@ namespace marlune {
 
 namespace {
 
-/** What a shipped directory has; any other is passed over in silence. */
+/** Shipped directories have a manifest; others are not checked. */
 QString manifest_of(const QString& addon_dir)
 {
     return addon_dir + QStringLiteral("manifest.json");
 }
 
-// A game may keep the licences elsewhere, and bring fewer languages.
+// A game may ship the licences elsewhere, and fewer languages.
 bool is_optional(const QString& path)
 {
     return path.startsWith(u"licenses/") || path.startsWith(u"translations/");
@@ -39,7 +39,7 @@ QStringList missing_files(const QString& addon_dir)
     return missing;
 }
 
-// Some ways to pack files do not keep the right to run them.
+// Some archive formats do not keep the permission to execute.
 void warn_of_lost_rights(const QString& addon_dir)
 {
     const QFileInfo process(addon_dir + QStringLiteral("QtWebEngineProcess.exe"));

@@ -1,4 +1,4 @@
-#include "runtime/animations.h"
+#include "library/animations.h"
 
 #include <QtQml/private/qabstractanimationjob_p.h>
 
@@ -6,8 +6,8 @@ namespace marlune {
 
 void end_animations()
 {
-    // With the thread, Qt ends first the clock of all timers and then this one. Where it still ran, it
-    // would stop itself at the clock that is gone, which Qt 6.11 does not survive.
+    // At the end of the thread Qt destroys QUnifiedTimer before this timer, which unregisters
+    // itself there if it is running. Qt 6.11 crashes then.
     if (QQmlAnimationTimer* const timer = QQmlAnimationTimer::instance(false))
         QUnifiedTimer::stopAnimationTimer(timer);
 }

@@ -8,17 +8,18 @@
 
 namespace marlune {
 
-/** Collects messages from any thread and writes them to the debug pipe from one thread of its own. */
+/** Collects messages from any thread and writes them to the debug pipe from one thread of its own.
+ */
 class DebugPipeWriter {
 public:
     explicit DebugPipeWriter(platform::PipeHandle pipe) : pipe_(pipe) {}
 
     void enqueue(std::string message);
 
-    /** One pass: writes what has been queued, in order. A message that cannot be written is dropped. */
+    /** Writes the queued messages in order. A message that cannot be written is dropped. */
     void write_pending();
 
-    /** A pass every 200 ms, for ever. */
+    /** Calls write_pending() every 200 ms until the process ends. */
     [[noreturn]] void run();
 
 private:
@@ -27,7 +28,7 @@ private:
     std::vector<std::string> pending_;
 };
 
-/** Connects to the debug pipe and starts its writer's thread; reports a pipe that is not there. */
+/** Connects to the debug pipe and starts the writer's thread; reports a failed connection. */
 void start_debug_pipe();
 
 }  // namespace marlune

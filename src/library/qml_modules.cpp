@@ -1,7 +1,7 @@
 #include "marlune/qml_modules.h"
 
-#include "runtime/qml_modules.h"
-#include "runtime/qml_plugins.h"
+#include "library/qml_modules.h"
+#include "library/qml_plugins.h"
 #include "runtime/trace.h"
 
 #include <QtPlugin>

@@ -1,14 +1,18 @@
-#include "runtime/startup.h"
+#include "library/startup.h"
 
 #include "marlune/app.h"
 #include "marlune/options.h"
-#include "runtime/addon_check.h"
+
+#include "library/addon_check.h"
+#include "library/debug_pipe.h"
+#include "library/qml_modules.h"
+#include "media/media_part.h"
+#include "runtime/addon_dir.h"
 #include "runtime/application.h"
-#include "runtime/debug_pipe.h"
-#include "runtime/media_part.h"
+#include "runtime/context.h"
+#include "runtime/exit_handlers.h"
 #include "runtime/platform.h"
-#include "runtime/qml_modules.h"
-#include "runtime/web_part.h"
+#include "web/web_part.h"
 
 #include <QByteArray>
 #include <QCoreApplication>
@@ -21,30 +25,19 @@
 #include <QtEnvironmentVariables>
 #include <QVersionNumber>
 
+#include <atomic>
 #include <clocale>
 
-namespace marlune {
+namespace marlune::startup {
 
 namespace {
-
-std::string& addon_dir_storage()
-{
-    static std::string directory;
-    return directory;
-}
-
-std::string addon_dir_of(const std::string& root)
-{
-    return root + "/addons/webview/";
-}
 
 struct Variable {
     const char* name;
     const char* value;
 };
 
-// What follows the add-on directory. It ends in a slash and these begin with one: the doubled slash is
-// wanted.
+// Appended to the add-on directory, which ends in a slash: the doubled slash is intended.
 constexpr Variable directory_variables[] = {
     {"QML_IMPORT_PATH", "/qml"},
     {"QT_PLUGIN_PATH", "/plugins"},
@@ -53,32 +46,77 @@ constexpr Variable directory_variables[] = {
     {"QTWEBENGINE_LOCALES_PATH", "/translations/qtwebengine_locales"},
 };
 
-// What suits views in a game; a user who sets these knows better.
+// What suits views in a game. A value that the user has set is kept.
 constexpr Variable defaults[] = {
-    // Smoothing by subpixels takes an opaque background and a known pixel grid. A texture in a game
-    // has neither, and its text would get coloured fringes.
+    // Subpixel antialiasing needs an opaque background and a known pixel grid. A texture in a game
+    // has
+    // neither, and text would get coloured fringes.
     {"QSG_DISTANCEFIELD_ANTIALIASING", "gray"},
-    // Components are loaded from files that are new each time: compiled copies of them would never be
-    // found again, and Qt would keep each one mapped for good.
+    // Components are loaded from new files each time: Qt would never find compiled copies of them
+    // again, and would keep each copy mapped.
     {"QML_DISK_CACHE", "aot"},
-    // None: nothing is encoded. To learn what hardware could, Qt would have FFmpeg make a Vulkan device
-    // with the first player, while the web engine may be making its own on another thread. That takes
-    // time, and the Vulkan loader does not always stand it.
+    // None, since nothing is encoded. Otherwise Qt has FFmpeg create a Vulkan device with the first
+    // player to list the encoders, which takes time; and if the web engine creates its device on
+    // another
+    // thread meanwhile, the Vulkan loader may crash.
     {"QT_FFMPEG_ENCODING_HW_DEVICE_TYPES", ","},
 };
 
-}  // namespace
-
-const std::string& addon_dir()
+/** Makes the application object. The process keeps its locale. */
+Application* make_application()
 {
-    return addon_dir_storage();
+    // Qt keeps references to both for the life of the application object.
+    static char name[] = "libmarlune";
+    static char* arguments[] = {name, nullptr};
+    static int argument_count = 1;
+    // Qt sets the process's locale to the user's, and the game's numbers would get decimal commas.
+    const std::string locale = std::setlocale(LC_ALL, nullptr);
+    auto* const application = new Application(argument_count, arguments);
+    std::setlocale(LC_ALL, locale.c_str());
+    return application;
 }
 
-namespace startup {
+/** For threads of the host, which read it as an atomic. */
+template <typename Pointer>
+void publish(Pointer& global, Pointer value)
+{
+    std::atomic_ref(global).store(value, std::memory_order_release);
+}
+
+}  // namespace
+
+void start()
+{
+    // Before Qt misses files, or another Qt is used, either of which may end the program.
+    const std::string directory = addon_dir_of(opts::PATH_PROJECT_ROOT);
+    set_qt_configuration(directory);
+    set_defaults();
+    warn_of_other_qt(QLibraryInfo::version());
+    warn_of_relative_root(opts::PATH_PROJECT_ROOT);
+    warn_of_missing_files(directory);
+
+    if (opts::LOGGING_DEBUG)
+        start_debug_pipe();
+    set_directories();
+    set_application_identity();
+    set_multimedia();
+    set_chromium_flags();
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Vulkan);
+    web_part::register_scheme();
+    web_part::initialize_engine();
+    publish<void*>(MARLUNE_APP, make_application());
+
+    web_part::set_up_profile();
+    declare_qml_modules();
+    media_part::choose_screen_capture();
+    publish(MARLUNE, new M);
+    publish<void*>(MARLUNE_CTX, new MarluneCtx);
+    register_exit_handlers();
+}
 
 void set_directories()
 {
-    addon_dir_storage() = addon_dir_of(opts::PATH_PROJECT_ROOT);
+    set_addon_dir(addon_dir_of(opts::PATH_PROJECT_ROOT));
     platform::set_library_directory(addon_dir());
     for (const auto& [name, suffix] : directory_variables)
         qputenv(name, QByteArray::fromStdString(addon_dir() + suffix));
@@ -86,7 +124,8 @@ void set_directories()
 
 void set_qt_configuration(const std::string& addon_dir)
 {
-    // A directory that is shipped has a qt.conf in it, by which no Qt of the machine is mixed in.
+    // The qt.conf of a shipped directory keeps files of another Qt on the machine from being
+    // loaded.
     QResource::registerResource(QString::fromLocal8Bit(addon_dir + "qt.rcc"));
 }
 
@@ -153,46 +192,4 @@ void set_defaults()
     }
 }
 
-void before_application()
-{
-    // What is the library's own comes first: the rest is in a fixed order.
-    const std::string directory = addon_dir_of(opts::PATH_PROJECT_ROOT);
-    set_qt_configuration(directory);
-    set_defaults();
-    warn_of_other_qt(QLibraryInfo::version());
-    warn_of_relative_root(opts::PATH_PROJECT_ROOT);
-    warn_of_missing_files(directory);  // before Qt misses them, which may end the program
-
-    if (opts::LOGGING_DEBUG)
-        start_debug_pipe();
-    set_directories();
-    set_application_identity();
-    set_multimedia();
-    set_chromium_flags();
-    QQuickWindow::setGraphicsApi(QSGRendererInterface::Vulkan);
-    web_part::register_scheme();
-    web_part::initialize_engine();
-}
-
-Application* make_application()
-{
-    // Qt keeps references to both for the life of the application object.
-    static char name[] = "libmarlune";
-    static char* arguments[] = {name, nullptr};
-    static int argument_count = 1;
-    // Qt sets the process's locale to the user's, and the game's numbers would get decimal commas.
-    const std::string locale = std::setlocale(LC_ALL, nullptr);
-    auto* const application = new Application(argument_count, arguments);
-    std::setlocale(LC_ALL, locale.c_str());
-    return application;
-}
-
-void after_application()
-{
-    declare_qml_modules();
-    media_part::choose_screen_capture();
-}
-
-}  // namespace startup
-
-}  // namespace marlune
+}  // namespace marlune::startup

@@ -1,4 +1,4 @@
-#include "runtime/debug_pipe.h"
+#include "library/debug_pipe.h"
 
 #include <chrono>
 #include <iostream>
@@ -11,7 +11,7 @@ namespace {
 
 void report_failure(const char* what)
 {
-    const long code = platform::last_error();  // before anything is printed, which sets it anew
+    const long code = platform::last_error();  // before printing, which may change it
     std::cerr << what << " Error: " << code << std::endl;
 }
 
