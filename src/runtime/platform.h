@@ -4,29 +4,30 @@
 #include <string>
 #include <string_view>
 
-/** Everything that differs between the operating systems. One source file for each. */
+/** All that differs between operating systems, in one source file for each system. */
 namespace marlune::platform {
 
-/** Makes the directory one in which the system looks for shared libraries, where that takes a call. */
+/** Adds the directory to those in which the system looks for shared libraries, if that takes a
+ * call. */
 void set_library_directory(const std::string& path);
 
-/** Keeps the library loaded until the process ends, whatever the host unloads. */
+/** Keeps the library loaded until the process ends, even if the host unloads it. */
 void stay_loaded();
 
 /**
- * Has two functions run when the process exits: `leave` first of all, where the main thread calls this and
- * exits itself, and `end` before what has been set up until now is taken down. Where the system ends a
- * process's threads before anything else, nothing is left to be ended, and neither is run.
+ * Registers two functions for the exit of the process. `leave` runs before all other exit handlers,
+ * if the main thread registers it and is the one that exits; `end` runs before what has been set up
+ * so far is taken down. On systems that end all threads of a process first, neither runs.
  */
 void run_at_exit(void (*leave)(), void (*end)(int exit_code));
 
-/** Ends this process as it is, but for what it has written. */
+/** Ends this process at once, without exit handlers, after flushing its output. */
 [[noreturn]] void end_this_process(int exit_code);
 
-/** Has `leave` run in the child of each fork of this process, which has none of its threads. */
+/** Has `leave` run in each forked child, which has none of the other threads. */
 void run_in_forked_child(void (*leave)());
 
-/** Ends what the stopped web engine leaves of its processes. */
+/** Ends the processes that the stopped web engine leaves behind. */
 void end_engine_processes();
 
 using PipeHandle = std::intptr_t;
@@ -38,17 +39,17 @@ PipeHandle open_debug_pipe();
 /** Writes all of the bytes, blocking; false on failure, see last_error(). */
 bool write_debug_pipe(PipeHandle pipe, std::string_view bytes);
 
-/** What a Vulkan device needs to take memory of another device, and a function that comes with it. */
-struct MemorySharing {
+/** The Vulkan extension by which a device imports memory of another one, and a function of it. */
+struct ExternalMemory {
     const char* extension;
     const char* function;
 };
-extern const MemorySharing memory_sharing;
+extern const ExternalMemory external_memory;
 
-/** Ends a process of this user's at once, by its number, without asking it. */
+/** Kills a process of this user. */
 void end_process(std::int64_t id);
 
-/** The system's code for the failure that this thread met last. */
+/** The system's error code of this thread's last failed call. */
 long last_error();
 
 }  // namespace marlune::platform

@@ -29,7 +29,7 @@ std::string debug_socket_path()
     return directory / "webview.debug.sock";
 }
 
-/** The number of the process whose child it is; -1 for one that has gone. */
+/** The parent's process ID; -1 when the process has ended. */
 pid_t parent_of(const std::filesystem::path& process)
 {
     std::ifstream status(process / "status");
@@ -41,7 +41,7 @@ pid_t parent_of(const std::filesystem::path& process)
     return -1;
 }
 
-/** The engine starts new processes from ones that it keeps for that and does not end. */
+/** The engine starts its processes from zygotes, which it does not end. */
 bool is_engine_zygote(const std::filesystem::path& process)
 {
     std::ifstream file(process / "cmdline");
@@ -64,7 +64,7 @@ std::vector<pid_t> engine_children()
     return children;
 }
 
-/** What the main thread keeps goes down first of all at exit(), whatever has been registered since. */
+/** exit() destroys the main thread's thread_local objects before it runs any registered handler. */
 struct MainThreadEnd {
     void (*leave)();
     ~MainThreadEnd() { leave(); }
@@ -87,10 +87,10 @@ void run_at_exit(void (*leave)(), void (*end)(int exit_code))
     if (::gettid() == ::getpid()) {
         static thread_local const MainThreadEnd main_thread_end{leave};
     }
-    // For exit() on any other thread, which knows only the order of registration.
-    ::on_exit([](int exit_code,
-                 void* function) { reinterpret_cast<void (*)(int)>(function)(exit_code); },
-              reinterpret_cast<void*>(end));
+    // For exit() on any other thread, which runs handlers in the reverse order of registration.
+    ::on_exit(
+        [](int exit_code, void* function) { reinterpret_cast<void (*)(int)>(function)(exit_code); },
+        reinterpret_cast<void*>(end));
 }
 
 void end_this_process(int exit_code)
@@ -138,7 +138,7 @@ PipeHandle open_debug_pipe()
 bool write_debug_pipe(PipeHandle pipe, std::string_view bytes)
 {
     while (!bytes.empty()) {
-        // Without a signal: a reader that has gone away must not end the game.
+        // Without SIGPIPE: a reader that has closed its end must not end the game.
         const ssize_t sent =
             ::send(static_cast<int>(pipe), bytes.data(), bytes.size(), MSG_NOSIGNAL);
         if (sent < 0 && errno == EINTR)
@@ -150,7 +150,7 @@ bool write_debug_pipe(PipeHandle pipe, std::string_view bytes)
     return true;
 }
 
-const MemorySharing memory_sharing{"VK_KHR_external_memory_fd", "vkGetMemoryFdPropertiesKHR"};
+const ExternalMemory external_memory{"VK_KHR_external_memory_fd", "vkGetMemoryFdPropertiesKHR"};
 
 void end_process(std::int64_t id)
 {

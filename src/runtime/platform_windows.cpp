@@ -21,7 +21,7 @@ void stay_loaded()
 
 void run_at_exit(void (*)(), void (*)(int))
 {
-    // What a library has registered runs when the system has ended all other threads.
+    // A library's handlers run after the system has ended all other threads.
 }
 
 void end_this_process(int exit_code)
@@ -55,8 +55,8 @@ bool write_debug_pipe(PipeHandle pipe, std::string_view bytes)
         != 0;
 }
 
-const MemorySharing memory_sharing{"VK_KHR_external_memory_win32",
-                                   "vkGetMemoryWin32HandlePropertiesKHR"};
+const ExternalMemory external_memory{"VK_KHR_external_memory_win32",
+                                     "vkGetMemoryWin32HandlePropertiesKHR"};
 
 void end_process(std::int64_t id)
 {

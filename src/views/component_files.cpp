@@ -24,7 +24,7 @@ QString resource_path(const QString& module, const QString& name)
     return QStringLiteral(":/%1/qml/%2/%3.qml.enc").arg(module, module, name);
 }
 
-/** The component's temporary file, the same one each time. On the Qt thread only. */
+/** The component's temporary file, always at the same path. On the Qt thread only. */
 QString temporary_path(const QString& module, const QString& name)
 {
     static QHash<QString, QString> paths;
@@ -38,7 +38,7 @@ QString temporary_path(const QString& module, const QString& name)
 
 void register_type(const QString& path, const QString& module, const QString& name)
 {
-    // Once: each registration of the same type again would only add to Qt's tables.
+    // Once: repeated registrations would only grow Qt's tables.
     static QSet<std::pair<QString, QString>> registered;
     if (registered.contains({module, name}))
         return;
@@ -47,8 +47,8 @@ void register_type(const QString& path, const QString& module, const QString& na
 }
 
 /**
- * The path is known to others once it has been used. So the file is always a new one: what somebody has
- * put there, a link for example, is taken away or refused, and never written through.
+ * Other users know the path once it has been used. So the file is always created: a file or link
+ * that someone has put there is removed or refused, and never written to.
  */
 bool write_file(const QString& path, const QByteArray& bytes)
 {

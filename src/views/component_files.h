@@ -9,7 +9,8 @@ namespace marlune {
  * its module. The file is deleted once the event loop turns, when the scene has been made from it.
  *
  * A component has the same file path for the life of the process, so that the type stays registered
- * under one URL. False, with a warning, when there is no such component or its file cannot be written.
+ * under one URL. False, with a warning, when there is no such component or its file cannot be
+ * written.
  */
 bool publish_component(const QString& module, const QString& name);
 

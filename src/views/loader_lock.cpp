@@ -9,8 +9,9 @@ namespace marlune {
 
 namespace {
 
-// The loader lends its lock to nobody, but it allocates memory under it. So the work is done when it asks
-// for memory to make an instance with, and then it gets none: the instance is given up right at its begin.
+// The loader does not expose its lock, but allocates memory while it holds it. So the work runs in
+// the allocation callback of an instance to be created; the callback then fails, and no instance is
+// created.
 class Allocator {
 public:
     explicit Allocator(const std::function<void()>& work) : work_(work) {}

@@ -7,8 +7,9 @@ class QVulkanInstance;
 namespace marlune {
 
 /**
- * Does the work while Vulkan's loader lets no other thread load or unload drivers. The instance is any,
- * and stays as it is; the work may look functions up, and must make no other call of Vulkan.
+ * Runs the work while Vulkan's loader keeps other threads from loading or unloading drivers. Any
+ * instance will do, and it is not changed. The work may look functions up, and must make no other
+ * Vulkan call.
  */
 void with_loader_locked(QVulkanInstance& instance, const std::function<void()>& work);
 

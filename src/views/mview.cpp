@@ -2,11 +2,10 @@
 
 #include "runtime/facade_call.h"
 #include "runtime/host_callback.h"
+#include "runtime/qt_thread.h"
 #include "runtime/set_callback.h"
-#include "runtime/web_part.h"
+#include "views/resource_server.h"
 #include "views/view.h"
-
-#include "marlune/app.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -113,7 +112,7 @@ void MView::reset() const
 
 void MView::destroy()
 {
-    // Another thread's copy may have deleted the view by now: then the call does not run.
+    // Where another thread's copy has deleted the view, the call does not run.
     complete(view_,
              [](View& target) { run_outside_callbacks(target, [](View& view) { delete &view; }); });
     view_ = nullptr;
@@ -146,16 +145,17 @@ void MView::key_event(uint32_t key, uint16_t action, const std::string& text) co
 
 void MView::set_func_javascript_console_log(JavaScriptConsoleLog callback) const
 {
-    set_callback(view_, Delivery::Blocking, &View::javascript_console_log, std::move(callback));
+    set_callback(view_, WaitFor::Cleanup, &View::javascript_console_log, std::move(callback));
 }
 
 void MView::set_func_resource_file(ResourceFile callback) const
 {
-    // A plain facade gets here without having waited for the start.
-    M::ensure_qt_eventloop_is_running();
+    // The constructor of a plain MView has not waited for the start.
+    QtThread::instance().wait_until_ready();
+    const ResourceServer server = resource_server();
     set_callback(
-        web_part::scheme_handler(), Delivery::Blocking,
-        [](QObject&) -> auto& { return web_part::resource_file(); }, std::move(callback));
+        server.object, WaitFor::Cleanup, [file = server.file](QObject&) -> auto& { return *file; },
+        std::move(callback));
 }
 
 void MView::set_func_resource_file_free(std::function<void()>) const

@@ -14,7 +14,7 @@ namespace marlune::private_graphics {
 
 namespace {
 
-/** Reaches what a resource keeps to itself. */
+/** Gives access to a protected member. */
 struct Reach : QRhiResource {
     static QRhiImplementation* implementation(QRhiResource& resource)
     {
@@ -23,8 +23,8 @@ struct Reach : QRhiResource {
 };
 
 /**
- * The end of a QRhi waits for the whole device, so that no queue of it may be in use meanwhile, on any
- * thread of the host. It does not wait when the device is lost, so that is what it is made to believe.
+ * ~QRhi waits for the whole device, which requires that no thread of the host uses any queue
+ * meanwhile. It does not wait for a lost device, so the device is marked as lost.
  */
 void skip_wait_for_device(QRhi& rhi)
 {
@@ -53,7 +53,7 @@ OwnRhi take_rhi(QQuickRenderControl& control, const QString& pipeline_file)
 
 bool end_frame(QQuickRenderControl& control)
 {
-    // What QQuickRenderControl::endFrame() does, which keeps the result to itself.
+    // As QQuickRenderControl::endFrame(), which does not return the result.
     const QRhi::FrameOpResult result = control.rhi()->endOffscreenFrame();
     QQuickRenderControlPrivate::get(&control)->frameStatus =
         QQuickRenderControlPrivate::NotRecordingFrame;
@@ -66,7 +66,7 @@ bool knows_device(QQuickRenderControl& control)
     return QQuickWindowPrivate::get(control.window())->redirect.commandBuffer;
 }
 
-void take_changes(QQuickRenderControl& control)
+void sync_changes(QQuickRenderControl& control)
 {
     control.polishItems();
     QQuickWindowPrivate::get(control.window())->syncSceneGraph();

@@ -8,30 +8,31 @@ class QQuickRenderControl;
 class QRhi;
 
 /**
- * What the render core does with Qt's graphics beyond Qt's public interface. All that views use of Qt's
- * private headers is used here.
+ * What the render core needs of Qt's graphics beyond the public interface. All use of Qt's private
+ * headers by views is here.
  */
 namespace marlune::private_graphics {
 
-/** Ends a QRhi: saves the pipelines that it has compiled, and waits for its own queue alone. */
+/** Destroys a QRhi: saves its compiled pipelines, and waits for its own queue only. */
 struct EndRhi {
-    QString pipeline_file;  // empty: they are not saved
+    QString pipeline_file;  // empty: not saved
 
     void operator()(QRhi* rhi) const;
 };
 
 using OwnRhi = std::unique_ptr<QRhi, EndRhi>;
 
-/** Takes over the QRhi of an initialized render control, which uses it on; it must outlive both. */
+/** Takes ownership of the QRhi of an initialized render control, which it must outlive. */
 OwnRhi take_rhi(QQuickRenderControl& control, const QString& pipeline_file);
 
-/** Ends the frame that has begun; false when the GPU has not been given it. */
+/** Ends the current frame; false when it was not submitted to the GPU. */
 bool end_frame(QQuickRenderControl& control);
 
 /** True once the render control's window has had a frame, by which its items know their device. */
 bool knows_device(QQuickRenderControl& control);
 
-/** Takes changes of the items into the scene graph outside of a frame: nothing is submitted. */
-void take_changes(QQuickRenderControl& control);
+/** Synchronizes the items' changes into the scene graph outside of a frame: nothing is submitted.
+ */
+void sync_changes(QQuickRenderControl& control);
 
 }  // namespace marlune::private_graphics

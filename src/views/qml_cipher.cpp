@@ -8,7 +8,7 @@ const std::string qml_cipher_key = "the moon pulls at the sea and calls it rende
 
 void apply_qml_cipher(std::span<char> bytes, std::string_view key)
 {
-    // FNV-1a makes the generator's seed of the key; xorshift64* makes the stream. Never zero.
+    // FNV-1a hashes the key to the seed, which must not be 0; xorshift64* generates the stream.
     std::uint64_t state = 0xcbf29ce484222325u;
     for (const char character : key)
         state = (state ^ static_cast<std::uint8_t>(character)) * 0x100000001b3u;

@@ -7,8 +7,8 @@
 namespace marlune {
 
 /**
- * Turns a QML source into its stored form and back: the same routine does both. It keeps the sources
- * from being read by a glance into the library, and hides nothing from anyone determined.
+ * Enciphers and deciphers a QML source; both are the same operation. It keeps the sources from
+ * casual readers of the library's file and is no protection against others.
  */
 void apply_qml_cipher(std::span<char> bytes, std::string_view key);
 

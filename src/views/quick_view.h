@@ -4,7 +4,7 @@
 
 namespace marlune {
 
-/** The view that shows a component of one of the library's own QML modules. */
+/** A view of a component of one of the library's QML modules. */
 class QuickView : public View {
     Q_OBJECT
 
@@ -13,7 +13,7 @@ public:
 
     void prepare_context(QQmlContext* root_context) override;
 
-    /** False or an exception on failure. The module "Web" is for web views alone. */
+    /** Returns false or throws on failure. Refuses the module "Web", which needs a web view. */
     bool load(const QString& module, const QString& name);
 };
 

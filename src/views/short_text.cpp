@@ -12,7 +12,7 @@ bool ends_line(QChar unit)
         || unit == QChar::ParagraphSeparator;
 }
 
-/** The end of the first `lines` lines, without what ends the last of them. */
+/** The end of the first `lines` lines, without the last line break. */
 qsizetype end_of_lines(QStringView text, qsizetype lines)
 {
     for (qsizetype i = 0; i < text.size(); ++i) {

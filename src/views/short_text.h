@@ -6,8 +6,8 @@
 namespace marlune {
 
 /**
- * The text, or its beginning and an ellipsis where it has more UTF-16 units or lines than given. For
- * what comes from a page or a file: to lay out or copy a text of 100 MB takes minutes.
+ * The text, cut with an ellipsis if it has more UTF-16 units or lines. For text from a page or a
+ * file: laying out or copying 100 MB takes minutes.
  */
 QString shortened(QStringView text, qsizetype units, qsizetype lines);
 

@@ -1,9 +1,11 @@
 #include "views/view.h"
 
-#include "marlune/app.h"
 #include "runtime/host_callback.h"
+#include "runtime/version.h"
+#include "views/private_graphics.h"
 #include "views/short_text.h"
 
+#include <QCoreApplication>
 #include <QDebug>
 #include <QQmlComponent>
 #include <QQmlEngine>
@@ -13,9 +15,7 @@
 #include <QScopedValueRollback>
 #include <rhi/qrhi.h>
 
-#include <cmath>
 #include <limits>
-#include <stdexcept>
 #include <utility>
 
 namespace marlune {
@@ -23,8 +23,6 @@ namespace marlune {
 namespace {
 
 constexpr qreal minimum_side = 256;
-constexpr int maximum_rate = 120;
-constexpr auto unseen_after = std::chrono::milliseconds(250);
 
 }  // namespace
 
@@ -38,7 +36,7 @@ View::~View()
 {
     withdraw();
     reset();
-    release_texture();
+    texture_.release();
 }
 
 void View::prepare_context(QQmlContext*)
@@ -56,25 +54,16 @@ void View::before_reset() {}
 void View::set_view_monitor(VkInstance instance)
 {
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Vulkan);
-    if (vulkan_instance_.isValid() && vulkan_instance_.vkInstance() == instance)
+    if (!device_.is_other_instance(instance))
         return;
-
-    // All that stands was made on the old instance. Without one given, Qt would make its own.
     reset();
-    release_texture();
-    vulkan_instance_.destroy();
-    vulkan_instance_.setVkInstance(instance);
-    if (!instance || !vulkan_instance_.create())
-        throw std::runtime_error("Failed to create VkInstance");
+    texture_.release();
+    device_.set_instance(instance);
 }
 
 void View::set_statistics_monitor(VkPhysicalDevice physical_device, VkDevice device)
 {
-    physical_device_ = physical_device;
-    device_ = device;
-    graphics_device_ = physical_device && device
-        ? QQuickGraphicsDevice::fromDeviceObjects(physical_device, device, 0, 0)
-        : QQuickGraphicsDevice();
+    device_.set_device(physical_device, device);
 }
 
 void View::set_resolution(QSizeF resolution)
@@ -104,135 +93,100 @@ bool View::has_usable_resolution() const
     return true;
 }
 
-void View::set_refresh_rate(int rate)
-{
-    if (rate < 1) {
-        qWarning() << "bad refresh rate" << rate;
-        return;
-    }
-    if (rate > maximum_rate) {
-        qWarning() << "refresh rate " << rate << " too high, setting to 120";
-        rate = maximum_rate;
-    }
-    const auto interval = static_cast<int>(std::round(1000.0 / rate));
-    // 60 Hz: a host that asks every 16.7 ms must not find every other frame not yet due.
-    frame_interval_ = std::chrono::milliseconds(interval == 17 ? 16 : interval);
-}
-
-int View::get_refresh_rate() const
-{
-    return static_cast<int>(
-        std::round(1 / (static_cast<double>(frame_interval_.count()) / 1000.0)));
-}
-
 int View::get_mips_count() const
 {
-    // A resolution that no device can do fits no whole number of Qt's either.
+    // Such a resolution would overflow the numbers of QSize.
     constexpr auto largest = static_cast<qreal>(std::numeric_limits<int>::max());
     const QSizeF size = resolution_.boundedTo({largest, largest});
-    return rhi_ ? QRhi::mipLevelsForSize(size.toSize()) : 1;
+    return texture_.rhi() ? QRhi::mipLevelsForSize(size.toSize()) : 1;
 }
 
 void View::render()
 {
     // A set-up that has failed leaves a render control behind, but no target.
-    if (!render_control_ || !render_target_)
+    if (!render_control_ || !texture_.has_target())
         return;
-    // Script that the frame runs can lead, through a callback of the host, back to here.
-    if (rendering_ || rhi_->isDeviceLost())
+    // A script that runs in the frame can call back to here by way of the host.
+    if (rendering_ || texture_.is_device_lost() || !pacer_.take_due_frame())
         return;
-    const auto now = std::chrono::steady_clock::now();
-    if (now - last_frame_ < frame_interval_)
-        return;
-    last_frame_ = now;
     const QScopedValueRollback guard(rendering_, true);
-    if (!draw_frame())
+    if (!texture_.draw(*render_control_, mipmaps_enabled_))
         return report_missing_frame();
-    texture_drawn_ = true;
     frame_is_missing_ = false;
     ++frames_rendered_;
     emit frameRendered();
 }
 
-/** False when the device is lost or has no memory, of which Qt has said more. */
-bool View::draw_frame()
-{
-    render_control_->polishItems();
-    render_control_->beginFrame();
-    if (!rhi_->isRecordingFrame())
-        return false;
-    render_control_->sync();
-    // A new texture has nothing to make smaller levels from, nor a layout to come back to.
-    if (mipmaps_enabled_ && texture_drawn_) {
-        QRhiResourceUpdateBatch* const updates = rhi_->nextResourceUpdateBatch();
-        updates->generateMips(texture_.get());
-        render_control_->commandBuffer()->resourceUpdate(updates);
-    }
-    render_control_->render();
-    return private_graphics::end_frame(*render_control_);
-}
-
-/** Once for all frames in a row, and once for a lost device, which draws no more. */
+/** Once for a series of frames, and once for a lost device, which draws no more. */
 void View::report_missing_frame()
 {
-    if (rhi_->isDeviceLost()) {
+    if (texture_.is_device_lost()) {
         qCritical("%s: the Vulkan device is lost; load again with a new one, or destroy the view",
                   qUtf8Printable(objectName()));
-    } else if (texture_drawn_ && !std::exchange(frame_is_missing_, true)) {
+    } else if (texture_.is_drawn() && !std::exchange(frame_is_missing_, true)) {
         qWarning("%s: a frame could not be drawn; the texture keeps the one before",
                  qUtf8Printable(objectName()));
     }
 }
 
 /**
- * Outside of a frame: nothing is recorded and nothing is submitted, for the queue may be the host's just
- * now. What has to be uploaded waits for the next frame, as it does in Qt Quick anyway.
+ * Outside of a frame: nothing is recorded and nothing is submitted, since the host may be using the
+ * queue. Uploads wait for the next frame, as they do in Qt Quick anyway.
  */
-void View::take_changes()
+void View::sync_changes()
 {
     // Before the first frame there is no command buffer, by which items find their device.
-    if (rendering_ || !texture_drawn_ || !render_target_ || rhi_->isDeviceLost()
+    if (rendering_ || !texture_.is_drawn() || !texture_.has_target() || texture_.is_device_lost()
         || !private_graphics::knows_device(*render_control_))
         return;
-    // Nobody looks: what feeds the items may wait, and so saves its work.
-    if (std::chrono::steady_clock::now() - last_frame_ > unseen_after)
+    // The producer of an unseen item may wait, which saves its work.
+    if (pacer_.is_idle())
         return;
     const QScopedValueRollback guard(rendering_, true);
-    private_graphics::take_changes(*render_control_);
+    private_graphics::sync_changes(*render_control_);
 }
 
-void View::take_changes_at_once()
+void View::sync_on_scene_change()
 {
-    connect(render_control_.get(), &QQuickRenderControl::sceneChanged, this, &View::take_changes,
+    connect(render_control_.get(), &QQuickRenderControl::sceneChanged, this, &View::sync_changes,
             Qt::QueuedConnection);
 }
 
 void View::reset()
 {
     before_reset();
-    ready_ = false;
-    render_pass_.reset();
-    render_target_.reset();
-    depth_stencil_.reset();
+    texture_.close_target();
     delete std::exchange(root_item_, nullptr);
     component_.reset();
     engine_.reset();
     window_.reset();
     render_control_.reset();
-    // The texture stays for the host, and the QRhi that it belongs to with it. What the scene has used
-    // on the GPU would stay too, until the QRhi's next frame, which never comes.
-    if (!texture_)
-        rhi_.reset();
-    else if (rhi_)
-        rhi_->finish();
+    texture_.keep_for_host();
 }
 
-/** Ends what reset() leaves. Nothing but the destructor, a new set-up and a new instance may do so. */
-void View::release_texture()
+void View::mouse_click(quint16 button, quint16 action, QPointF position)
 {
-    native_texture_ = 0;
-    texture_.reset();
-    rhi_.reset();
+    if (window_)
+        input_.mouse_click(*window_, button, action, position);
+}
+
+void View::mouse_move(QPointF position)
+{
+    if (window_)
+        input_.mouse_move(*window_, position);
+}
+
+void View::mouse_wheel(QPointF position, int notches)
+{
+    if (window_)
+        input_.mouse_wheel(*window_, position, notches);
+}
+
+void View::key_event(int key, quint16 action, QString text)
+{
+    // The scene must have reacted when the host's call returns. Last: events may destroy this view.
+    if (window_ && input_.key_event(*window_, key, action, std::move(text)))
+        QCoreApplication::processEvents();
 }
 
 QString View::shortened(const QString& text, int units, int lines) const
@@ -248,12 +202,13 @@ void View::onJavaScriptConsoleMessage(int level, QString message, int line_numbe
 
 QString View::version() const
 {
-    return QString::fromStdString(M::get_version_full());
+    return QString::fromLatin1(full_version);
 }
 
 QString View::gpu_name() const
 {
-    return rhi_ ? QString::fromUtf8(rhi_->driverInfo().deviceName) : QString();
+    const QRhi* const rhi = texture_.rhi();
+    return rhi ? QString::fromUtf8(rhi->driverInfo().deviceName) : QString();
 }
 
 }  // namespace marlune

@@ -2,13 +2,11 @@
 
 #include "views/view.h"
 
+#include "runtime/addon_dir.h"
+#include "runtime/exit_handlers.h"
 #include "runtime/host_callback.h"
-#include "runtime/platform.h"
-#include "runtime/process_end.h"
-#include "runtime/startup.h"
 #include "runtime/trace.h"
 #include "views/component_files.h"
-#include "views/loader_lock.h"
 #include "views/pipeline_file.h"
 
 #include <QCoreApplication>
@@ -20,14 +18,9 @@
 #include <QQuickGraphicsConfiguration>
 #include <QQuickItem>
 #include <QQuickRenderControl>
-#include <QQuickRenderTarget>
 #include <QQuickWindow>
-#include <QVulkanFunctions>
 #include <rhi/qrhi.h>
 
-#include <algorithm>
-#include <chrono>
-#include <limits>
 #include <memory>
 #include <stdexcept>
 
@@ -65,13 +58,12 @@ bool View::load_module(const QString& module, const QString& name)
     if (!warm_up()) {
         qWarning("%s: the first frame could not be drawn", qUtf8Printable(objectName()));
         reset();
-        release_texture();
+        texture_.release();
         return false;
     }
     trace("load_module done", "T");
     post_setup(engine_.get(), root_item_);
-    ready_ = true;
-    end_before_what_stands();
+    register_exit_handlers();
     return true;
 }
 
@@ -97,13 +89,13 @@ void View::create_window()
     window_->setColor(Qt::transparent);
     QQuickGraphicsConfiguration configuration;
     configuration.setTimestamps(true);
-    // Lets Qt collect them; the view saves them when it ends its QRhi.
+    // Has Qt collect the pipelines; HostTexture loads and saves them.
     configuration.setAutomaticPipelineCache(false);
     configuration.setPipelineCacheSaveFile(pipeline_file());
     window_->setGraphicsConfiguration(configuration);
-    window_->setGraphicsDevice(graphics_device_);
+    window_->setGraphicsDevice(device_.quick_device());
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Vulkan);
-    window_->setVulkanInstance(&vulkan_instance_);
+    window_->setVulkanInstance(&device_.instance());
 }
 
 void View::create_engine()
@@ -150,7 +142,7 @@ void View::create_root_item()
 void View::size_scene()
 {
     if (root_item_->width() < narrowest_root) {
-        // Before the scene fills a size that is out of all bounds with content.
+        // Before the scene creates content for a size that cannot be drawn.
         require_drawable(resolution_);
         root_item_->setSize(resolution_);
     }
@@ -160,30 +152,16 @@ void View::size_scene()
                          static_cast<int>(root_item_->height()));
     root_item_->setParentItem(window_->contentItem());
 
-    // No window system will ever tell this window that it has the focus, and keys go nowhere without.
+    // Keys reach only a window with the focus, and no window system ever gives it to this one.
     QFocusEvent focus(QEvent::FocusIn, Qt::ActiveWindowFocusReason);
     QCoreApplication::sendEvent(window_.get(), &focus);
 }
 
-/** In px, of what the host's device can draw to; what Qt can count, as long as there is no device. */
-int View::largest_side() const
+/** Throws unless a texture can have this size. In fractions of px, which cannot overflow. */
+void View::require_drawable(QSizeF size)
 {
-    if (!vulkan_instance_.isValid() || !physical_device_)
-        return std::numeric_limits<int>::max() / 2;
-    VkPhysicalDeviceProperties properties;
-    vulkan_instance_.functions()->vkGetPhysicalDeviceProperties(physical_device_, &properties);
-    const VkPhysicalDeviceLimits& limits = properties.limits;
-    const uint32_t largest = std::min({limits.maxImageDimension2D, limits.maxFramebufferWidth,
-                                       limits.maxFramebufferHeight, limits.maxViewportDimensions[0],
-                                       limits.maxViewportDimensions[1]});
-    return static_cast<int>(largest);
-}
-
-/** Throws unless a texture can have this size. Not in whole px: what is far too large has none. */
-void View::require_drawable(QSizeF size) const
-{
-    const int largest = largest_side();
-    // Also false for what is no number.
+    const int largest = device_.largest_side();
+    // False for NaN too.
     const auto fits = [largest](qreal side) { return side >= 0.5 && side < largest + 0.5; };
     if (fits(size.width()) && fits(size.height()))
         return;
@@ -192,93 +170,46 @@ void View::require_drawable(QSizeF size) const
     throw std::runtime_error("Cannot create texture object");
 }
 
-/**
- * All at once, and Qt keeps them. Vulkan's loader (seen with 1.4.309) goes through the drivers of all
- * instances for one of them, vkGetDeviceQueue2, and takes no lock for it that another thread would have
- * that unloads a driver in vkEnumeratePhysicalDevices: so does the web engine's, a moment after the
- * library's start. The look-up crashed there.
- */
-void View::look_up_device_functions()
-{
-    with_loader_locked(vulkan_instance_, [this] { vulkan_instance_.deviceFunctions(device_); });
-}
-
-bool View::device_shares_memory()
-{
-    if (!vulkan_instance_.isValid() || !device_)
-        return false;
-    look_up_device_functions();
-    const auto function_of_device = reinterpret_cast<PFN_vkGetDeviceProcAddr>(
-        vulkan_instance_.getInstanceProcAddr("vkGetDeviceProcAddr"));
-    return function_of_device(device_, platform::memory_sharing.function) != nullptr;
-}
-
 void View::initialize_graphics()
 {
-    // Left to itself, Qt would take a device of its own, whose textures no host can use.
-    if (!vulkan_instance_.isValid() || graphics_device_.isNull()) {
+    // Given none, Qt would create a device of its own, whose textures the host cannot use.
+    if (!device_.is_complete()) {
         qWarning(
             "%s: no Vulkan device; call set_view_monitor and set_statistics_monitor before loading",
             qUtf8Printable(objectName()));
         throw std::runtime_error("QQuickRenderControl::initialize() failed");
     }
-    look_up_device_functions();
+    device_.look_up_functions();
     if (!render_control_->initialize())
         throw std::runtime_error("QQuickRenderControl::initialize() failed");
-    release_texture();
-    if (!render_control_->rhi())
-        throw std::runtime_error("No QRhi");
-    const QString pipelines = window_->graphicsConfiguration().pipelineCacheSaveFile();
-    rhi_ = private_graphics::take_rhi(*render_control_, pipelines);
-    load_pipelines(*rhi_, pipelines);
+    texture_.attach(*render_control_, window_->graphicsConfiguration().pipelineCacheSaveFile());
     emit gpuNameChanged();
 }
 
 void View::create_render_target()
 {
     require_drawable(root_item_->size());
-    const QSize size = root_item_->size().toSize();
-    texture_.reset(rhi_->newTexture(QRhiTexture::RGBA8, size, 1,
-                                    QRhiTexture::RenderTarget | QRhiTexture::MipMapped
-                                        | QRhiTexture::UsedWithGenerateMips));
-    if (!texture_->create())
-        throw std::runtime_error("Cannot create texture object");
-
-    depth_stencil_.reset(rhi_->newRenderBuffer(QRhiRenderBuffer::DepthStencil, size, 1));
-    if (!depth_stencil_->create())
-        throw std::runtime_error("Cannot create depth-stencil buffer");
-
-    QRhiTextureRenderTargetDescription description{QRhiColorAttachment(texture_.get())};
-    description.setDepthStencilBuffer(depth_stencil_.get());
-    std::unique_ptr<QRhiTextureRenderTarget> target(rhi_->newTextureRenderTarget(description));
-    render_pass_.reset(target->newCompatibleRenderPassDescriptor());
-    target->setRenderPassDescriptor(render_pass_.get());
-    if (!render_pass_ || !target->create())
-        throw std::runtime_error("Cannot create render target");
-
-    render_target_ = std::move(target);
-    window_->setRenderTarget(QQuickRenderTarget::fromRhiRenderTarget(render_target_.get()));
-    native_texture_ = texture_->nativeTexture().object;
-    texture_drawn_ = false;
+    texture_.create(root_item_->size().toSize());
+    window_->setRenderTarget(texture_.target());
 }
 
-/** False when no frame has been drawn, and what the texture holds is undefined. */
+/** False when no frame has been drawn, so that the texture's content is undefined. */
 bool View::warm_up()
 {
-    // A new scene's first frame is due at once, however short ago the last one of the old scene was.
-    last_frame_ = std::chrono::steady_clock::now() - frame_interval_;
-    // On a machine whose frames take longer than the interval, each pass would find one due.
-    for (int pass = 0; pass < warm_up_passes && !texture_drawn_; ++pass)
+    // A new scene does not wait for the interval after the old scene's last frame.
+    pacer_.make_due();
+    // Bounded: where frames take longer than the interval, one would be due in each pass.
+    for (int pass = 0; pass < warm_up_passes && !texture_.is_drawn(); ++pass)
         render();
-    return texture_drawn_ && gpu_has_finished();
+    return texture_.is_drawn() && gpu_has_finished();
 }
 
-/** Qt waits for each frame, but does not look at how the wait has ended. */
+/** Qt waits for each frame, but does not check the result of the wait. */
 bool View::gpu_has_finished()
 {
-    const auto* const handles = static_cast<const QRhiVulkanNativeHandles*>(rhi_->nativeHandles());
-    QVulkanDeviceFunctions& functions = *vulkan_instance_.deviceFunctions(device_);
-    return functions.vkQueueWaitIdle(handles->gfxQueue) == VK_SUCCESS;
+    const auto* const handles =
+        static_cast<const QRhiVulkanNativeHandles*>(texture_.rhi()->nativeHandles());
+    return device_.wait_for(handles->gfxQueue);
 }
 
 }  // namespace marlune
