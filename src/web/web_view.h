@@ -1,11 +1,10 @@
 #pragma once
 
 #include "views/view.h"
-#include "web/page_watch.h"
-
-#include "marlune/web_settings.h"
 #include "web/page_gate.h"
+#include "web/page_watch.h"
 #include "web/profile.h"
+#include "web/web_setting_members.h"
 
 #include <QPointer>
 #include <QString>
@@ -22,14 +21,6 @@ class DataBindingContextManager;
 struct AbstractContextObjectStd;
 }  // namespace db
 
-using QtWebSettingBool = bool;
-using QtWebSettingInt = int;
-using QtWebSettingText = QString;
-// What the setters take.
-using QtWebSettingBoolValue = bool;
-using QtWebSettingIntValue = int;
-using QtWebSettingTextValue = const QString&;
-
 /** The view that shows a web page: what its scene, the component "Webview", binds to and calls. */
 class WebView : public View {
     Q_OBJECT
@@ -39,14 +30,6 @@ class WebView : public View {
     Q_PROPERTY(double zoom_factor READ zoom_factor WRITE set_zoom_factor NOTIFY zoomFactorChanged)
     Q_PROPERTY(QString backgroundColor READ background_color WRITE set_background_color NOTIFY
                    backgroundColorChanged)
-#define MARLUNE_WEB_SETTING_PROPERTY_Bool(name, property) \
-    Q_PROPERTY(bool property READ get_##name WRITE set_##name NOTIFY property##Changed)
-#define MARLUNE_WEB_SETTING_PROPERTY_Int(name, property) \
-    Q_PROPERTY(int property READ get_##name WRITE set_##name NOTIFY property##Changed)
-#define MARLUNE_WEB_SETTING_PROPERTY_Text(name, property) \
-    Q_PROPERTY(QString property READ get_##name WRITE set_##name NOTIFY property##Changed)
-#define MARLUNE_WEB_SETTING_PROPERTY(type, name, property, initial, constness) \
-    MARLUNE_WEB_SETTING_PROPERTY_##type(name, property)
     MARLUNE_WEB_SETTINGS(MARLUNE_WEB_SETTING_PROPERTY)
 
 public:
@@ -73,50 +56,19 @@ public:
     bool load();
 
     /** True when this view's scene knows that the engine draws without the graphics hardware. */
-    bool has_found_out_about_engine() const;
+    bool uses_software_rendering() const;
 
-    int idx() const
-    {
-        return idx_;
-    }
-    void set_idx(int idx)
-    {
-        idx_ = idx;
-    }
-    QString url() const
-    {
-        return url_;
-    }
+    int idx() const { return idx_; }
+    void set_idx(int idx) { idx_ = idx; }
+    QString url() const { return url_; }
     void set_url(const QString& url);
-    bool audio_muted() const
-    {
-        return audio_muted_;
-    }
-    double zoom_factor() const
-    {
-        return zoom_factor_;
-    }
+    bool audio_muted() const { return audio_muted_; }
+    double zoom_factor() const { return zoom_factor_; }
     void set_zoom_factor(double factor);
-    QString background_color() const
-    {
-        return background_color_;
-    }
+    QString background_color() const { return background_color_; }
     void set_background_color(const QString& color);
-    QString user_agent() const
-    {
-        return user_agent_;
-    }
+    QString user_agent() const { return user_agent_; }
 
-#define MARLUNE_WEB_SETTING_ACCESSORS(type, name, property, initial, constness) \
-    QtWebSetting##type get_##name() const                                       \
-    {                                                                           \
-        return property##_;                                                     \
-    }                                                                           \
-    void set_##name(QtWebSetting##type##Value value)                            \
-    {                                                                           \
-        property##_ = value;                                                    \
-        emit property##Changed(value);                                          \
-    }
     MARLUNE_WEB_SETTINGS(MARLUNE_WEB_SETTING_ACCESSORS)
 
     void load_html(const QString& html, const QString& base_url);
@@ -129,19 +81,10 @@ public:
     void reload_and_bypass_cache();
     void run_javascript(const QString& script);
 
-    NavigationHandler& navigation_callback()
-    {
-        return navigation_handler_;
-    }
-    LoadingChanged& loading_callback()
-    {
-        return loading_changed_;
-    }
+    NavigationHandler& navigation_callback() { return navigation_handler_; }
+    LoadingChanged& loading_callback() { return loading_changed_; }
 
-    PageResponding& responding_callback()
-    {
-        return responding_;
-    }
+    PageResponding& responding_callback() { return responding_; }
 
     bool register_object(const std::string& name, db::AbstractContextObjectStd* object);
     bool deregister_object(const std::string& name);
@@ -159,11 +102,6 @@ signals:
     void backgroundColorChanged(QString color);
     void userAgentChanged(QString user_agent);
     void zoomFactorChanged(double factor);
-#define MARLUNE_WEB_SETTING_SIGNAL_Bool(property) void property##Changed(bool status);
-#define MARLUNE_WEB_SETTING_SIGNAL_Int(property) void property##Changed(int status);
-#define MARLUNE_WEB_SETTING_SIGNAL_Text(property) void property##Changed(QString status);
-#define MARLUNE_WEB_SETTING_SIGNAL(type, name, property, initial, constness) \
-    MARLUNE_WEB_SETTING_SIGNAL_##type(property)
     MARLUNE_WEB_SETTINGS(MARLUNE_WEB_SETTING_SIGNAL)
 
 private:
@@ -194,11 +132,6 @@ private:
     QString user_agent_;
     double zoom_factor_ = 2.0;
     QString background_color_ = QStringLiteral("transparent");
-#define MARLUNE_WEB_SETTING_FIELD_Bool(property, initial) bool property##_ = initial;
-#define MARLUNE_WEB_SETTING_FIELD_Int(property, initial) int property##_ = initial;
-#define MARLUNE_WEB_SETTING_FIELD_Text(property, initial) QString property##_{initial};
-#define MARLUNE_WEB_SETTING_FIELD(type, name, property, initial, constness) \
-    MARLUNE_WEB_SETTING_FIELD_##type(property, initial)
     MARLUNE_WEB_SETTINGS(MARLUNE_WEB_SETTING_FIELD)
 };
 
