@@ -97,12 +97,11 @@ protected:
 
 }  // namespace
 
-class CallBothWays : public Call, public testing::WithParamInterface<Delivery> {};
+class CallBothWays : public Call, public testing::WithParamInterface<WaitFor> {};
 
 INSTANTIATE_TEST_SUITE_P(Deliveries, CallBothWays,
-                         testing::Values(Delivery::Blocking, Delivery::Queued),
-                         [](const auto& info) {
-                             return info.param == Delivery::Blocking ? "blocking" : "queued";
+                         testing::Values(WaitFor::Cleanup, WaitFor::Result), [](const auto& info) {
+                             return info.param == WaitFor::Cleanup ? "blocking" : "queued";
                          });
 
 TEST_P(CallBothWays, runs_on_the_targets_thread_and_gives_its_result)
@@ -198,7 +197,7 @@ TEST_F(Call, is_over_for_a_blocking_caller_when_all_that_it_carried_is_gone)
     auto carried = std::make_shared<int>(1);
     const std::weak_ptr<int> watched = carried;
     while_serving([&] {
-        call<Target>("test", target.get(), Delivery::Blocking,
+        call<Target>("test", target.get(), WaitFor::Cleanup,
                      [carried = std::move(carried)](Target&) {});
         EXPECT_TRUE(watched.expired());
     });
@@ -212,7 +211,7 @@ TEST_F(Call, completes_for_each_of_many_threads)
         for (int i = 0; i < 8; ++i) {
             callers.emplace_back([&] {
                 for (int n = 0; n < 200; ++n)
-                    sum += call<Target>("test", target.get(), Delivery::Queued, 0,
+                    sum += call<Target>("test", target.get(), WaitFor::Result, 0,
                                         [](Target&) { return 1; });
             });
         }
@@ -236,7 +235,7 @@ TEST_F(Call, that_is_posted_keeps_its_place_among_those_that_wait)
     std::string order;
     while_serving([&] {
         post<Target>("test", target.get(), [&](Target&) { order += 'a'; });
-        call<Target>("test", target.get(), Delivery::Queued, [&](Target&) { order += 'b'; });
+        call<Target>("test", target.get(), WaitFor::Result, [&](Target&) { order += 'b'; });
     });
     EXPECT_EQ(order, "ab");
 }
@@ -299,12 +298,12 @@ protected:
 
 TEST_F(CallDuringACallback, runs_once_the_callback_has_returned)
 {
-    for (const Delivery delivery : {Delivery::Blocking, Delivery::Queued}) {
+    for (const WaitFor wait : {WaitFor::Cleanup, WaitFor::Result}) {
         bool under_the_callback = true;
         int result = 0;
         serve_in_a_callback(
             [&] {
-                result = call<Target>("test", target.get(), delivery, -1, [&](Target& target) {
+                result = call<Target>("test", target.get(), wait, -1, [&](Target& target) {
                     under_the_callback = HostCallbackScope::active();
                     return target.answer;
                 });
@@ -320,7 +319,7 @@ TEST_F(CallDuringACallback, gives_the_default_when_the_target_goes_before_its_tu
     int result = 0;
     serve_in_a_callback(
         [&] {
-            result = call<Target>("test", target.get(), Delivery::Blocking, -1,
+            result = call<Target>("test", target.get(), WaitFor::Cleanup, -1,
                                   [](Target& target) { return target.answer; });
         },
         [&] { run_outside_callbacks(*target, [&](Target&) { target.reset(); }); });
@@ -329,7 +328,7 @@ TEST_F(CallDuringACallback, gives_the_default_when_the_target_goes_before_its_tu
     target = std::make_unique<Target>();
     serve_in_a_callback(
         [&] {
-            result = call<Target>("test", target.get(), Delivery::Blocking, -1,
+            result = call<Target>("test", target.get(), WaitFor::Cleanup, -1,
                                   [](Target& target) { return target.answer; });
         },
         [&] { target.reset(); });
@@ -343,7 +342,7 @@ TEST_F(CallDuringACallback, keeps_its_place_before_those_that_come_later)
     serve_in_a_callback(
         [&] {
             post<Target>("test", target.get(), note('a'));
-            call<Target>("test", target.get(), Delivery::Queued, note('b'));
+            call<Target>("test", target.get(), WaitFor::Result, note('b'));
         },
         [&] { post<Target>("test", target.get(), note('c')); });
     QCoreApplication::processEvents();
@@ -359,7 +358,7 @@ TEST_F(CallDuringACallback, is_not_lost_when_one_before_it_throws)
         [&] {
             post<Target>("test", target.get(), [](Target&) { throw std::runtime_error("broken"); });
             post<Target>("test", target.get(), [](Target&) { throw 1; });
-            call<Target>("test", target.get(), Delivery::Blocking, [&](Target&) { ++runs; });
+            call<Target>("test", target.get(), WaitFor::Cleanup, [&](Target&) { ++runs; });
         },
         [] {});
     EXPECT_EQ(runs, 1);
@@ -370,7 +369,7 @@ TEST_F(CallDuringACallback, is_over_when_what_waits_is_dropped)
     int result = 0;
     serve_in_a_callback(
         [&] {
-            result = call<Target>("test", target.get(), Delivery::Blocking, -1,
+            result = call<Target>("test", target.get(), WaitFor::Cleanup, -1,
                                   [](Target& target) { return target.answer; });
         },
         [] { HostCallbackScope::discard_waiting(); });

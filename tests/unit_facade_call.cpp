@@ -130,7 +130,7 @@ TEST_F(FacadeCall, gives_the_default_where_there_is_nothing_to_ask)
         tell(nowhere, &Target::set_width, 1);
         complete(nowhere, &Target::set_width, 1);
         post(nowhere, &Target::set_width, 1);
-        visit(nowhere, &Target::set_width, 1);
+        with_live_object(nowhere, &Target::set_width, 1);
     });
 }
 
@@ -150,7 +150,7 @@ TEST_F(FacadeCall, that_visits_runs_on_the_caller_s_thread)
 {
     std::thread::id ran_on;
     std::thread([&] {
-        visit(target.get(), [&](Target&) { ran_on = std::this_thread::get_id(); });
+        with_live_object(target.get(), [&](Target&) { ran_on = std::this_thread::get_id(); });
         EXPECT_EQ(ran_on, std::this_thread::get_id());
     }).join();
 }

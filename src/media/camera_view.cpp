@@ -18,7 +18,7 @@ namespace {
 std::vector<QPointer<QCamera>> former_cameras;
 
 /** Even one that is off keeps its device, so that nobody else could open it. */
-void set_free(const QCameraDevice& device)
+void release_device(const QCameraDevice& device)
 {
     std::erase_if(former_cameras, [&](const QPointer<QCamera>& former) {
         if (former && former->cameraDevice().id() == device.id())
@@ -116,12 +116,12 @@ void CameraView::choose_by_hint()
 void CameraView::install(const QCameraDevice& device)
 {
     if (camera_)
-        give_up_camera();
-    set_free(device);
+        retire_camera();
+    release_device(device);
     camera_ = new QCamera(device, this);
     is_chosen_ = true;
     has_device_ = camera_->error() == QCamera::NoError;
-    end_with_library(camera_);
+    delete_at_shutdown(camera_);
     connect_callbacks();
     follow_devices();
     emit cameraChanged();
@@ -148,7 +148,7 @@ void CameraView::look_for_device()
     has_device_ = has_device_ && is_plugged;
 }
 
-void CameraView::give_up_camera()
+void CameraView::retire_camera()
 {
     QCamera* const former = camera_;
     former->setActive(false);

@@ -106,7 +106,7 @@ signals:
 
 private:
     void choose_by_hint();
-    void give_up_camera();
+    void retire_camera();
     void follow_devices();
     void look_for_device();
     void connect_callbacks();

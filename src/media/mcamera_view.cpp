@@ -63,7 +63,7 @@ MCameraView::MCameraView()
 
 void MCameraView::set_camera_hint(std::string hint) const
 {
-    visit(view_, &CameraView::set_camera_hint, std::move(hint));
+    with_live_object(view_, &CameraView::set_camera_hint, std::move(hint));
 }
 
 void MCameraView::set_auto_play(bool enabled) const

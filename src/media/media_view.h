@@ -14,7 +14,7 @@ namespace marlune {
  * Ends the object, and with it its threads, when the library stops, if it stands then. What it is in
  * stays: the host may have taken the device of its scenes down already.
  */
-void end_with_library(QObject* object);
+void delete_at_shutdown(QObject* object);
 
 /** Takes the player from its scene and ends it when it has opened its source, for which nobody waits. */
 void end_when_loaded(QMediaPlayer* player);

@@ -25,7 +25,7 @@ void MScreenCaptureView::set_physical_screen(std::string screen) const
     if (on_qt_thread())
         tell(view_, &ScreenCaptureView::set_physical_screen_hint, std::move(screen));
     else
-        visit(view_, &ScreenCaptureView::set_physical_screen_hint, std::move(screen));
+        with_live_object(view_, &ScreenCaptureView::set_physical_screen_hint, std::move(screen));
 }
 
 }  // namespace marlune

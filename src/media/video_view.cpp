@@ -71,7 +71,7 @@ void VideoView::make_player(QObject* parent)
 {
     const QPointer old = player_;
     player_ = new QMediaPlayer(parent);
-    end_with_library(player_);
+    delete_at_shutdown(player_);
     if (!old)
         return;
     old->disconnect(this);
@@ -83,7 +83,7 @@ void VideoView::make_output()
 {
     const QPointer old = audio_output_;
     audio_output_ = new QAudioOutput(this);
-    end_with_library(audio_output_);
+    delete_at_shutdown(audio_output_);
     player_->setAudioOutput(audio_output_);
     if (!old)
         return;
@@ -142,7 +142,8 @@ void VideoView::leave_out_stretched_video()
     if (!sink || player_->activeVideoTrack() == no_track)
         return;
     const QSize size = sink->videoSize();
-    const bool is_sane = size.width() <= most_drawn && size.height() <= most_drawn
+    const bool is_sane = size.width() <= most_drawn
+        && size.height() <= most_drawn
         // Negative where it is more than Qt can count.
         && (size == QSize() || size.isValid());
     if (!is_sane) {

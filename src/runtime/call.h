@@ -3,6 +3,7 @@
 #include "runtime/host_callback.h"
 #include "runtime/live_objects.h"
 #include "runtime/qt_thread.h"
+#include "runtime/report_exception.h"
 #include "runtime/trace.h"
 
 #include <QSemaphore>
@@ -12,17 +13,16 @@
 #include <type_traits>
 #include <utility>
 
-/**
- * How a call gets from a thread of the host to the Qt thread. Facades use the verbs of facade_call.h.
+/** Posts calls from threads of the host to the Qt thread. Facades use the verbs of facade_call.h.
  */
 namespace marlune {
 
-/** When the caller of a carried call goes on. */
-enum class Delivery {
-    /** When the call and all it carried are gone from the Qt thread, as with a blocking-queued connection. */
-    Blocking,
-    /** As soon as the work is done and its result is there. */
-    Queued,
+/** What the caller of a posted call waits for. */
+enum class WaitFor {
+    /** That the work is done and its result is there. */
+    Result,
+    /** That, besides, the Qt thread has destroyed all that the call has captured. */
+    Cleanup,
 };
 
 namespace detail {
@@ -40,8 +40,9 @@ struct Outcome<void> {
 };
 
 /**
- * Completes its caller exactly once, whatever becomes of the call: when it is told to, or when it is
- * destroyed because the work has thrown, or because Qt discards the call with its target or its loop.
+ * Releases its caller exactly once, whatever becomes of the call: by complete(), or by its
+ * destruction when the work has thrown, or when Qt discards the call with its target or its event
+ * loop.
  */
 template <typename Result>
 class Completion {
@@ -62,18 +63,18 @@ private:
     Outcome<Result>* outcome_;
 };
 
-/** What is posted. */
+/** The functor that is posted. */
 template <typename Result, typename Target, typename Work>
-class CarriedCall {
+class PendingCall {
 public:
-    CarriedCall(QObject* target, Delivery delivery, Outcome<Result>& outcome, Work&& work)
-        : completion_(outcome), target_(target), delivery_(delivery), work_(std::move(work))
+    PendingCall(QObject* target, WaitFor wait, Outcome<Result>& outcome, Work&& work)
+        : completion_(outcome), target_(target), wait_(wait), work_(std::move(work))
     {
     }
 
     void operator()()
     {
-        // A stale facade may name an object of another kind that has taken its view's place.
+        // A stale facade may name an object of another kind that has taken its view's address.
         auto* const target = qobject_cast<Target*>(target_);
         if (!target)
             return;
@@ -81,30 +82,30 @@ public:
             std::invoke(work_, *target);
         else
             completion_->result.emplace(std::invoke(work_, *target));
-        if (delivery_ == Delivery::Queued)
+        if (wait_ == WaitFor::Result)
             completion_.complete();
     }
 
 private:
-    // First, so that it goes last: a blocking caller goes on once the work's captures are gone.
+    // First, so that it is destroyed last, after the work's captures.
     Completion<Result> completion_;
     QObject* target_;
-    Delivery delivery_;
+    WaitFor wait_;
     Work work_;
 };
 
 /** Posts the call and waits for its completion, which comes at once when the target is not live. */
 template <typename Target, typename Result, typename Work>
-void carry(QObject* target, Delivery delivery, Outcome<Result>& outcome, Work&& work)
+void post_and_wait(QObject* target, WaitFor wait, Outcome<Result>& outcome, Work&& work)
 {
-    CarriedCall<Result, Target, Work> carried(target, delivery, outcome, std::move(work));
-    LiveObjects::instance().post(target, [target, carried = std::move(carried)]() mutable {
-        run_in_turn(*target, carried);
+    PendingCall<Result, Target, Work> pending(target, wait, outcome, std::move(work));
+    LiveObjects::instance().post(target, [target, pending = std::move(pending)]() mutable {
+        run_in_turn(*target, pending);
     });
     outcome.completed.acquire();
 }
 
-/** Serves a call that is made on the Qt thread, which cannot wait for itself. */
+/** Runs a call that is made on the Qt thread, which cannot wait for itself. */
 template <typename Target, typename Work, typename Fallback>
 auto call_in_place(QObject* object, const Fallback& fallback, Work&& work)
 {
@@ -124,12 +125,12 @@ auto call_in_place(QObject* object, const Fallback& fallback, Work&& work)
 }  // namespace detail
 
 /**
- * Carries a call that gives a result; `fallback` is what the caller gets where none comes. The caller
- * names the kind of target that the work is for, but hands over the pointer as it is: it may be stale,
- * and only the Qt thread can tell.
+ * Runs the work on the Qt thread and returns its result, or `fallback` where it does not run. The
+ * pointer may be stale: only the Qt thread checks that it is an object of the kind that the work is
+ * for.
  */
 template <typename Target, typename Result, typename Work>
-Result call(TracedName name, QObject* target, Delivery delivery, Result fallback, Work work)
+Result call(TracedName name, QObject* target, WaitFor wait, Result fallback, Work work)
 {
     trace(name, "M");
     if (!target)
@@ -139,13 +140,13 @@ Result call(TracedName name, QObject* target, Delivery delivery, Result fallback
             target, [&] { return fallback; }, work);
 
     detail::Outcome<Result> outcome;
-    detail::carry<Target>(target, delivery, outcome, std::move(work));
+    detail::post_and_wait<Target>(target, wait, outcome, std::move(work));
     return outcome.result ? std::move(*outcome.result) : fallback;
 }
 
-/** Carries a call that gives nothing. */
+/** The same for work without a result. */
 template <typename Target, typename Work>
-void call(TracedName name, QObject* target, Delivery delivery, Work work)
+void call(TracedName name, QObject* target, WaitFor wait, Work work)
 {
     trace(name, "M");
     if (!target)
@@ -155,32 +156,32 @@ void call(TracedName name, QObject* target, Delivery delivery, Work work)
             target, [] {}, work);
 
     detail::Outcome<void> outcome;
-    detail::carry<Target>(target, delivery, outcome, std::move(work));
+    detail::post_and_wait<Target>(target, wait, outcome, std::move(work));
 }
 
 /**
- * Carries a call whose caller goes on at once. It runs on its turn, after the calls that its thread has
- * made before, and never where its target has gone. On the Qt thread too it waits for its turn.
+ * Posts the work and returns at once, on the Qt thread too. It runs after the calls that its thread
+ * has made before, and not at all where its target is destroyed first.
  */
 template <typename Target, typename Work>
 void post(TracedName name, QObject* target, Work work)
 {
     trace(name, "M");
-    auto carried = [target, work = std::move(work)]() mutable {
+    auto pending = [target, work = std::move(work)]() mutable {
         if (auto* const live = qobject_cast<Target*>(target))
             std::invoke(work, *live);
     };
-    LiveObjects::instance().post(target, [target, carried = std::move(carried)]() mutable {
-        run_in_turn(*target, carried);
+    LiveObjects::instance().post(target, [target, pending = std::move(pending)]() mutable {
+        run_in_turn(*target, pending);
     });
 }
 
-/** Carries nothing: runs on the caller's thread, within the bounds of LiveObjects::visit(). */
+/** Runs the work on the caller's thread, under the rules of LiveObjects::with_live_object(). */
 template <typename Target, typename Work>
-void visit(TracedName name, QObject* target, Work work)
+void with_live_object(TracedName name, QObject* target, Work work)
 {
     trace(name, "M");
-    LiveObjects::instance().visit(target, [&](QObject& object) {
+    LiveObjects::instance().with_live_object(target, [&](QObject& object) {
         if (auto* const live = qobject_cast<Target*>(&object))
             std::invoke(work, *live);
     });

@@ -26,7 +26,7 @@ HostFunction::Owner HostFunction::leave()
     const std::lock_guard lock(mutex());
     if (--calls_ > 0)
         return nullptr;
-    // Under the lock: a thread that waits may end this as soon as it has the lock.
+    // Under the lock: a waiting thread may destroy this as soon as it has the lock.
     call_ended().notify_all();
     return std::move(self_);
 }

@@ -9,7 +9,7 @@
 
 namespace marlune {
 
-/** A function of the host, whatever its signature, and how many calls of it are under way. */
+/** A function of the host of any signature, with the number of its calls in progress. */
 class HostFunction {
 public:
     using Owner = std::unique_ptr<HostFunction>;
@@ -18,18 +18,18 @@ public:
     virtual ~HostFunction() = default;
     Q_DISABLE_COPY_MOVE(HostFunction)
 
-    /** The one lock of all slots and counts. Never held while code of the host runs. */
+    /** The one lock for all slots and counts. Never held while code of the host runs. */
     static std::mutex& mutex();
 
     /** Under the lock. */
     void enter() { ++calls_; }
 
-    /** Gives the function back where nobody else owns it any more. */
+    /** Returns the function when no one else owns it any more. */
     Owner leave();
 
     /**
-     * Ends a function that no slot has any more, once no call of it is under way. In a callback, which
-     * may be such a call, that is left to the call.
+     * Destroys a function that has left its slot, as soon as no call of it is in progress. In a
+     * callback, which may be such a call, the call destroys it.
      */
     static void let_go(Owner function);
 
@@ -42,8 +42,8 @@ template <typename Signature>
 class CallbackSlot;
 
 /**
- * A place for a function of the host. Any thread may fill it, at any time; the Qt thread calls what it
- * holds, itself and no copy of it, so that it keeps what it changes of itself.
+ * Holds a function of the host. Any thread may set it at any time; the Qt thread calls it, without
+ * copying it, so that it keeps its state.
  */
 template <typename Result, typename... Parameters>
 class CallbackSlot<Result(Parameters...)> {
@@ -62,20 +62,20 @@ public:
     /** On the Qt thread. */
     ~CallbackSlot()
     {
-        // The host's captures may take a view down as they go.
+        // The destructors of the host's captures may destroy a view.
         const HostCallbackScope scope;
         HostFunction::let_go(exchange(nullptr));
     }
 
     Q_DISABLE_COPY_MOVE(CallbackSlot)
 
-    /** What is to be stored; null for an empty function. */
+    /** Wraps the function for exchange(); null for an empty one. */
     static std::unique_ptr<Stored> store(Function function)
     {
         return function ? std::make_unique<Stored>(std::move(function)) : nullptr;
     }
 
-    /** Returns what was there, for HostFunction::let_go(). */
+    /** Returns the former function, for HostFunction::let_go(). */
     std::unique_ptr<Stored> exchange(std::unique_ptr<Stored> stored)
     {
         const std::lock_guard lock(HostFunction::mutex());
@@ -88,11 +88,11 @@ public:
         return !stored_;
     }
 
-    /** Gives a default value when the slot is empty, and when the host lets an exception out. */
+    /** Returns a default value when the slot is empty or the function throws. */
     template <typename... Arguments>
     Result call(QObject* caller, Arguments&&... arguments)
     {
-        // First, so that a function that ends with this call does so within it.
+        // First, so that it is still active if the end of the call destroys the function.
         const HostCallbackScope scope;
         const Call call(*this);
         if (!call.stored)
@@ -101,7 +101,7 @@ public:
     }
 
 private:
-    /** Entered under the lock: whoever takes the function out afterwards knows of this call. */
+    /** Entered under the lock, so that a thread that replaces the function sees the call. */
     struct Call {
         explicit Call(const CallbackSlot& slot)
         {

@@ -7,12 +7,12 @@
 #include <utility>
 
 /**
- * How values cross the border between the host and Qt. Parts that have types of their own there add
- * overloads of convert() beside these types.
+ * Converts values between the host's types and Qt's. Sources that need more conversions add
+ * overloads of convert().
  */
 namespace marlune {
 
-/** Chooses the overload of convert() by what it gives. */
+/** Selects the overload of convert() by its result. */
 template <typename Wanted>
 struct To {
 };
@@ -34,7 +34,7 @@ requires std::is_arithmetic_v<Wanted> Wanted convert(Number number, To<Wanted>)
     return static_cast<Wanted>(number);
 }
 
-/** Hands on what is of the wanted type already. */
+/** Passes values of the wanted type on. */
 template <typename Wanted, typename Value>
 std::remove_cvref_t<Wanted> converted(Value&& value)
 {

@@ -11,19 +11,26 @@
 #include <utility>
 
 /**
- * The verbs of the facades: what a facade member says, in one line, of how its work gets to the Qt thread.
+ * The verbs of the facades: a facade member says in one line how its work gets to the Qt thread.
  *
  *     int MView::get_mips_count() const { return ask(view_, 1, &View::get_mips_count); }
  *
- * It names its view, the result where there is none, and the work: a member of the view, or a function of
- * the view, with its arguments. A member that gives an object may come before it, and a null pointer
- * there means the same result as no view:
+ * It names its view, the result where there is no view, and the work: a member of the view, or a
+ * function that takes the view, with its arguments. A member that returns an object may come before
+ * it, and a null pointer there gives the same result as no view:
  *
  *     return ask(view_, 0, &VideoView::player, &QMediaPlayer::loops);
  *
- * ask() and tell() return when the work is done; complete() returns when in addition all that the call
- * has carried is gone, as of a blocking-queued connection; post() returns at once. visit() needs no Qt
- * thread. Arguments and results are converted between the host's types and Qt's (convert.h).
+ * These are all the ways between threads:
+ * - ask() and tell() wait until the work is done; most members do.
+ * - complete() waits, besides, until the Qt thread has destroyed what the call has captured, as a
+ *   blocking-queued connection does.
+ * - post() does not wait.
+ * - with_live_object() runs the work on the caller's thread, and keeps the view from being
+ * destroyed meanwhile: for what the view guards by itself, such as its places for callbacks and
+ * hints.
+ *
+ * Arguments and results are converted between the host's types and Qt's by convert.h.
  */
 namespace marlune {
 
@@ -116,21 +123,20 @@ Result run_on(Object& object, const Fallback& fallback, Work& work, Rest&... res
 }
 
 template <typename Result, typename Work, typename... Rest>
-Result ask_by(Delivery delivery, const Caller& caller, const Result& fallback, Work& work,
-              Rest&... rest)
+Result ask_by(WaitFor wait, const Caller& caller, const Result& fallback, Work& work, Rest&... rest)
 {
     using Target = TargetOf<Work>;
-    return call<Target>(caller.member, caller.target, delivery, fallback, [&](Target& target) {
+    return call<Target>(caller.member, caller.target, wait, fallback, [&](Target& target) {
         return run_on<Result>(
             target, [&] { return fallback; }, work, rest...);
     });
 }
 
 template <typename Work, typename... Rest>
-void tell_by(Delivery delivery, const Caller& caller, Work& work, Rest&... rest)
+void tell_by(WaitFor wait, const Caller& caller, Work& work, Rest&... rest)
 {
     using Target = TargetOf<Work>;
-    call<Target>(caller.member, caller.target, delivery, [&](Target& target) {
+    call<Target>(caller.member, caller.target, wait, [&](Target& target) {
         run_on<void>(
             target, [] {}, work, rest...);
     });
@@ -141,26 +147,26 @@ void tell_by(Delivery delivery, const Caller& caller, Work& work, Rest&... rest)
 template <typename Result, detail::IsWork Work, typename... Rest>
 Result ask(Caller caller, Result fallback, Work work, Rest... rest)
 {
-    return detail::ask_by(Delivery::Queued, caller, fallback, work, rest...);
+    return detail::ask_by(WaitFor::Result, caller, fallback, work, rest...);
 }
 
 template <detail::IsWork Work, typename... Rest>
 void tell(Caller caller, Work work, Rest... rest)
 {
-    detail::tell_by(Delivery::Queued, caller, work, rest...);
+    detail::tell_by(WaitFor::Result, caller, work, rest...);
 }
 
 template <typename Result, detail::IsWork Work, typename... Rest>
 requires(!detail::IsWork<Result>) Result
     complete(Caller caller, Result fallback, Work work, Rest... rest)
 {
-    return detail::ask_by(Delivery::Blocking, caller, fallback, work, rest...);
+    return detail::ask_by(WaitFor::Cleanup, caller, fallback, work, rest...);
 }
 
 template <detail::IsWork Work, typename... Rest>
 void complete(Caller caller, Work work, Rest... rest)
 {
-    detail::tell_by(Delivery::Blocking, caller, work, rest...);
+    detail::tell_by(WaitFor::Cleanup, caller, work, rest...);
 }
 
 template <detail::IsWork Work, typename... Rest>
@@ -178,12 +184,12 @@ void post(Caller caller, Work work, Rest... rest)
                  });
 }
 
-/** Does it here and now, on the caller's thread: within the bounds of LiveObjects::visit(). */
+/** On the caller's thread, under the rules of LiveObjects::with_live_object(). */
 template <detail::IsWork Work, typename... Rest>
-void visit(Caller caller, Work work, Rest... rest)
+void with_live_object(Caller caller, Work work, Rest... rest)
 {
     using Target = detail::TargetOf<Work>;
-    marlune::visit<Target>(caller.member, caller.target, [&](Target& target) {
+    marlune::with_live_object<Target>(caller.member, caller.target, [&](Target& target) {
         detail::run_on<void>(
             target, [] {}, work, rest...);
     });

@@ -17,7 +17,7 @@ struct Waiting {
     QPointer<QObject> receiver;
 };
 
-/** Belongs to the Qt thread. */
+/** Used on the Qt thread only. */
 std::deque<Waiting> all_waiting;
 
 }  // namespace
@@ -63,7 +63,7 @@ void HostCallbackScope::put_off(std::function<void()> work, QObject* receiver)
     all_waiting.push_back({std::move(work), receiver});
 }
 
-/** One by one: each may wait for the next, and what one throws is no reason to lose the others. */
+/** One by one: each may process events, and an exception must not lose the others. */
 void HostCallbackScope::run_waiting()
 {
     while (!active() && any_waiting()) {

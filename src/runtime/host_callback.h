@@ -1,6 +1,6 @@
 #pragma once
 
-#include "runtime/qt_thread.h"
+#include "runtime/report_exception.h"
 
 #include <QPointer>
 
@@ -11,8 +11,8 @@
 namespace marlune {
 
 /**
- * Marks that a callback of the host is on the Qt thread's stack. The scene that gave rise to it is on
- * that stack too, so nothing may be taken down from under it meanwhile.
+ * Marks that a callback of the host is on the Qt thread's stack. The scene that caused it is on
+ * that stack too, so nothing that the scene uses may be destroyed meanwhile.
  */
 class HostCallbackScope {
 public:
@@ -20,16 +20,16 @@ public:
     ~HostCallbackScope();
     Q_DISABLE_COPY_MOVE(HostCallbackScope)
 
-    /** Whether the calling thread is in a callback. */
+    /** True when the calling thread is in a callback. */
     static bool active();
 
     /**
-     * Runs the work at once, or from the event loop once the outermost callback has returned. What it
-     * throws then is reported as of `receiver`.
+     * Runs the work at once, or from the event loop after the outermost callback has returned. An
+     * exception that it throws then is reported with the name of `receiver`.
      */
     static void run_outside(std::function<void()> work, QObject* receiver = nullptr);
 
-    /** Drops what waits for a callback to return. */
+    /** Discards the work that waits for a callback to return. */
     static void discard_waiting();
 
 private:
@@ -41,7 +41,7 @@ private:
     static void run_waiting();
 };
 
-/** Like run_outside(), for work on an object that may be gone by then. */
+/** Like run_outside(), for work on an object, which may be destroyed first. */
 template <typename Object, typename Work>
 void run_outside_callbacks(Object& object, Work work)
 {
@@ -53,7 +53,7 @@ void run_outside_callbacks(Object& object, Work work)
         &object);
 }
 
-/** A member as work that waits for callbacks to return. */
+/** Wraps a member so that it runs after callbacks have returned. */
 template <typename Object, typename... Parameters>
 auto outside_callbacks(void (Object::*member)(Parameters...))
 {
@@ -63,9 +63,10 @@ auto outside_callbacks(void (Object::*member)(Parameters...))
 }
 
 /**
- * Runs what another thread has queued on the target. A callback that lets events be served must not have
- * the work run under it: the rules for the calls of a callback are not meant for other threads. Such work
- * waits for the callback to return, keeps its place, and is dropped where its target goes.
+ * Runs work that another thread has queued on the target. When a callback processes events, the
+ * work must not run below it, since the rules for calls in callbacks are not meant for other
+ * threads. It then waits for the callback to return, keeps its order, and is discarded when its
+ * target is destroyed.
  */
 template <typename Work>
 void run_in_turn(QObject& target, Work& work)
@@ -83,9 +84,9 @@ void run_in_turn(QObject& target, Work& work)
 }
 
 /**
- * Calls a function of the host, itself and no copy of it, so that it keeps what it changes of itself: it
- * must stay until it has returned. An exception that the host lets out is reported and ends here, and
- * the result is a default value: script engines that may be on the stack cannot be unwound.
+ * Calls a function of the host without copying it, so that it keeps its state; it must exist until
+ * it has returned. An exception is reported and goes no further, because the script engines that
+ * may be on the stack cannot be unwound; the result is then a default value.
  */
 template <typename Result, typename... Parameters, typename... Arguments>
 Result call_host(QObject* caller, const std::function<Result(Parameters...)>& function,

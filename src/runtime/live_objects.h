@@ -10,15 +10,15 @@
 namespace marlune {
 
 /**
- * The objects of the Qt thread to which calls may be carried: the views, the context object and the
+ * The objects of the Qt thread to which calls may be posted: the views, the context object and the
  * scheme handler, from their construction to their destruction.
  *
  * A facade, or a copy of one, can outlive its view. So a caller's thread looks its target up here
- * and posts under a shared lock; an object leaves under an exclusive one, before anything of it is
- * taken down. A call is therefore either refused or queued on an object that still stands, and one
- * that is still queued when the object goes is discarded by Qt, together with its functor.
+ * and posts under a shared lock, and an object is removed under an exclusive one before its
+ * destructor does anything. A call is therefore either refused or queued on a complete object, and
+ * Qt discards a queued call, together with its functor, when it destroys the object.
  *
- * No lock is held while anything is called, but for visit()'s short look.
+ * No lock is held while anything is called, other than the short work of with_live_object().
  */
 class LiveObjects {
 public:
@@ -29,10 +29,11 @@ public:
     void remove(QObject* object);
     bool contains(QObject* object) const;
 
-    /** For good: nothing is live any more. The Qt thread calls it once its event loop has ended. */
+    /** Removes all objects and adds no more. The Qt thread calls it once its event loop has ended.
+     */
     void close();
 
-    /** The same in a forked process, where the lock may be held by a thread that is not there. */
+    /** The same in a forked process, where a thread that does not exist may hold the lock. */
     void abandon() { closed_ = true; }
 
     bool is_closed() const { return closed_; }
@@ -50,17 +51,18 @@ public:
     }
 
     /**
-     * Runs `look` on the calling thread while the object is kept from going. `look` must be short, must
-     * not wait, and may touch only what the object allows to any thread. Not run when it is not live.
+     * Runs the work on the calling thread, and keeps the object from being destroyed meanwhile. The
+     * work must be short, must not wait, and may use only what the object allows to any thread. It
+     * does not run when the object is not live.
      */
-    template <typename Functor>
-    void visit(QObject* object, Functor&& look) const
+    template <typename Work>
+    void with_live_object(QObject* object, Work&& work) const
     {
         if (closed_)
             return;
         const QReadLocker locker(&lock_);
         if (objects_.contains(object))
-            look(*object);
+            work(*object);
     }
 
 private:
@@ -72,14 +74,14 @@ private:
     std::atomic<bool> closed_ = false;
 };
 
-/** A member of each object that calls are carried to: keeps it in LiveObjects while it lives. */
+/** A member of each object to which calls are posted: keeps it in LiveObjects while it lives. */
 class LiveObject {
 public:
     explicit LiveObject(QObject* object) : object_(object) { LiveObjects::instance().add(object); }
     ~LiveObject() { withdraw(); }
     Q_DISABLE_COPY_MOVE(LiveObject)
 
-    /** Ends it early, for an object whose destructor is at work. */
+    /** Removes the object early, in the destructor of its class. */
     void withdraw() { LiveObjects::instance().remove(object_); }
 
 private:

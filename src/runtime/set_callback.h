@@ -8,9 +8,9 @@
 #include <utility>
 
 /**
- * What each setter of a host's function does. Once it has returned, the function that was there before
- * is not called any more; a setter in a callback does not wait for that callback to return. What the
- * former function has captured ends on the setter's thread.
+ * Sets a callback of the host. When the setter has returned, the former function is no longer
+ * called; a setter inside a callback does not wait for that callback to return. The former
+ * function's captures are destroyed on the setter's thread.
  */
 namespace marlune {
 
@@ -19,7 +19,7 @@ namespace detail {
 template <typename Target, typename SlotOf>
 using SlotType = std::remove_reference_t<std::invoke_result_t<SlotOf, Target&>>;
 
-/** `reach` hands what it is given the slot, or nothing where there is none. */
+/** `reach` passes the slot to its argument, or does nothing when there is no slot. */
 template <typename Slot, typename Reach>
 void replace_callback(typename Slot::Function callback, Reach reach)
 {
@@ -31,27 +31,28 @@ void replace_callback(typename Slot::Function callback, Reach reach)
 
 }  // namespace detail
 
-/** Carries the function to its slot, in turn with the other calls. */
+/** Sets the function on the Qt thread, in order with other calls. */
 template <detail::IsWork SlotOf, typename Function>
-void set_callback(Caller caller, Delivery delivery, SlotOf slot_of, Function callback)
+void set_callback(Caller caller, WaitFor wait, SlotOf slot_of, Function callback)
 {
     using Target = detail::TargetOf<SlotOf>;
     using Slot = detail::SlotType<Target, SlotOf>;
     detail::replace_callback<Slot>(std::move(callback), [&](const auto& replace) {
-        call<Target>(caller.member, caller.target, delivery,
+        call<Target>(caller.member, caller.target, wait,
                      [&](Target& live) { replace(std::invoke(slot_of, live)); });
     });
 }
 
-/** Puts the function into its slot from the caller's thread. */
+/** Sets the function on the caller's thread. */
 template <detail::IsWork SlotOf, typename Function>
 void set_callback_in_place(Caller caller, SlotOf slot_of, Function callback)
 {
     using Target = detail::TargetOf<SlotOf>;
     using Slot = detail::SlotType<Target, SlotOf>;
     detail::replace_callback<Slot>(std::move(callback), [&](const auto& replace) {
-        marlune::visit<Target>(caller.member, caller.target,
-                               [&](Target& live) { replace(std::invoke(slot_of, live)); });
+        marlune::with_live_object<Target>(caller.member, caller.target, [&](Target& live) {
+            replace(std::invoke(slot_of, live));
+        });
     });
 }
 

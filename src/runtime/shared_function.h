@@ -9,7 +9,7 @@ namespace marlune {
 template <typename Signature>
 class SharedFunction;
 
-/** A function whose copies are one: what it changes of itself, all of them know. */
+/** A function whose copies share one state. */
 template <typename Result, typename... Parameters>
 class SharedFunction<Result(Parameters...)> {
 public:
@@ -29,7 +29,7 @@ private:
     std::shared_ptr<const Function> function_;
 };
 
-/** Makes the copies of the function one from now on. Once is enough; more often does nothing more. */
+/** Makes future copies of the function share its state. Repeated calls do nothing. */
 template <typename Result, typename... Parameters>
 void share(std::function<Result(Parameters...)>& function)
 {

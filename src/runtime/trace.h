@@ -5,14 +5,15 @@
 
 namespace marlune {
 
-/** "marlune::MView::reset" of "virtual void marlune::MView::reset() const", as compilers write it. */
+/** "marlune::MView::reset" of "virtual void marlune::MView::reset() const", as compilers write it.
+ */
 constexpr std::string_view qualified_name(std::string_view signature)
 {
     const std::string_view before_parameters = signature.substr(0, signature.find('('));
     return before_parameters.substr(before_parameters.rfind(' ') + 1);
 }
 
-/** The name of what is traced, or the function that it is; found out only where somebody asks. */
+/** The name of a traced function, or its signature, from which get() takes the name. */
 class TracedName {
 public:
     TracedName(const char* name) : text_(name) {}
@@ -29,9 +30,9 @@ private:
 };
 
 /**
- * Called first by every exported entry point (kind "M": on a thread of the host) and by every
- * factory and start step (kind "T": on the Qt thread), with its qualified name. Empty, so that it
- * costs nothing in a game; a developer who hunts a hang gives it a body for a day.
+ * Called first by every exported entry point (kind "M", on a thread of the host) and by every
+ * factory and start step (kind "T", on the Qt thread), with its qualified name. Empty, so that it
+ * costs nothing in a game; a developer who looks for a hang can give it a body.
  */
 inline void trace([[maybe_unused]] TracedName name, [[maybe_unused]] const char* kind) {}
 

@@ -95,17 +95,17 @@ void MWebView::run_javascript(const std::string& script) const
 
 void MWebView::set_func_navigation_handler(NavigationHandler handler) const
 {
-    set_callback(view_, Delivery::Queued, &WebView::navigation_callback, std::move(handler));
+    set_callback(view_, WaitFor::Result, &WebView::navigation_callback, std::move(handler));
 }
 
 void MWebView::set_func_loading_changed(LoadingChanged callback) const
 {
-    set_callback(view_, Delivery::Queued, &WebView::loading_callback, std::move(callback));
+    set_callback(view_, WaitFor::Result, &WebView::loading_callback, std::move(callback));
 }
 
 void MWebView::set_func_page_responding(PageResponding callback) const
 {
-    set_callback(view_, Delivery::Queued, &WebView::responding_callback, std::move(callback));
+    set_callback(view_, WaitFor::Result, &WebView::responding_callback, std::move(callback));
 }
 
 #define MARLUNE_DEFINE_WEB_SETTING(type, name, property, initial, constness) \
@@ -220,7 +220,7 @@ bool MWebView::webchannel_deregisterObject(const std::string& name) const
 db::AbstractContextObjectStd* MWebView::webchannel_getObject(const std::string& name) const
 {
     db::AbstractContextObjectStd* found = nullptr;
-    visit(view_, [&](WebView& view) { found = view.find_object(name); });
+    with_live_object(view_, [&](WebView& view) { found = view.find_object(name); });
     return found;
 }
 

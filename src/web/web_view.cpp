@@ -37,7 +37,7 @@ constexpr int loading_started = 0;
 
 // All that stand. On the Qt thread only.
 std::unordered_set<WebView*> web_views;
-bool found_to_draw_in_memory = false;
+bool software_rendering_found = false;
 
 int next_idx()
 {
@@ -53,12 +53,12 @@ QStringList setting_names()
 #undef MARLUNE_WEB_SETTING_NAME
 }
 
-/** True once that is known: as the flags want it, or as an earlier view has found out. */
-bool engine_draws_in_memory()
+/** True once that is known: from the flags, or from an earlier view. */
+bool engine_renders_in_software()
 {
     static const bool wanted = qgetenv("QTWEBENGINE_CHROMIUM_FLAGS").contains("--disable-gpu");
-    return wanted || found_to_draw_in_memory
-        || std::ranges::any_of(web_views, &WebView::has_found_out_about_engine);
+    return wanted || software_rendering_found
+        || std::ranges::any_of(web_views, &WebView::uses_software_rendering);
 }
 
 std::vector<QPointer<QObject>> engine_views_of(const QObject& root)
@@ -113,15 +113,15 @@ void WebView::prepare_context(QQmlContext* root_context)
     root_context->setContextProperty(QStringLiteral("webSettings"), setting_names());
     root_context->setContextProperty(QStringLiteral("webEngineIsNew"), engine_is_new);
     root_context->setContextProperty(QStringLiteral("webDeviceFits"),
-                                     engine_draws_in_memory() || device_shares_memory());
+                                     engine_renders_in_software() || device_imports_memory());
     root_context->setContextProperty(QStringLiteral("webMemoryExtension"),
-                                     QString::fromLatin1(platform::memory_sharing.extension));
+                                     QString::fromLatin1(platform::external_memory.extension));
     publish_module(QStringLiteral("Web"));
 }
 
 void WebView::before_reset()
 {
-    found_to_draw_in_memory |= has_found_out_about_engine();
+    software_rendering_found |= uses_software_rendering();
     watch_.set_active(false);
 }
 
@@ -132,7 +132,7 @@ void WebView::post_setup(QQmlEngine*, QObject* root)
     publish_pending();
     // The engine draws a page's next frame once the last one has been taken. If that waited for the
     // host's next frame, each would be one or two frames of the page old when it is seen.
-    take_changes_at_once();
+    sync_on_scene_change();
 }
 
 void WebView::publish_on(QObject* root)
@@ -159,7 +159,7 @@ void WebView::publish_pending()
         manager_->registerObject(name, object);
 }
 
-bool WebView::has_found_out_about_engine() const
+bool WebView::uses_software_rendering() const
 {
     return root_item() && root_item()->property("engineDrawsInMemory").toBool();
 }
