@@ -127,8 +127,8 @@ public:
     bool get_seekable() const;
 
     /**
-     * Returns how the picture fills the scene: 0 stretched, 1 scaled to fit (the default), 2
-     * cropped. Blocks.
+     * Returns how the picture fills the scene: 0 stretched, 1 scaled to fit (the default),
+     * 2 cropped. Blocks.
      */
     unsigned int get_fill_mode() const;
     /**
