@@ -169,7 +169,7 @@ QVariant DBAbstractContextObject::___invoke_method(QVariant func_name, QVariant 
     const QVariant list = without_script_value(args);
     if (list.typeId() != QMetaType::QVariantList) {
         warn("method call error: the arguments of " + shown(func_name.toString())
-             + " are not a list. Give one with an element for each.");
+             + " are not a list. Pass a list with one element per argument.");
         return {};
     }
     return ___invoke_method(std::move(func_name), list.toList());
@@ -207,7 +207,7 @@ void DBAbstractContextObject::add_methods()
         const QString name = QString::fromStdString(key);
         if (!method) {
             qWarning().noquote() << "method" << id_ + '.' + name
-                                 << "is left out, its record is null";
+                                 << "is ignored because its record is null";
             continue;
         }
         methods_.push_back(new DBMethodInfo(name, method, this));
@@ -235,7 +235,7 @@ void DBAbstractContextObject::add_properties()
         const QString name = QString::fromStdString(key);
         if (!property) {
             qWarning().noquote() << "property" << id_ + '.' + name
-                                 << "is left out, its record is null";
+                                 << "is ignored because its record is null";
             continue;
         }
         properties_.push_back(new DBPropertyInfo(id_, name, property, this));

@@ -95,7 +95,8 @@ ContainerStd json_text(const QJsonDocument& document)
 void warn_of_nesting()
 {
     warn(QStringLiteral(
-             "a container is nested more than %1 levels deep and comes empty. Send a flatter one.")
+             "a container is nested more than %1 levels deep and is replaced by an empty one. "
+             "Send a flatter one.")
              .arg(deepest_nesting));
 }
 
@@ -336,8 +337,8 @@ QVariant to_variant_or_warn(const ContainerStd& value, VariantTypeStd code, cons
     try {
         return to_variant(value, code);
     } catch (const std::bad_variant_access&) {
-        warn(whose + " does not hold what its type " + type_name(code)
-             + " asks for. Give a single value, and a container as JSON text.");
+        warn(whose + " does not match its type " + type_name(code)
+             + ". Pass a single value, or a container as JSON text.");
         return {};
     }
 }

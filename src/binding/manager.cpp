@@ -100,11 +100,11 @@ bool DataBindingContextManager::registerObject(std::string name, AbstractContext
     const QString id = QString::fromStdString(name);
     if (!obj) {
         qWarning().noquote() << "cannot add context object '" + id
-                + "', it is null. Give its record.";
+                + "', it is null. Pass its record.";
         return false;
     }
     if (name.empty()) {
-        qWarning("cannot add context object '', it has no name. Give it one.");
+        qWarning("cannot add context object '', its name is empty. Pass a name.");
         return false;
     }
     if (is_taken(name)) {

@@ -96,8 +96,8 @@ QVariant DBMethodInfo::call(const QVariantList& values)
 {
     if (values.size() != static_cast<qsizetype>(codes_.size())) {
         warn(QStringLiteral(
-                 "method call error: %1 has been given %2 argument(s). Give as many as it "
-                 "has, and each of them a name of its own.")
+                 "method call error: %1 was called with %2 argument(s). Pass as many as it "
+                 "declares, and declare each with a name of its own.")
                  .arg(signature(), QString::number(values.size())));
         return {};
     }

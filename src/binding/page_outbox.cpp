@@ -241,8 +241,9 @@ void PageOutbox::drop(Entries::iterator entry)
 {
     Queue& queue = queue_of(*entry);
     if (!std::exchange(queue.has_dropped, true))
-        qWarning().noquote() << view_ + ": the page does not take what it is sent. The oldest "
-                + queue.name + " are dropped.";
+        qWarning().noquote() << view_
+                + ": the page does not process its messages fast enough. The oldest " + queue.name
+                + " are dropped.";
     take(entry);
 }
 

@@ -107,7 +107,7 @@ void PageTransport::receive(const QJsonObject& message)
 void PageTransport::initialize(const QJsonObject& message)
 {
     if (!message.contains(key::id))
-        return refuse("a question without a number", {});
+        return refuse("a request without a number", {});
     if (message[key::bundles].toBool())
         outbox_.begin_page();
     if (message.contains(key::objects))
@@ -155,7 +155,7 @@ QVariant PageTransport::called(const QJsonObject& message)
         return object->___invoke_method(arguments[0].toVariant(), arguments[1].toVariant());
     if (object && method == QLatin1StringView("get_method_signature") && arguments.size() == 1)
         return object->get_method_signature(arguments[0].toVariant());
-    refuse("a call of what is not for pages", method);
+    refuse("a call of a method that pages cannot call", method);
     return {};
 }
 
@@ -167,7 +167,7 @@ void PageTransport::set_property(const QJsonObject& message)
         return answer(message, QJsonValue::Undefined);
     QPointer<DBPropertyInfo> property = qobject_cast<DBPropertyInfo*>(target);
     if (!property || message[key::property].toInt(-1) != value_index) {
-        refuse("a write of what is not for pages", message[key::object].toString());
+        refuse("a write to a property that pages cannot write", message[key::object].toString());
         return answer(message, QJsonValue::Undefined);
     }
     const QPointer<PageTransport> guard(this);
@@ -183,7 +183,8 @@ void PageTransport::connect_signal(const QJsonObject& message)
         return;
     const int signal = message[key::signal].toInt(-1);
     if (!is_for_pages(object, signal))
-        return refuse("a connection to what is not for pages", message[key::object].toString());
+        return refuse("a connection to a signal that pages cannot use",
+                      message[key::object].toString());
     const auto connection = std::pair(object, signal);
     if (connected_.contains(connection))
         return;
@@ -227,7 +228,8 @@ void PageTransport::refuse(const char* kind, const QString& what)
     QString text = view_ + ": a page has sent " + kind;
     if (!what.isEmpty())
         text += " (\"" + shown(what) + "\")";
-    qWarning().noquote() << text + ". It is dropped. More of this kind are not reported.";
+    qWarning().noquote() << text
+            + ". It is dropped. Further messages of this kind are not reported.";
 }
 
 QObject* PageTransport::find(const QJsonObject& message)
@@ -235,7 +237,7 @@ QObject* PageTransport::find(const QJsonObject& message)
     const QString name = message[key::object].toString();
     QObject* const object = channel_ ? channel_->registeredObjects().value(name) : nullptr;
     if (!object)
-        refuse("a message to an object that is not there", name);
+        refuse("a message to an object that does not exist", name);
     return object;
 }
 

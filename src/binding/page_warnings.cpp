@@ -58,7 +58,7 @@ bool WarningShare::take()
         return false;
     if (--left_ > 0)
         return true;
-    qWarning("a page has caused %d warnings. What else it causes is not logged.", whole - 1);
+    qWarning("a page has caused %d warnings. Further warnings are not logged.", whole - 1);
     return false;
 }
 

@@ -38,10 +38,9 @@ void DBPropertyInfo::set_value(const QVariant& value)
     const VariantTypeStd code = content().code;
     auto stored = from_property_write(value, code);
     if (!stored) {
-        warn(
-            QStringLiteral("cannot set property '%1.%2', it is a %3. Give a list with a number for "
-                           "each component.")
-                .arg(object_name_, key_, type_name(code)));
+        warn(QStringLiteral("cannot set property '%1.%2', it is a %3. Pass a list with one number "
+                            "per component.")
+                 .arg(object_name_, key_, type_name(code)));
         return;
     }
     {
@@ -97,7 +96,8 @@ void DBPropertyInfo::set(QVariant& member, const QVariant& value)
     if (member == plain)
         return;
     if (!is_plain(plain)) {
-        warn(QStringLiteral("cannot set a text of property '%1.%2' to what is no plain data.")
+        warn(QStringLiteral(
+                 "cannot set a text of property '%1.%2' to a value that is not plain data.")
                  .arg(object_name_, key_));
         return;
     }

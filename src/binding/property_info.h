@@ -28,7 +28,7 @@ public:
     QVariant hint_string() const { return hint_string_; }
     void set_hint_string(const QVariant& hint_string) { set(hint_string_, hint_string); }
 
-    /** Invalid, with a warning, where the record does not hold what its type asks for. */
+    /** Invalid, with a warning, if the record's value does not match its type. */
     QVariant value() const;
 
     /**

@@ -285,8 +285,8 @@ void M::destroy()
     if (!wait_for_loop_end()) {
         end_given_up = true;
         std::fprintf(stderr,
-                     "marlune: the Qt thread is still at work 10 s after M::destroy; "
-                     "is a host callback waiting for something?\n");
+                     "marlune: the Qt thread is still busy 10 s after M::destroy; "
+                     "does a host callback block it?\n");
         return;
     }
     const std::lock_guard lock(qt_thread().mutex);

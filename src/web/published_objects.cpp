@@ -120,7 +120,8 @@ QVariant PublishedObjects::call(const QString& object_name, const QString& metho
     if (!object) {
         qWarning().noquote().nospace()
             << "cannot call method '" << object_name << '.' << method_name
-            << "', no web view publishes the object. Look for its name in PublishedObjects.names.";
+            << "', no web view publishes the object. See PublishedObjects.names for "
+               "the published objects.";
         return {};
     }
     return object->___invoke_method(method_name, with_numbers_as_double(args));

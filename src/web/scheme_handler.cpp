@@ -87,8 +87,8 @@ void GodotSchemeHandler::put_off(QWebEngineUrlRequestJob& job)
     std::erase(waiting_, nullptr);
     if (waiting_.empty()) {
         qWarning(
-            "marlune: pages have left %lld MiB of the game's files unread, so the next requests "
-            "wait: let pages read or cancel what they fetch",
+            "marlune: pages have left %lld MiB of the game's files unread, so further requests "
+            "wait until pages read or cancel their responses",
             static_cast<long long>(ResourceReply::held() / (1024 * 1024)));
     }
     if (waiting_.size() >= most_waiting)
@@ -105,8 +105,8 @@ void GodotSchemeHandler::make_room()
         return room_timer_.stop();
     if (const qsizetype count = ResourceReply::end_unread(longest_unread); count > 0) {
         qWarning(
-            "marlune: %lld of the game's files have failed: pages have read nothing of them for "
-            "5 s, and requests wait for their memory",
+            "marlune: %lld requests for the game's files failed: pages read nothing of them for "
+            "5 s while other requests waited for their memory",
             static_cast<long long>(count));
     }
 }
@@ -122,7 +122,7 @@ void GodotSchemeHandler::send(QWebEngineUrlRequestJob& job, const QString& type,
         job.reply(type.toUtf8(), reply);
     } catch (const std::bad_alloc&) {
         qWarning(
-            "marlune: the resource callback has given a size of %llu bytes, for which there is no "
+            "marlune: the resource callback returned a size of %llu bytes, for which there is no "
             "memory",
             static_cast<unsigned long long>(size));
         job.fail(QWebEngineUrlRequestJob::RequestFailed);

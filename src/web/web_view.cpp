@@ -239,10 +239,9 @@ void WebView::order(Work work)
 void WebView::set_url(const QString& url)
 {
     if (QUrl(url).isRelative()) {
-        qWarning(
-            "%s: \"%s\" is not an absolute URL and cannot be loaded; write the scheme too, as in "
-            "\"https://\"",
-            qUtf8Printable(objectName()), qUtf8Printable(url));
+        qWarning("%s: \"%s\" is not an absolute URL and cannot be loaded; include the scheme, for "
+                 "example \"https://\"",
+                 qUtf8Printable(objectName()), qUtf8Printable(url));
     }
     url_ = url;
     order([url](WebView& view) { emit view.urlChanged(url); });
