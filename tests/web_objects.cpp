@@ -859,7 +859,7 @@ TEST_F(Objects, get_what_is_nested_a_thousand_levels_deep)
 TEST_F(Objects, throw_at_a_page_for_what_cannot_be_sent)
 {
     const std::string nested =
-        "threw a value that is nested more than 1000 levels deep, or without an end, cannot be sent "
+        "threw a value that is nested more than 1000 levels deep, or circular, cannot be sent "
         "to the game";
     add(player);
     ASSERT_TRUE(open());

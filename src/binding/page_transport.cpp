@@ -23,7 +23,7 @@ bool is_published_kind(const QObject* object)
         || qobject_cast<const DBMethodInfo*>(object) || qobject_cast<const DBPropertyInfo*>(object);
 }
 
-/** Asks a channel what is on it, once. */
+/** Requests the description of all objects on a channel, once. */
 class Question : public QWebChannelAbstractTransport {
 public:
     QJsonValue asked_of(QWebChannel& channel)
@@ -67,8 +67,8 @@ void PageTransport::expect_page()
 }
 
 /**
- * The channel keeps what a client that is not idle has to hear of properties, without a bound, so to the
- * channel this is always idle.
+ * The channel stores property updates for a client that is not idle, without a limit. To the
+ * channel, this client is therefore always idle.
  */
 void PageTransport::sendMessage(const QJsonObject& message)
 {
@@ -98,7 +98,7 @@ void PageTransport::receive(const QJsonObject& message)
     case MessageType::ConnectToSignal:
         return connect_signal(message);
     case MessageType::DisconnectFromSignal:
-        return;  // other clients in the page may be connected; this one ignores what it hears
+        return;  // other clients of the page may be connected; this one ignores the signal
     default:
         refuse("a message of an unknown type", {});
     }
@@ -116,7 +116,10 @@ void PageTransport::initialize(const QJsonObject& message)
     forward({{key::type, static_cast<int>(MessageType::Idle)}});
 }
 
-/** The channel describes all of its objects or none, so those in question get one of their own. */
+/**
+ * The channel describes all of its objects or none, so the requested objects get a channel of their
+ * own.
+ */
 void PageTransport::describe(const QJsonObject& message)
 {
     if (!channel_)
@@ -139,7 +142,7 @@ void PageTransport::call(const QJsonObject& message)
         return refuse("a call without a number", {});
     const QPointer<PageTransport> guard(this);
     const QVariant result = called(message);
-    if (guard)  // the host may have ended the page
+    if (guard)  // the host may have closed the page
         answer(message, QJsonValue::fromVariant(result));
 }
 
@@ -196,7 +199,10 @@ void PageTransport::connect_signal(const QJsonObject& message)
              {key::signal, signal}});
 }
 
-/** The channel itself needs those of all objects, such as that they are destroyed. */
+/**
+ * Excludes signals that the channel itself needs for all objects, such as that an object is
+ * destroyed.
+ */
 bool PageTransport::is_for_pages(const QObject* object, int signal) const
 {
     const QMetaObject& meta = *object->metaObject();

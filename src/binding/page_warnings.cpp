@@ -12,7 +12,10 @@ constexpr qsizetype longest_text = 80;
 
 WarningShare* present_share = nullptr;
 
-/** Also what changes the direction of the text around it, or stands for half a character. */
+/**
+ * Includes characters that change the direction of the surrounding text, or stand for half a
+ * character.
+ */
 bool is_shown_as_number(QChar c)
 {
     switch (c.category()) {

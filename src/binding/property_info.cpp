@@ -22,7 +22,7 @@ DBPropertyInfo::DBPropertyInfo(const QString& object_name, const QString& name,
       record_(record),
       code_(record->type)
 {
-    // Calls are made on copies, since a call may free its record.
+    // Calls use copies, because a call may free its record.
     share(record->func_valueChanged_updateGodot);
 }
 
@@ -49,7 +49,7 @@ void DBPropertyInfo::set_value(const QVariant& value)
     }
     emit NOPSignal();
     if (!record_)
-        return;  // a listener has had it withdrawn
+        return;  // a listener has withdrawn the object
     if (record_->func_valueChanged_updateGodot) {
         const auto callback = record_->func_valueChanged_updateGodot;
         call_host(parent(), callback, record_);

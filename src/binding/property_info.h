@@ -17,7 +17,7 @@ class DBPropertyInfo : public QObject {
     Q_PROPERTY(QVariantMap description READ description NOTIFY NOPSignal FINAL)
 
 public:
-    /** `object_name` is for messages. */
+    /** `object_name` is for messages in the log. */
     DBPropertyInfo(const QString& object_name, const QString& name, PropertyInfoStd* record,
                    QObject* parent);
 
@@ -32,22 +32,22 @@ public:
     QVariant value() const;
 
     /**
-     * Stores the value in the record and tells the host. A vector that is not given as a long enough list
-     * is refused with a warning.
+     * Stores the value in the record and calls the host's callback. A vector's value that is not a
+     * list of sufficient length is refused with a warning.
      */
     void set_value(const QVariant& value);
 
     QVariantMap description() const;
 
-    /** The name that it is published by, whatever has been written to `name`. */
+    /** The name under which it is published, regardless of writes to `name`. */
     const QString& key() const { return key_; }
 
-    /** The record's present value and type. */
+    /** The current value and type of the record. */
     QVariantMap entry() const;
 
     const PropertyInfoStd* record() const { return record_; }
 
-    /** The record is not touched any more. */
+    /** After this, the record is not accessed any more. */
     void withdraw() { record_ = nullptr; }
 
 signals:
