@@ -102,8 +102,8 @@ void measure_screen(Table& table, Thoroughness much, Gpu& gpu)
     alternate(
         {much(20), 40s}, [&](bool counts) { take_turn(library, &Comparison::library, counts); },
         [&](bool counts) { take_turn(raw, &Comparison::raw, counts); }, [] {});
-    table.add({"screen's pictures", "1/s", rates, false});
-    table.add({"processor time of screen capture", "ms", processor_times, false});
+    table.add({"screen's frames", "1/s", rates, false});
+    table.add({"CPU time of screen capture", "ms", processor_times, false});
 }
 
 }  // namespace marlune::bench

@@ -151,7 +151,7 @@ public:
         const auto add_row = [&](const char* what, const char* unit, Comparison values) {
             table.add({name + what, unit, std::move(values), false});
         };
-        add_row(", processor time", "ms", {plain_times_, raw_times_});
+        add_row(", CPU time", "ms", {plain_times_, raw_times_});
         add_row(", time with controls", "ms", {controlled_times_, raw_times_});
         add_row(", beside decoding", "ms", {plain_times_, bare_times_});
         add_row(", frames shown", "%", {plain_shares_, raw_shares_, Kind::Rate});

@@ -149,7 +149,7 @@ void measure_web_frames(Table& table, Thoroughness much, Gpu& gpu)
         [&](bool counts) { turns.take(pages.library, &Comparison::library, counts); },
         [&](bool counts) { turns.take(pages.raw, &Comparison::raw, counts); }, [] {});
     table.add({"page's frames, 1280x720", "1/s", turns.rates, false});
-    table.add({"processor time a page's frame", "ms", turns.processor_times, false});
+    table.add({"CPU time a page's frame", "ms", turns.processor_times, false});
     table.add({"age of a page's frame", "ms", turns.ages});
 }
 
