@@ -44,11 +44,13 @@
  */
 namespace marlune::db {
 
+/** An argument of a method or of a signal. */
 struct ArgumentInfoStd {
     VariantTypeStd type = VariantTypeStd::UNKNOWN;
     std::string name;
 };
 
+/** The result of a method. */
 struct ReturnInfoStd {
     VariantTypeStd type = VariantTypeStd::NIL;
 };
@@ -88,6 +90,7 @@ struct MethodInfoStd {
         func_emit_signal{};
 };
 
+/** A property that pages and QML read, write and observe. */
 struct PropertyInfoStd {
     std::string name;
     VariantTypeStd type = VariantTypeStd::UNKNOWN;
@@ -108,6 +111,7 @@ struct PropertyInfoStd {
     std::function<void(const PropertyInfoStd* property)> func_valueChanged_updateQt{};
 };
 
+/** An object that the host publishes: its name and its members. */
 struct AbstractContextObjectStd {
     /**
      * The object's name in notifications of changes and signals: the name that it is registered

@@ -38,7 +38,7 @@ Item {
 
     // True once the browser item has its settings and follows the view.
     property bool started
-    // The engine uses software rendering, as far as this scene has found out.
+    // This scene has found out that the engine uses software rendering.
     property bool engineDrawsInMemory
     // The host's device cannot import the frames that the engine makes.
     property bool undrawable

@@ -97,7 +97,7 @@ QVariant DBMethodInfo::call(const QVariantList& values)
     if (values.size() != static_cast<qsizetype>(codes_.size())) {
         warn(QStringLiteral(
                  "method call error: %1 was called with %2 argument(s). Pass as many as it "
-                 "declares, and declare each with a name of its own.")
+                 "declares, and declare each with a different name.")
                  .arg(signature(), QString::number(values.size())));
         return {};
     }

@@ -52,7 +52,7 @@ public:
     // Known only to the device; -1 for a camera without a device.
     float exposure_time() const;
     int iso_sensitivity() const;
-    /** x and y, from 0 to 1. */
+    /** The first two numbers are x and y, each from 0 to 1. */
     void set_custom_focus_point(const std::vector<float>& point);
 
     /** Callbacks may be set on any thread. */
