@@ -40,10 +40,11 @@ class View;
  * outlive the view.
  *
  * **Threads.** Members may be called on any thread of the host, also on several at once: each call
- * runs on the Qt thread, and the caller waits until it has been served there. Do not assign or
- * destroy a facade object while another thread uses the same object; give each thread its own copy.
- * Callbacks run on the Qt thread and should not call facade members: such a call runs immediately,
- * but reset() and destroy() are deferred until the callback has returned, and load() is refused.
+ * runs on the Qt thread, and the caller waits until it has been served there, unless the member's
+ * comment says that it does not block. Do not assign or destroy a facade object while another
+ * thread uses the same object; give each thread its own copy. Callbacks run on the Qt thread and
+ * should not call facade members: such a call runs immediately, but reset() and destroy() are
+ * deferred until the callback has returned, and load() is refused.
  *
  * **Without a view** (a plain MView, or after destroy()) each member returns at once: it does
  * nothing, or returns the default that its comment names. The same applies to calls whose view is
