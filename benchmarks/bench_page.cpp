@@ -45,8 +45,8 @@ BenchPage::BenchPage(Gpu& gpu, Picture picture, const std::string& url)
         [this](int level, std::string message, int, std::string) {
             answers_.add_message(level, std::move(message));
         });
-    // The highest, for each of a host's sixty frames a second to be due. By the default rate one that
-    // comes late makes the next one come too early.
+    // The highest rate, so that each of a host's sixty frames a second is due. With the default
+    // rate, a frame that comes late would make the next one come too early.
     facade_.set_refresh_rate(highest_refresh_rate);
     facade_.webchannel_registerObject("bench", &object_);
     if (!facade_.load())
@@ -58,7 +58,7 @@ BenchPage::~BenchPage()
     facade_.destroy();
 }
 
-/** Numbers of pages come as double. */
+/** Numbers of pages arrive as double. */
 db::ContainerStd BenchPage::add(const db::ContainerStd& number)
 {
     answers_.add_call();

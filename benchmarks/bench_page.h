@@ -13,18 +13,18 @@
 namespace marlune::bench {
 
 /**
- * A page in a web view of the library, with an object "bench" of the host: method `add(number)`, which
- * gives the next number, signal `tick(number)`, property `number`.
+ * A page in a web view of the library, with an object "bench" of the host: method `add(number)`,
+ * which returns the next number, signal `tick(number)`, property `number`.
  */
 class BenchPage {
 public:
-    /** Begins to load the page of this URL, and draws a first frame without it. */
+    /** Starts to load the page of this URL, and draws a first frame without it. */
     BenchPage(Gpu& gpu, Picture picture, const std::string& url);
     ~BenchPage();
     BenchPage(const BenchPage&) = delete;
     BenchPage& operator=(const BenchPage&) = delete;
 
-    /** Where its scheme has the files. */
+    /** The scheme's URL of the files. */
     static constexpr auto origin = "res://bench";
 
     void run(const std::string& script) { facade_.run_javascript(script); }

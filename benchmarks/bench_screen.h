@@ -9,7 +9,7 @@
 
 namespace marlune::bench {
 
-/** The first screen in a view of the library. Does not capture when it is made. */
+/** Shows the first screen in a view of the library. Does not capture initially. */
 class BenchScreen {
 public:
     BenchScreen(Gpu& gpu, Picture picture);

@@ -6,7 +6,7 @@ namespace marlune::bench {
 
 namespace {
 
-// As for pages: each of a host's sixty frames a second is to be due.
+// As for pages: each of a host's sixty frames a second must be due.
 constexpr int highest_refresh_rate = 120;
 constexpr unsigned int for_ever = -1;
 

@@ -12,7 +12,9 @@ namespace marlune::bench {
 
 enum class Controls { Off, Shown };
 
-/** A clip in a player of the library. Has drawn a first frame, without the clip, when it is made. */
+/**
+ * Plays a clip in a player of the library. Initially it has drawn a first frame, without the clip.
+ */
 class BenchVideo {
 public:
     BenchVideo(Gpu& gpu, Picture picture, const std::string& clip, Controls controls);
@@ -20,7 +22,7 @@ public:
     BenchVideo(const BenchVideo&) = delete;
     BenchVideo& operator=(const BenchVideo&) = delete;
 
-    /** From the clip's start, over and over. */
+    /** Plays the clip from its start, repeatedly. */
     void play() const { facade_.play(); }
     void stop() const { facade_.stop(); }
     void render() const { facade_.render(); }

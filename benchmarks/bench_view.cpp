@@ -13,7 +13,8 @@ namespace marlune::bench {
 
 namespace {
 
-// The highest that the library allows, so that the pause between two frames is never too short.
+// The highest rate that the library allows, so that the interval between two frames is always long
+// enough.
 constexpr int refresh_rate = 120;
 constexpr std::chrono::milliseconds frame_pause(17);
 
@@ -44,7 +45,8 @@ BenchView::BenchView(Gpu& gpu, Picture picture)
     });
     if (!facade_.load("Bench", "Bench"))
         throw std::runtime_error("the library cannot load the scene (--verbose shows why)");
-    // Not before: a slow machine would find frames of that rate due while it still loads.
+    // Set only now: on a slow machine, frames of that rate would be due while the scene still
+    // loads.
     facade_.set_refresh_rate(refresh_rate);
 }
 

@@ -9,7 +9,7 @@
 
 namespace marlune::bench {
 
-/** Starts the library, and stops it when it goes. */
+/** Starts the library, and stops it on destruction. */
 class Library {
 public:
     Library();
@@ -18,7 +18,7 @@ public:
     Library& operator=(const Library&) = delete;
 };
 
-/** A view of the library that shows the scene. Has drawn a first frame when it is made. */
+/** A view of the library that shows the scene. Initially it has drawn a first frame. */
 class BenchView {
 public:
     BenchView(Gpu& gpu, Picture picture);
@@ -29,7 +29,10 @@ public:
     const MQuickView& facade() const { return facade_; }
     void render() const { facade_.render(); }
 
-    /** How many frames have been drawn. Asks the scene, through the host's own interface. */
+    /**
+     * Returns the number of drawn frames. Reads it from the scene, through the host's own
+     * interface.
+     */
     uint64_t frames_drawn();
 
 private:
@@ -38,8 +41,8 @@ private:
 };
 
 /**
- * Waits as a host does that draws sixty frames a second: each view that has been drawn by now is
- * due again, and all animations have moved on.
+ * Waits like a host that draws sixty frames a second: each view that has drawn a frame is due
+ * again, and all animations have advanced.
  */
 void wait_for_next_frame();
 

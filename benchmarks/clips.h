@@ -4,7 +4,7 @@
 
 namespace marlune::bench {
 
-/** The URL of a clip that make_clips.sh knows. Makes them all, where they are not there yet. */
+/** Returns the URL of a clip of make_clips.sh. Makes all clips if they do not exist. */
 std::string clip_url(const std::string& name);
 
 }  // namespace marlune::bench

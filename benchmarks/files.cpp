@@ -21,7 +21,7 @@ Bytes stored(const char* name)
     return file.readAll().toStdString();
 }
 
-/** Of no pattern that anything on the way could make smaller. */
+/** Has no pattern, so that nothing on the way can compress it. */
 Bytes noise(std::size_t size)
 {
     Bytes bytes(size, '\0');

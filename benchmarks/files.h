@@ -5,15 +5,18 @@
 
 namespace marlune::bench {
 
-/** The bytes of a file, which live as long as the program. Without bytes when there is none. */
+/**
+ * The bytes of a file, which stay valid as long as the program runs. Empty if there is no such
+ * file.
+ */
 struct File {
     const uint8_t* bytes = nullptr;
     uint64_t size = 0;
 };
 
 /**
- * What both sides' schemes serve, from memory: the pages of the benchmarks, Qt's script for channels,
- * and "/1KiB", "/1MiB" and "/64MiB". For the Qt thread alone.
+ * The files that both sides' schemes serve, from memory: the pages of the benchmarks, Qt's script
+ * for channels, and "/1KiB", "/1MiB" and "/64MiB". Only on the Qt thread.
  */
 File find_file(const std::string& path);
 

@@ -25,7 +25,7 @@ constexpr Picture pictures[] = {
 constexpr Picture one_of_many{640, 360};
 constexpr std::size_t view_counts[] = {1, 2, 4, 8, 16};
 
-/** Views of both sides that show the same, to be drawn together. */
+/** Views of both sides that show the same scene and are drawn together. */
 class Views {
 public:
     Views(Gpu& gpu, Picture picture) : gpu_(gpu), picture_(picture) {}
@@ -39,7 +39,7 @@ public:
         }
     }
 
-    /** The time of drawing each view once. */
+    /** Measures the time of drawing each view once. */
     Comparison compare(int rounds)
     {
         const uint64_t before = frames_drawn();

@@ -11,7 +11,10 @@ namespace marlune::bench {
 
 namespace {
 
-/** What lets the device take the pictures of web pages, where the web engine draws on hardware. */
+/**
+ * The extensions that let the device import frames of web pages if the web engine renders on the
+ * GPU.
+ */
 constexpr const char* memory_sharing = "VK_KHR_external_memory_fd";
 
 bool has_extension(VkPhysicalDevice device, std::string_view name)

@@ -4,7 +4,7 @@
 
 namespace marlune::bench {
 
-/** The host's instance and device, on which the library and raw Qt both draw. */
+/** The host's instance and device, which the library and raw Qt both use. */
 class Gpu {
 public:
     Gpu();

@@ -9,19 +9,22 @@
 
 namespace marlune::bench {
 
-/** The steps of a host that draws sixty frames a second, from a point of its clock's own on. */
+/** The steps of a host that draws sixty frames a second, aligned to a point of the clock. */
 class HostSteps {
 public:
     static constexpr std::chrono::nanoseconds length{1'000'000'000 / 60};
 
-    /** `phase` is from 0 to 1: by what share of a step they come after those of the clock's beginning. */
+    /**
+     * `phase`, from 0 to 1, is the offset of the steps to those of the clock's start, as a fraction
+     * of a step.
+     */
     explicit HostSteps(double phase)
     {
         const auto whole_steps = Clock::now().time_since_epoch() / length + 1;
         next_ += whole_steps * length + std::chrono::duration_cast<Clock::duration>(phase * length);
     }
 
-    /** One that comes too late shortens the waits for those that follow. */
+    /** A step that comes too late shortens the waits for the following steps. */
     void wait_for_next()
     {
         next_ += length;
@@ -33,8 +36,8 @@ private:
 };
 
 /**
- * Chance decides how a host's steps and other clocks meet for all of a turn. Each round has another phase,
- * the same for both sides, and all phases come evenly.
+ * Within a turn, the alignment of a host's steps and other clocks is random. Each round therefore
+ * has another phase, the same for both sides, and all phases are distributed evenly.
  */
 inline double even_phase(int round)
 {
@@ -42,7 +45,7 @@ inline double even_phase(int round)
     return std::fmod(round * golden_section, 1);
 }
 
-/** From its making on: the time, and how much processor time of this process goes into it. */
+/** Measures the time since its construction, and the CPU time of this process. */
 class Meter {
 public:
     double seconds() const { return std::chrono::duration<double>(Clock::now() - start_).count(); }

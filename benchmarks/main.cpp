@@ -1,11 +1,12 @@
-// Compares the library with raw Qt doing the same, and prints one table:
+// Compares the library with raw Qt that does the same, and prints one table:
 //
 //     marlune-bench [--only GROUP] [--quick] [--verbose]
 //
 // The groups are start, memory, calls, frames, views, web-calls, web-scheme, web-frames, video,
-// video-calls and screen; "web" stands for the three that begin with it, and "video" for both of its own.
+// video-calls and screen; "web" selects the three groups whose names begin with it, and "video"
+// selects both of its groups.
 //
-// The project root, in which the library finds Qt's files, is read from MARLUNE_PROJECT_ROOT.
+// The project root, which contains Qt's files, is read from MARLUNE_PROJECT_ROOT.
 
 #include "bench_view.h"
 #include "fresh_process.h"
@@ -61,14 +62,14 @@ Arguments parse(int count, char** values)
     return arguments;
 }
 
-/** Each start has its harmless warnings, and there are dozens of starts. */
+/** Suppresses harmless warnings, which each of the dozens of starts causes. */
 void report_errors_only(QtMsgType type, const QMessageLogContext&, const QString& message)
 {
     if (type == QtCriticalMsg || type == QtFatalMsg)
         std::fprintf(stderr, "%s\n", qUtf8Printable(message));
 }
 
-// Those that have processes of their own come first: the library writes to the environment.
+// Benchmarks with processes of their own run first: the library changes the environment.
 void measure_processes(Table& table, const Arguments& arguments)
 {
     if (arguments.want("start")) {
@@ -81,7 +82,7 @@ void measure_processes(Table& table, const Arguments& arguments)
     }
 }
 
-// What is measured in this process, in this order.
+// The benchmarks in this process, in this order.
 constexpr struct {
     const char* name;
     void (*measure)(Table& table, Thoroughness much, Gpu& gpu);

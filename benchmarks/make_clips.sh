@@ -1,5 +1,5 @@
 #!/bin/bash
-# Makes the clips that the benchmarks play: make_clips.sh FOLDER. Does nothing when they are there.
+# Makes the clips that the benchmarks play: make_clips.sh FOLDER. Does nothing if they exist.
 set -euo pipefail
 
 script=$(readlink -f "${BASH_SOURCE[0]}")
@@ -11,8 +11,8 @@ source "${script%/*}/../tests/clips/recipes.sh"
 mkdir -p "$folder"
 cd "$folder"
 
-# SIZE RATE SECONDS BITRATE FILE: a picture that a decoder is busy with, with sound, and with the frames'
-# numbers in a strip across its middle.
+# SIZE RATE SECONDS BITRATE FILE: a picture that is expensive to decode, with sound, and with the
+# frame numbers in a strip across its middle.
 moving() {
     local strip=${1%x*}x72
     run -f lavfi -i "testsrc2=s=$1:r=$2:d=$3" -f lavfi -i "$(numbered "$strip" "$2" "$3")" \

@@ -8,7 +8,7 @@
 
 namespace marlune::bench {
 
-/** The same measures with a tenth of the samples, for a quick look. */
+/** The same benchmarks with a tenth of the samples, for quick results. */
 struct Thoroughness {
     bool quick = false;
 
@@ -32,7 +32,7 @@ void measure_memory(Table& table, Thoroughness much);
 void measure_page_start(Table& table, Thoroughness much);
 void measure_page_memory(Table& table, Thoroughness much);
 
-// What such a process does: its sample, as one or more numbers.
+// The work of such a process: takes its sample, and returns one or more numbers.
 using Numbers = std::vector<double>;
 Numbers start_of_library();
 Numbers start_of_raw_qt();

@@ -26,7 +26,7 @@ struct Memory {
     double proportional = 0;
 };
 
-/** This process's memory in MiB, without what the allocator merely keeps. */
+/** Returns the memory of this process in MiB, without free memory that the allocator keeps. */
 Memory memory_now()
 {
     malloc_trim(0);
@@ -44,7 +44,7 @@ Memory memory_now()
     return memory;
 }
 
-/** What a view costs beyond the first, which pays for all that views share. */
+/** Measures the cost of a view beyond the first one, which includes everything that views share. */
 template <typename View, typename Make>
 Numbers memory_a_view(Make make)
 {

@@ -9,7 +9,7 @@ namespace {
 
 constexpr int darkest_white = 200, brightest_black = 55;
 
-/** 1 for white, 0 for black, and nothing for any other colour. */
+/** Returns 1 for white, 0 for black, and nothing for other colours. */
 std::optional<int> bit_of(Colour colour)
 {
     const int sum = colour.red + colour.green + colour.blue;

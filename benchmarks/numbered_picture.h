@@ -9,12 +9,12 @@
 namespace marlune::bench {
 
 /**
- * Pictures show their number in cells across their middle, where no controls are: a white one, a black one,
- * and its bits.
+ * Frames show their number in cells across their middle, where no controls are: a white cell, a
+ * black cell, and the bits of the number.
  */
 constexpr uint32_t number_cells = 16;
 
-/** The number that a texture of this size shows; nothing when it shows none. */
+/** Returns the number that a texture of this size shows; nothing if there is none. */
 std::optional<int> shown_number(PixelReader& reader, uint64_t texture, Picture size);
 
 }  // namespace marlune::bench

@@ -17,7 +17,7 @@ void PageAnswers::add_call()
     const auto now = Clock::now();
     const std::lock_guard lock(mutex_);
     calls_.push_back(now);
-    // Not for each: waking the host would take time from what is being measured.
+    // Not for each call: waking up the host would change the measured time.
     if (calls_.size() == calls_wanted_)
         changed_.notify_all();
 }

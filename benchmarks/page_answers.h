@@ -11,19 +11,22 @@
 namespace marlune::bench {
 
 /**
- * What a page tells its host: the calls of the published object's method, and messages on its console.
- * They come on the Qt thread and are waited for on the host's. Waiting ends with an exception when
- * nothing comes, and when the page has reported an error.
+ * The calls of a page to the published object's method, and its console messages. They arrive on
+ * the Qt thread; the host's thread waits for them. Waiting throws an exception if nothing arrives,
+ * or if the page has reported an error.
  */
 class PageAnswers {
 public:
     void add_call();
     void add_message(int level, std::string message);
 
-    /** When the calls came, once there are that many since the last look. */
+    /**
+     * Returns the times of the calls, once that many have arrived since the last call of this
+     * function.
+     */
     std::vector<Clock::time_point> wait_for_calls(std::size_t count);
 
-    /** The oldest message, taken out. */
+    /** Removes and returns the oldest message. */
     std::string wait_for_message();
 
 private:

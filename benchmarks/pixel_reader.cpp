@@ -19,7 +19,7 @@ uint32_t readable_memory_type(VkPhysicalDevice physical_device, uint32_t allowed
         if ((allowed & 1u << i) && (memory.memoryTypes[i].propertyFlags & wanted) == wanted)
             return i;
     }
-    throw std::runtime_error("the device has no memory that the processor can read");
+    throw std::runtime_error("the device has no memory that the CPU can read");
 }
 
 void move_layout(VkCommandBuffer commands, VkImage image, VkImageLayout from, VkImageLayout to)

@@ -14,8 +14,8 @@ struct Colour {
 };
 
 /**
- * Reads single pixels of the textures that both sides have drawn, as a host does who samples them. Uses
- * the device's queue: never while a view draws.
+ * Reads single pixels of the textures that both sides have drawn, like a host that samples them.
+ * Uses the device's queue: do not use it while a view draws.
  */
 class PixelReader {
 public:
@@ -24,9 +24,11 @@ public:
     PixelReader(const PixelReader&) = delete;
     PixelReader& operator=(const PixelReader&) = delete;
 
-    /** The pixel at (x, y) of a texture that rests in the layout of a colour attachment. */
+    /** Returns the pixel at (x, y) of a texture in the layout of a colour attachment. */
     Colour read(uint64_t texture, int32_t x, int32_t y);
-    /** The pixels at up to 16 places of it. They hold until the next call. */
+    /**
+     * Returns the pixels at up to 16 positions of the texture. They stay valid until the next call.
+     */
     std::span<const Colour> read(uint64_t texture, std::span<const VkOffset3D> places);
 
 private:

@@ -22,7 +22,10 @@ struct Process {
     double clock_ticks = 0;
 };
 
-/** Reads "pid (name) state parent ... utime stime ..."; nothing of a process that has just ended. */
+/**
+ * Reads "pid (name) state parent ... utime stime ..."; returns nothing for a process that has just
+ * ended.
+ */
 std::optional<Process> read_process(const std::filesystem::path& folder)
 {
     constexpr int fields_between = 9;
@@ -31,7 +34,7 @@ std::optional<Process> read_process(const std::filesystem::path& folder)
     if (!std::getline(file, line))
         return std::nullopt;
 
-    // The name may hold blanks and parentheses.
+    // The name may contain spaces and parentheses.
     std::istringstream fields(line.substr(line.rfind(')') + 1));
     Process process{.id = std::stoi(line)};
     std::string skipped;
@@ -77,7 +80,7 @@ std::vector<Process> process_tree()
     return tree;
 }
 
-/** In KiB; nothing of a process that has ended. */
+/** In KiB; nothing for a process that has ended. */
 double proportional_memory(pid_t process)
 {
     std::ifstream file("/proc/" + std::to_string(process) + "/smaps_rollup");
@@ -114,7 +117,7 @@ double processor_time_of_process()
 {
     timespec time{};
     if (clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time) != 0)
-        throw std::runtime_error("cannot read the processor time of this process");
+        throw std::runtime_error("cannot read the CPU time of this process");
     return 1000.0 * static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e6;
 }
 

@@ -2,15 +2,15 @@
 
 namespace marlune::bench {
 
-// This process and all below it, the web engine's among them.
+// This process and all its descendants, including those of the web engine.
 
-/** The processor time that they have used so far, all threads together, in ms. */
+/** Returns the CPU time that all their threads have used so far, in ms. */
 double processor_time_of_tree();
 
-/** The memory of all of them in MiB, what they share counted once (PSS). */
+/** Returns the memory of all of them in MiB; shared memory counts once (PSS). */
 double memory_of_tree();
 
-/** The processor time of this process alone, in ms, by a finer clock. */
+/** Returns the CPU time of this process alone, in ms, by a more precise clock. */
 double processor_time_of_process();
 
 }  // namespace marlune::bench

@@ -10,7 +10,7 @@ namespace marlune::bench {
 
 namespace {
 
-// Those that the library sets by default.
+// The variables that the library sets by default.
 constexpr auto chromium_flags = "--no-sandbox --disable-web-security "
                                 "--disable-features=IsolateOrigins,site-per-process "
                                 "--user-data-dir=\"/tmp/test/\" ";

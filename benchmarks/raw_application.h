@@ -7,16 +7,16 @@ class QObject;
 
 namespace marlune::bench {
 
-/** Raw Qt started the way the library starts it: an application on a thread, the web engine ready. */
+/** Starts raw Qt like the library: an application on a thread, with the web engine ready. */
 class RawApplication {
 public:
-    /** Returns once calls can be carried to the thread. */
+    /** Returns once the thread can serve calls. */
     RawApplication();
     ~RawApplication();
     RawApplication(const RawApplication&) = delete;
     RawApplication& operator=(const RawApplication&) = delete;
 
-    /** An object of the Qt thread. */
+    /** An object that lives on the Qt thread. */
     QObject* qt_thread() const { return qt_thread_; }
 
 private:

@@ -35,7 +35,7 @@ void RawPage::set_up(const Gpu& gpu, Picture picture, const std::string& url)
     scene_ = new RawScene(gpu, picture, component, properties);
     texture_ = scene_->texture();
     auto* const channel = scene_->root()->property("webChannel").value<QWebChannel*>();
-    // At once, as the library has it: by default Qt gathers changes for 50 ms.
+    // Immediately, like the library: by default Qt collects changes for 50 ms.
     channel->setPropertyUpdateInterval(-1);
     channel->registerObject(QStringLiteral("bench"), service_);
 }

@@ -15,18 +15,18 @@ class RawScene;
 class RawService;
 
 /**
- * The host's side of a page in raw Qt, with the same object as BenchPage. `qt_thread` is any object of
- * that thread.
+ * The host's side of a page in raw Qt, with the same object as BenchPage. `qt_thread` is any object
+ * that lives on that thread.
  */
 class RawPage {
 public:
-    /** Begins to load the page of this URL, and draws a first frame without it. */
+    /** Starts to load the page of this URL, and draws a first frame without it. */
     RawPage(QObject* qt_thread, const Gpu& gpu, Picture picture, const std::string& url);
     ~RawPage();
     RawPage(const RawPage&) = delete;
     RawPage& operator=(const RawPage&) = delete;
 
-    /** Where its scheme has the files; see raw_scheme.h. */
+    /** The scheme's URL of the files; see raw_scheme.h. */
     static constexpr auto origin = "raw://bench";
 
     void run(const std::string& script);

@@ -12,7 +12,10 @@ namespace marlune::bench {
 
 namespace {
 
-/** One for all scenes. Qt only borrows the host's instance, so nothing is left behind. */
+/**
+ * One instance for all scenes. Qt only borrows the host's instance, so nothing needs to be
+ * released.
+ */
 QVulkanInstance* adopted(VkInstance instance)
 {
     static QVulkanInstance* const adopted = [instance] {
@@ -36,8 +39,8 @@ RawScene::RawScene(const Gpu& gpu, Picture picture, const char* component,
     window_.setVulkanInstance(adopted(gpu.instance));
     window_.setGraphicsDevice(
         QQuickGraphicsDevice::fromDeviceObjects(gpu.physical_device, gpu.device, 0, 0));
-    // First: the engine of a page looks into the Vulkan loader on a thread of its own, which must not
-    // meet this.
+    // First: the engine of a page uses the Vulkan loader on another thread, which must not happen
+    // at the same time.
     if (!control_.initialize())
         qFatal("raw Qt cannot use the device");
     create_root(size, properties);
@@ -47,7 +50,7 @@ RawScene::RawScene(const Gpu& gpu, Picture picture, const char* component,
 
 RawScene::~RawScene()
 {
-    // Before the engine that its bindings run in.
+    // Deleted before the engine in which its bindings run.
     root_.reset();
 }
 

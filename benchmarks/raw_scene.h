@@ -24,8 +24,8 @@ class QVideoSink;
 namespace marlune::bench {
 
 /**
- * What somebody would write who wanted the scene in a texture of their own and nothing else: Qt's
- * render control, an engine, and the scene. Lives on the Qt thread. Any failure is fatal.
+ * The minimal code that renders the scene into a texture: Qt's render control, an engine, and the
+ * scene. Lives on the Qt thread. Any failure is fatal.
  */
 class RawScene : public QObject {
 public:
@@ -35,12 +35,12 @@ public:
 
     void render();
     QQuickItem* root() const { return root_.get(); }
-    /** That of RawVideo.qml; null in other scenes. */
+    /** The sink of RawVideo.qml; null in other scenes. */
     QVideoSink* video_sink() const;
-    /** As the library gives it to the host. */
+    /** As the library returns it to the host. */
     uint64_t texture() const;
 
-    /** The equals of the two calls whose way to the Qt thread is measured. */
+    /** The counterparts of the two calls whose way to the Qt thread is measured. */
     void mouse_move(QPointF position);
     int refresh_rate() const { return refresh_rate_; }
 

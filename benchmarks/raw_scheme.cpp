@@ -44,7 +44,7 @@ private:
 
 void register_raw_scheme()
 {
-    // As the library registers its own.
+    // With the same properties as the library's scheme.
     QWebEngineUrlScheme scheme("raw");
     scheme.setSyntax(QWebEngineUrlScheme::Syntax::Host);
     scheme.setDefaultPort(QWebEngineUrlScheme::PortUnspecified);

@@ -4,12 +4,14 @@ class QObject;
 
 namespace marlune::bench {
 
-/** Makes the engine know the scheme "raw". Before it starts, the library's or any other's. */
+/**
+ * Registers the scheme "raw" with the engine. Call before the start of the library or of raw Qt.
+ */
 void register_raw_scheme();
 
 /**
- * Has "raw" served by a handler that anybody would write: it looks the file up and replies with one
- * copy. `qt_thread` is any object of that thread.
+ * Serves "raw" by a minimal handler: it looks up the file and replies with one copy. `qt_thread` is
+ * any object that lives on that thread.
  */
 void install_raw_scheme(QObject* qt_thread);
 

@@ -39,7 +39,7 @@ RawScreen::RawScreen(QObject* qt_thread, const Gpu& gpu, Picture picture)
 
 RawScreen::~RawScreen()
 {
-    // The capturing thread feeds the scene's sink.
+    // The capturing thread writes to the scene's sink.
     const auto take_down = [scene = scene_, session = session_] {
         delete session->screenCapture();
         delete session;

@@ -12,10 +12,10 @@ namespace marlune::bench {
 
 class RawScene;
 
-/** The first screen in a scene of raw Qt. Does not capture when it is made. */
+/** Shows the first screen in a scene of raw Qt. Does not capture initially. */
 class RawScreen {
 public:
-    /** `qt_thread` is any object of that thread. */
+    /** `qt_thread` is any object that lives on that thread. */
     RawScreen(QObject* qt_thread, const Gpu& gpu, Picture picture);
     ~RawScreen();
     RawScreen(const RawScreen&) = delete;

@@ -6,7 +6,9 @@
 
 namespace marlune::bench {
 
-/** The object of a raw page's host, on a channel of Qt: the same as the library's page has. */
+/**
+ * The object of a raw page's host, on a channel of Qt: the same object as the library's page has.
+ */
 class RawService : public QObject {
     Q_OBJECT
     Q_PROPERTY(int number READ number WRITE set_number NOTIFY number_changed FINAL)
@@ -19,7 +21,7 @@ public:
     int number() const { return number_; }
     void set_number(int number);
 
-    /** For the scene, which hands on what its page has written. */
+    /** For the scene, which passes on the values that its page has written. */
     Q_INVOKABLE void take_message(int level, const QString& message);
 
 signals:

@@ -16,24 +16,29 @@ namespace marlune::bench {
 
 class RawScene;
 
-/** A player of raw Qt, with sound, by blocking calls to the Qt thread. It has no picture of its own. */
+/**
+ * A player of raw Qt, with sound, used by blocking calls to the Qt thread. It displays nothing
+ * itself.
+ */
 class RawPlayer {
 public:
-    /** `qt_thread` is any object of that thread. */
+    /** `qt_thread` is any object that lives on that thread. */
     RawPlayer(QObject* qt_thread, const std::string& clip);
     ~RawPlayer();
     RawPlayer(const RawPlayer&) = delete;
     RawPlayer& operator=(const RawPlayer&) = delete;
 
-    /** Where the pictures go. The sink must outlive it, and is of the Qt thread. */
+    /**
+     * Sets the sink for the frames. The sink lives on the Qt thread and must outlive the player.
+     */
     void set_sink(QVideoSink* sink);
 
-    /** From the clip's start, over and over. */
+    /** Plays the clip from its start, repeatedly. */
     void play() const;
     void stop() const;
 
     uint64_t position() const;
-    /** By the names of Qt's keys, as the library gives it. */
+    /** By the names of Qt's keys, like the library. */
     std::map<std::string, std::string> metadata() const;
 
 private:
@@ -41,7 +46,7 @@ private:
     QMediaPlayer* player_ = nullptr;
 };
 
-/** A clip in a scene of raw Qt. */
+/** Plays a clip in a scene of raw Qt. */
 class RawVideo {
 public:
     RawVideo(QObject* qt_thread, const Gpu& gpu, Picture picture, const std::string& clip);
@@ -63,7 +68,7 @@ private:
     RawPlayer player_;
 };
 
-/** A clip that is decoded in time and then thrown away. */
+/** Plays a clip whose frames are decoded in time and discarded. */
 class BareVideo {
 public:
     BareVideo(QObject* qt_thread, const std::string& clip);
@@ -74,7 +79,7 @@ public:
     void play() const { player_.play(); }
     void stop() const { player_.stop(); }
 
-    /** How many pictures there have been. */
+    /** The number of frames so far. */
     int pictures() const { return pictures_; }
 
 private:

@@ -10,8 +10,8 @@ namespace marlune::bench {
 class RawScene;
 
 /**
- * The host's side of a raw scene, as a facade is of a view: each call goes to the Qt thread by Qt's own
- * blocking connection. `qt_thread` is any object of that thread.
+ * The host's side of a raw scene, like a facade of a view: each call goes to the Qt thread by Qt's
+ * own blocking connection. `qt_thread` is any object that lives on that thread.
  */
 class RawView {
 public:

@@ -9,10 +9,10 @@ namespace marlune::bench {
 
 namespace {
 
-// Samples that follow each other are alike, so they are drawn by the stretch and not one by one.
+// Consecutive samples are correlated, so the bootstrap draws blocks and not single samples.
 constexpr std::size_t most_stretches = 50;
 
-/** One of several equally long stretches of the samples; what is left over at the end goes unused. */
+/** Returns one of several blocks of equal length; the remainder at the end is not used. */
 std::span<const double> stretch(const Samples& samples, std::size_t index, std::size_t count)
 {
     const std::size_t length = samples.values().size() / count;
@@ -38,13 +38,16 @@ double Samples::quantile(double share) const
     return std::lerp(sorted[below], sorted[above], place - std::floor(place));
 }
 
-/** A bootstrap: the ratio's spread over many draws, with replacement, from what was measured. */
+/**
+ * A bootstrap: the spread of the ratio over many draws, with replacement, from the measured
+ * samples.
+ */
 double Comparison::uncertainty() const
 {
     constexpr int draws = 200;
     const std::size_t count =
         std::min({most_stretches, library.values().size(), raw.values().size()});
-    std::mt19937 random;  // unseeded: the same samples are to give the same table
+    std::mt19937 random;  // unseeded: the same samples must produce the same table
     std::uniform_int_distribution<std::size_t> any(0, count - 1);
 
     Samples ratios;

@@ -11,7 +11,7 @@ using Microseconds = std::chrono::duration<double, std::micro>;
 using Milliseconds = std::chrono::duration<double, std::milli>;
 using namespace std::chrono_literals;
 
-/** What was measured of one thing, in the unit of its row of the table. */
+/** The samples of one measurement, in the unit of its row of the table. */
 class Samples {
 public:
     void add(double value) { values_.push_back(value); }
@@ -19,7 +19,7 @@ public:
 
     double median() const { return quantile(0.5); }
 
-    /** The value below which the given share of the samples lies, from 0 to 1. */
+    /** Returns the value below which the given fraction of the samples lies, from 0 to 1. */
     double quantile(double share) const;
 
     std::span<const double> values() const { return values_; }
@@ -28,39 +28,41 @@ private:
     std::vector<double> values_;
 };
 
-/** What the samples are of: what is spent, or what is done in a time. */
+/** The kind of the samples: a cost, or a rate. */
 enum class Kind { Cost, Rate };
 
-/** The library, and raw Qt doing the same. */
+/** The samples of the library, and of raw Qt that does the same. */
 struct Comparison {
     Samples library;
     Samples raw;
     Kind kind = Kind::Cost;
 
-    /** Above 1 where the library is worse, whichever way that is. */
+    /** Above 1 if the library is worse, for costs and for rates. */
     double ratio() const
     {
         const double library_to_raw = library.median() / raw.median();
         return kind == Kind::Cost ? library_to_raw : 1 / library_to_raw;
     }
 
-    /** By how much the ratio may be off, up or down, with a confidence of 95 %. */
+    /** The possible error of the ratio, up or down, with a confidence of 95 %. */
     double uncertainty() const;
 };
 
-/** How much is measured of one row. */
+/** The number of samples of one row. */
 struct Effort {
     int rounds;
-    /** The most that the row may take. A slow machine gets by with fewer rounds. */
+    /** The time limit of the row. A slow machine takes fewer rounds. */
     std::chrono::seconds limit;
-    /** How often each side comes in a round. Short calls come in runs, since a thread that one side's
-        call has just kept awake serves the other side's call sooner. */
+    /**
+     * The number of calls per side in a round. Short calls run in series, because a thread that one
+     * side's call has just kept awake would serve the other side's call sooner.
+     */
     int run = 1;
 };
 
 /**
- * Calls both sides in turn, so that a noisy neighbour hits both, and in alternating order, so that
- * neither is always the one to find cold caches. A first tenth of the rounds is not counted.
+ * Calls both sides in turn, so that other load affects both, and in alternating order, so that
+ * neither is always the one with cold caches. The first tenth of the rounds does not count.
  */
 template <typename Library, typename Raw, typename AfterRound>
 void alternate(Effort effort, Library library, Raw raw, AfterRound after_round)

@@ -22,13 +22,13 @@ constexpr int frames_to_settle = 20;
 constexpr int frames_a_turn = 90;
 constexpr auto patience = 20s;
 
-/** What one side has done in its turn. */
+/** The results of one side in its turn. */
 struct Turn {
     double pictures_a_second = 0;
     double processor_time_a_second = 0;
 };
 
-/** Draws sixty times a second, as a host does, and sees how many pictures of the screen it gets. */
+/** Draws sixty times a second, like a host, and counts the frames of the screen that it gets. */
 template <typename Screen>
 class Watch {
 public:
@@ -102,8 +102,8 @@ void measure_screen(Table& table, Thoroughness much, Gpu& gpu)
     alternate(
         {much(20), 40s}, [&](bool counts) { take_turn(library, &Comparison::library, counts); },
         [&](bool counts) { take_turn(raw, &Comparison::raw, counts); }, [] {});
-    table.add({"screen's pictures", "1/s", rates, false});
-    table.add({"processor time of screen capture", "ms", processor_times, false});
+    table.add({"screen's frames", "1/s", rates, false});
+    table.add({"CPU time of screen capture", "ms", processor_times, false});
 }
 
 }  // namespace marlune::bench

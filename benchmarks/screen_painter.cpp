@@ -26,7 +26,7 @@ class Strip : public QRasterWindow {
 public:
     explicit Strip(const QScreen& screen)
     {
-        // No window manager moves it.
+        // The window manager must not move it.
         setFlags(Qt::BypassWindowManagerHint | Qt::WindowStaysOnTopHint);
         const QRect area = screen.geometry();
         setGeometry(area.x(), area.y() + (area.height() - strip_height) / 2, area.width(),

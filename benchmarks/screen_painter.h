@@ -5,8 +5,8 @@
 namespace marlune::bench {
 
 /**
- * A process of its own that changes the first screen sixty times a second: numbers in a strip across its
- * middle, as in numbered_picture.h. Ends when this goes.
+ * A separate process that changes the first screen sixty times a second: numbers in a strip across
+ * its middle, as in numbered_picture.h. It ends with this object.
  */
 class ScreenPainter {
 public:
@@ -19,7 +19,7 @@ private:
     std::FILE* process_;
 };
 
-/** What that process does: paints until its standard input ends. */
+/** The work of that process: paints until its standard input ends. */
 int paint_screen(int argument_count, char** arguments);
 
 }  // namespace marlune::bench

@@ -24,7 +24,7 @@ void print_row(const Row& row)
 
 void Table::add(Row row)
 {
-    // The table comes at the end, and until then somebody may wonder what is going on.
+    // The table is printed at the end; until then, this reports the progress.
     std::fprintf(stderr, "%s: %.3f\n", row.measure.c_str(), row.values.ratio());
     rows_.push_back(std::move(row));
 }

@@ -11,11 +11,11 @@ struct Row {
     std::string measure;
     const char* unit;
     Comparison values;
-    /** Whether there are samples enough to tell of the slowest hundredth. */
+    /** Whether there are enough samples for the slowest hundredth. */
     bool tail = true;
 };
 
-/** The one thing that the benchmarks print to the standard output. */
+/** The only output of the benchmarks on the standard output. */
 class Table {
 public:
     void add(Row row);

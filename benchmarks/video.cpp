@@ -20,11 +20,11 @@ namespace marlune::bench {
 
 namespace {
 
-// Not of the clips' own size: in that a CPU rasterizer alone needs more time than there is, and nothing
-// could be told of what else takes time.
+// Smaller than the clips: at their size, a software rasteriser alone would need more time than is
+// available, and no other cost could be measured.
 constexpr Picture picture{960, 540};
 
-// Of video, from its start: a player needs a moment to come to its pace.
+// The start of a video does not count: a player needs some time to reach its rate.
 constexpr double seconds_to_settle = 0.4;
 constexpr double seconds_a_turn = 1.6;
 constexpr auto patience = 20s;
@@ -39,13 +39,13 @@ struct Clip {
 
 constexpr Clip clips[] = {{"1080p30", "1080p30.mp4", 30}, {"1080p60", "1080p60.mp4", 60}};
 
-/** What one player has done in its turn. */
+/** The results of one player in its turn. */
 struct Turn {
     double processor_time_a_second = 0;
     double share_shown = 0;
 };
 
-/** Draws sixty times a second, as a host does, and sees which of the clip's frames it gets. */
+/** Draws sixty times a second, like a host, and records which frames of the clip it gets. */
 template <typename Video>
 class Watch {
 public:
@@ -70,7 +70,7 @@ public:
     }
 
 private:
-    /** Returns the number of the first frame that is shown from this one on. */
+    /** Returns the number of the next frame that is shown. */
     int draw_until(int number)
     {
         const auto end = Clock::now() + patience;
@@ -95,7 +95,7 @@ private:
     std::set<int> shown_;
 };
 
-/** The same for a clip that nobody draws. */
+/** The same for a clip that is not drawn. */
 Turn watch(const BareVideo& video, Clip clip)
 {
     const auto wait_for = [&](double seconds) {
@@ -116,7 +116,7 @@ Turn watch(const BareVideo& video, Clip clip)
     return turn;
 }
 
-/** The players of one clip, and what came of their turns. */
+/** The players of one clip, and the results of their turns. */
 class Contest {
 public:
     Contest(Gpu& gpu, Clip clip)
@@ -151,7 +151,7 @@ public:
         const auto add_row = [&](const char* what, const char* unit, Comparison values) {
             table.add({name + what, unit, std::move(values), false});
         };
-        add_row(", processor time", "ms", {plain_times_, raw_times_});
+        add_row(", CPU time", "ms", {plain_times_, raw_times_});
         add_row(", time with controls", "ms", {controlled_times_, raw_times_});
         add_row(", beside decoding", "ms", {plain_times_, bare_times_});
         add_row(", frames shown", "%", {plain_shares_, raw_shares_, Kind::Rate});

@@ -19,7 +19,7 @@ constexpr Picture small{640, 360};
 constexpr int calls_a_round = 50;
 constexpr auto patience = 20s;
 
-/** Begins to play, and goes on once it does. */
+/** Starts to play, and returns once the player plays. */
 template <typename Video>
 void play(const Video& video)
 {

@@ -12,8 +12,8 @@ namespace {
 constexpr Picture small{256, 256};
 
 /**
- * The time from each call's arrival to the next one's, which the page makes when it has the result of
- * the one before: all of a round trip, by a finer clock than pages have.
+ * Measures the time from each call's arrival to the next one's, which the page makes when it has
+ * the result of the previous one: a complete round trip, by a more precise clock than pages have.
  */
 template <typename Page>
 std::vector<double> one_after_the_other(Page& page)
@@ -29,7 +29,7 @@ std::vector<double> one_after_the_other(Page& page)
     return times;
 }
 
-/** Calls a second. */
+/** Measures calls per second. */
 template <typename Page>
 std::vector<double> all_at_once(Page& page)
 {
@@ -41,7 +41,7 @@ std::vector<double> all_at_once(Page& page)
     return {(count - 1) / time.count()};
 }
 
-/** Signals a second, until the page has counted the last. */
+/** Measures signals per second, until the page has counted the last one. */
 template <typename Page>
 std::vector<double> signals_in_a_row(Page& page)
 {
@@ -55,7 +55,7 @@ std::vector<double> signals_in_a_row(Page& page)
     return {count / time.count()};
 }
 
-/** The time from a property's change until the page that has seen it has called. */
+/** Measures the time from a property's change to the call of the page that has received it. */
 template <typename Page>
 std::vector<double> changes(Page& page)
 {

@@ -25,10 +25,10 @@ constexpr int frames_a_turn = 60;
 constexpr double stamps_a_millisecond = 10;
 constexpr double stamps_in_all = 1 << 24;
 constexpr double oldest_age =
-    2000;  // in ms; older is no age, but a colour that is none of the page's
+    2000;  // in ms; a higher value is not an age, but a colour of something else
 constexpr int32_t place_of_stamp = 16;
 
-/** What one side has done in its turn. */
+/** The results of one side in its turn. */
 struct Turn {
     double frames_a_second = 0;
     double processor_time_a_frame = 0;
@@ -49,11 +49,11 @@ double age_in_milliseconds(double now, double stamp)
     return age;
 }
 
-/** Draws sixty times a second, as a host does, and sees what becomes of the page's frames. */
+/** Draws sixty times a second, like a host, and tracks the frames of the page. */
 template <typename Page>
 class Watch {
 public:
-    /** The steps begin at the given share of those that the clock has had from its beginning on. */
+    /** The steps start at the given phase, relative to the steps since the clock's start. */
     Watch(Page& page, PixelReader& reader, double phase)
         : page_(page), reader_(reader), texture_(page.texture())
     {
@@ -86,7 +86,7 @@ public:
     }
 
 private:
-    /** Returns when the frame's pixels were there, as a stamp. */
+    /** Returns the time at which the frame's pixels were available, as a stamp. */
     double draw()
     {
         next_ += host_step;
@@ -105,7 +105,7 @@ private:
     double stamp_ = -1;
 };
 
-/** The rows of the table, filled turn by turn. */
+/** The rows of the table, filled after each turn. */
 class Turns {
 public:
     explicit Turns(Gpu& gpu) : reader_(gpu) {}
@@ -114,8 +114,9 @@ public:
     void take(Page& page, Samples Comparison::*side, bool counts)
     {
         page.run("animate(true)");
-        // The page's clock and the host's go at the same rate, so chance decides how they meet for all
-        // of a turn. Each round has another phase, the same for both sides, and all phases come evenly.
+        // The clocks of the page and of the host run at the same rate, so their alignment within a
+        // turn is random. Each round has another phase, the same for both sides, and all phases are
+        // distributed evenly.
         const int round = turns_++ / 2;
         const Turn turn = Watch(page, reader_, std::fmod(round * golden_section, 1)).watch();
         page.run("animate(false)");
@@ -148,7 +149,7 @@ void measure_web_frames(Table& table, Thoroughness much, Gpu& gpu)
         [&](bool counts) { turns.take(pages.library, &Comparison::library, counts); },
         [&](bool counts) { turns.take(pages.raw, &Comparison::raw, counts); }, [] {});
     table.add({"page's frames, 1280x720", "1/s", turns.rates, false});
-    table.add({"processor time a page's frame", "ms", turns.processor_times, false});
+    table.add({"CPU time a page's frame", "ms", turns.processor_times, false});
     table.add({"age of a page's frame", "ms", turns.ages});
 }
 

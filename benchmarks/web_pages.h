@@ -13,7 +13,7 @@
 
 namespace marlune::bench {
 
-/** Takes the page's next message, which has to be this one. */
+/** Takes the page's next message, which must be this one. */
 template <typename Page>
 void expect_message(Page& page, const std::string& message)
 {
@@ -22,7 +22,7 @@ void expect_message(Page& page, const std::string& message)
         throw std::runtime_error("a page has sent \"" + sent + "\" for \"" + message + '"');
 }
 
-/** The same page on both sides, each from its own scheme. For the running library's process. */
+/** The same page on both sides, each with its own scheme. In the process of the running library. */
 struct WebPages {
     WebPages(Gpu& gpu, Picture picture, const std::string& file)
         : library(gpu, picture, url_of<BenchPage>(file)),
@@ -46,7 +46,7 @@ private:
     static void start(Page& page)
     {
         expect_message(page, "loaded");
-        // Both have had a frame with the page in it.
+        // Both sides have drawn a frame with the page.
         wait_for_next_frame();
         page.render();
     }

@@ -26,7 +26,7 @@ constexpr auto patience = 30s;
 const std::string plain_page = "data:text/html,<body style='background:%23204060'>Page";
 constexpr Colour colour_of_page{0x20, 0x40, 0x60, 0xff};
 
-/** Draws as a host does, until the texture shows the page. */
+/** Draws like a host until the texture shows the page. */
 template <typename Page>
 void draw_until_shown(Page& page, PixelReader& reader)
 {
@@ -39,7 +39,7 @@ void draw_until_shown(Page& page, PixelReader& reader)
     }
 }
 
-/** What a view with a page costs beyond the first, in all processes. */
+/** Measures the cost of a view with a page beyond the first one, in all processes. */
 template <typename Page, typename Make>
 Numbers memory_a_page(const Gpu& gpu, Make make)
 {

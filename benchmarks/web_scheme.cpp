@@ -9,7 +9,7 @@ namespace marlune::bench {
 namespace {
 
 constexpr Picture small{256, 256};
-constexpr int in_flight = 6;  // as engines hold it with one server
+constexpr int in_flight = 6;  // the limit of engines per server
 
 struct Fetch {
     const char* row;
@@ -17,7 +17,7 @@ struct Fetch {
     const char* path;
     int size;
     int count;
-    /** What a row's number counts, in all of a round. */
+    /** The total that a row's number counts in a round. */
     double amount;
 };
 
@@ -27,7 +27,7 @@ constexpr Fetch fetches[] = {
     {"scheme, a file of 64 MiB", "MB/s", "/64MiB", 64 << 20, 1, 64 * 1.048576},
 };
 
-/** What a second gives. */
+/** The value per second. */
 template <typename Page>
 double fetch_files(Page& page, const Fetch& fetch)
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the examples have of a game: a Vulkan device of its own and a way to read a texture back.
+// The part of a game that the examples need: a Vulkan device, and a way to read a texture back.
 
 #include <marlune/marlune.h>
 
@@ -28,12 +28,12 @@ inline void check(VkResult result, const char* call)
 
 // --- The game's device -------------------------------------------------------------------------
 
-// The library draws on queue 0 of queue family 0 of the device that it is given.
+// The library submits its work to queue 0 of queue family 0 of the device.
 class Gpu {
 public:
     Gpu()
     {
-        // A game shows windows, and Qt looks for what goes with them.
+        // A game shows windows, and Qt looks for the extensions that they need.
         const std::vector<std::string> names = window_extensions();
         const std::vector<const char*> extensions = c_strings(names);
         const VkApplicationInfo application{.sType = VK_STRUCTURE_TYPE_APPLICATION_INFO,
@@ -106,7 +106,8 @@ private:
         return result;
     }
 
-    // With these, the web engine's pictures get from its own device to this one.
+    // These extensions let the device import frames that the web engine renders on a device of its
+    // own.
     static std::vector<std::string> sharing_extensions(VkPhysicalDevice physical_device)
     {
         constexpr std::array<std::string_view, 5> wanted = {
@@ -130,7 +131,7 @@ private:
 };
 
 // --- Reading a texture back --------------------------------------------------------------------
-// A game samples the texture where it is. The examples want it in files, and so copy it to a buffer.
+// A game samples the texture directly. The examples write it to files, so they copy it to a buffer.
 
 class ReadbackBuffer {
 public:
@@ -203,7 +204,8 @@ inline VkImageMemoryBarrier barrier(VkImage image, uint32_t level, VkImageLayout
             .subresourceRange = {VK_IMAGE_ASPECT_COLOR_BIT, level, 1, 0, 1}};
 }
 
-// The library leaves the texture in the layout of a colour attachment, and wants it back in the same.
+// The library leaves the texture in the layout of a colour attachment and expects it in the same
+// layout.
 inline void record_copy(VkCommandBuffer commands, VkImage image, uint32_t level, VkExtent3D extent,
                         VkBuffer buffer)
 {
@@ -261,7 +263,8 @@ struct Picture {
     std::vector<uint8_t> rgba;
 };
 
-// One level of a texture; its alpha is premultiplied. `width` and `height` are those of level 0.
+// Reads one level of a texture; its alpha is premultiplied. `width` and `height` are those of level
+// 0.
 inline Picture read_back(const Gpu& gpu, uint64_t texture, uint32_t width, uint32_t height,
                          uint32_t level = 0)
 {
@@ -271,7 +274,7 @@ inline Picture read_back(const Gpu& gpu, uint64_t texture, uint32_t width, uint3
     return {extent.width, extent.height, target.bytes()};
 }
 
-// PNG wants straight alpha.
+// PNG requires alpha that is not premultiplied.
 inline void unpremultiply(std::span<uint8_t> rgba)
 {
     for (size_t i = 0; i < rgba.size(); i += 4) {
@@ -291,7 +294,8 @@ inline void save_png(Picture picture, const std::filesystem::path& file)
 
 // --- The library -------------------------------------------------------------------------------
 
-// Started once a process, stopped when all views are gone and before the device goes.
+// Starts the library, once per process. Destroy all views before this object, and this object
+// before the device.
 struct Library {
     Library()
     {

@@ -1,9 +1,9 @@
-// A complete host: it starts the library, shows five views for three seconds on a Vulkan device with some
-// input, and writes what they show to PNG files.
+// A complete host: it starts the library, shows five views with some input for three seconds on a
+// Vulkan device, and writes their textures to PNG files.
 //
 //     marlune-demo [FOLDER]      (default: out)
 //
-// The project root, in which the library finds Qt's files, is read from MARLUNE_PROJECT_ROOT.
+// The project root, which contains Qt's files, is read from MARLUNE_PROJECT_ROOT.
 
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #include "game.h"
@@ -46,7 +46,7 @@ struct Screen {
     int drawn = 0;
     Milliseconds drawing_time{0};
 
-    // A facade does not end its view by itself.
+    // A facade does not destroy its view by itself.
     ~Screen() { view.destroy(); }
 };
 
@@ -60,7 +60,8 @@ void open(Screen& screen, Gpu& gpu)
         throw std::runtime_error(std::string("cannot load ") + screen.component);
 }
 
-// A player with one pointer, which visits one view after the other: circles, clicks, scrolls, types.
+// A player with one pointer, which visits the views one after the other: it circles, clicks,
+// scrolls and types.
 void feed_input(const Screen& screen, int frame)
 {
     constexpr uint32_t key_right = 0x01000014, key_space = 0x20;  // values of Qt::Key
@@ -98,7 +99,7 @@ void feed_input(const Screen& screen, int frame)
     }
 }
 
-// What a call costs that does nothing: the way to the library's thread and back.
+// Measures the cost of an empty call: the way to the Qt thread and back.
 Milliseconds cost_of_an_empty_call(const marlune::MView& view)
 {
     std::array<Milliseconds, 101> times;
@@ -111,8 +112,8 @@ Milliseconds cost_of_an_empty_call(const marlune::MView& view)
     return times[times.size() / 2];
 }
 
-// render() does not tell whether a frame was due. One that was drawn has waited for the GPU, and so has
-// taken many times as long as an empty call.
+// render() does not report whether a frame was due. A call that drew a frame has waited for the
+// GPU, and has thus taken many times as long as an empty call.
 void render(Screen& screen, Milliseconds empty_call)
 {
     const auto start = Clock::now();

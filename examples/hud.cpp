@@ -1,11 +1,12 @@
-// A head-up display: a web page that lies over the picture of a game. The page comes out of the game's own
-// pack of files and shows properties of an object, `player`; it reacts to the object's signals, calls a
-// method, and writes a property. A short fight is played, and pictures of it are written to PNG files.
+// A head-up display: a web page over the picture of a game. The page comes from the game's own pack
+// of files and shows the properties of an object, `player`; it reacts to the object's signals,
+// calls a method, and writes a property. The example plays a short fight and writes pictures of it
+// to PNG files.
 //
 //     marlune-hud [--page FOLDER] [OUT]      (defaults: examples/hud, out)
 //
-// FOLDER is where your own page lies, with its index.html. The project root, in which the library finds
-// Qt's files, is read from MARLUNE_PROJECT_ROOT.
+// FOLDER contains your own page, with its index.html. The project root, which contains Qt's files,
+// is read from MARLUNE_PROJECT_ROOT.
 
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #include "game.h"
@@ -45,7 +46,7 @@ constexpr double FRAME_SECONDS = 1.0 / 60;
 
 // --- The pack ----------------------------------------------------------------------------------
 
-// The page's files by their paths, such as "/index.html". A game has them in its archive.
+// The page's files by their paths, such as "/index.html". A game reads them from its archive.
 using Pack = std::map<std::string, std::vector<uint8_t>>;
 
 Pack read_pack(const std::filesystem::path& folder)
@@ -70,7 +71,7 @@ void serve(Pack& pack)
         [&pack](std::string path, bool&, uint64_t& size) -> uint8_t* {
             const auto file = pack.find(path);
             if (file == pack.end()) {
-                std::fprintf(stderr, "the page asks for %s, which is not there\n", path.c_str());
+                std::fprintf(stderr, "the page requests %s, which does not exist\n", path.c_str());
                 return nullptr;
             }
             size = file->second.size();
@@ -80,12 +81,13 @@ void serve(Pack& pack)
 
 // --- The player --------------------------------------------------------------------------------
 
-// The game keeps its own numbers and shows copies of them to the page: what a page writes is a wish.
+// The game keeps its own values and publishes copies to the page: values that a page writes are
+// only requests.
 class Player {
 public:
     Player()
     {
-        // Pages may write every property. These two are theirs to choose; the others are put right.
+        // Pages may write every property. The game accepts two of them and corrects the others.
         const auto accept = [](db::PropertyInfoStd* property) {
             const auto& value = std::get<db::ValueStd>(property->value);
             std::printf("the page has set %s to %s\n", property->name.c_str(),
@@ -96,7 +98,7 @@ public:
         for (db::PropertyInfoStd* property : {&health_, &ammo_, &magazine_, &score_, &heading_})
             property->func_valueChanged_updateGodot = [this](db::PropertyInfoStd*) { show_all(); };
 
-        // On the Qt thread, when the page calls it.
+        // Called on the Qt thread when the page calls the method.
         reload_.func_call_method = [this](db::MethodInfoStd*, std::vector<db::ContainerStd>,
                                           std::vector<Type>) -> db::ContainerStd {
             const int rounds = MAGAZINE - ammo_left_.exchange(MAGAZINE);
@@ -119,7 +121,7 @@ public:
             emit(ammo_empty_, {});
     }
 
-    // `from` is clockwise from straight ahead, in degrees.
+    // `from` is in degrees, clockwise from straight ahead.
     void take_hit(int points, double from)
     {
         health_left_ = std::max(0, health_left_ - points);
@@ -177,7 +179,7 @@ private:
             signal.func_emit_signal(&signal, std::move(values), std::move(codes));
     }
 
-    // The Qt thread and the game's own both change them.
+    // The Qt thread and the game's thread change them.
     std::atomic<int> health_left_ = 100, ammo_left_ = MAGAZINE, score_so_far_ = 12'400;
     std::atomic<double> direction_ = 0;
 
@@ -215,7 +217,7 @@ private:
 
 // --- The view ----------------------------------------------------------------------------------
 
-// The player must outlive it.
+// The player must outlive the view.
 class Hud {
 public:
     Hud(Gpu& gpu, Player& player)
@@ -231,7 +233,7 @@ public:
             else
                 std::printf("the page says: %s (%s:%d)\n", message.c_str(), source.c_str(), line);
         });
-        // No link leads the page, and with it the player, out of the pack.
+        // Refuses links that would lead the page, and with it the player, out of the pack.
         view_.set_func_navigation_handler([](std::string url, std::string) {
             return url.starts_with("res:") || url == "about:blank";
         });
@@ -261,7 +263,7 @@ public:
 
     void render() { view_.render(); }
 
-    // Waits until the page has drawn all that it has been told of. A game has no need to.
+    // Waits until the page has displayed all changes. A game does not need to.
     void catch_up()
     {
         page_has_drawn_ = false;
@@ -274,7 +276,8 @@ public:
 
     void press(char letter)
     {
-        const auto key = uint32_t(std::toupper(letter));  // as Qt::Key counts letters
+        const auto key =
+            uint32_t(std::toupper(letter));  // Qt::Key has the codes of capital letters
         view_.key_event(key, 0, {letter});
         view_.key_event(key, 1, {letter});
     }
@@ -291,7 +294,7 @@ private:
         const auto end = Clock::now() + 30s;
         while (!holds()) {
             if (Clock::now() > end)
-                throw std::runtime_error("the page does not answer");
+                throw std::runtime_error("the page does not respond");
             render();
             std::this_thread::sleep_for(FRAME_TIME);
         }
@@ -304,7 +307,7 @@ private:
 
 // --- The fight ---------------------------------------------------------------------------------
 
-// What happens when, in seconds of the game's time.
+// The script of the fight, in seconds of the game's time.
 using Script = std::multimap<double, std::function<void()>>;
 
 Script write_script(Player& player, Hud& hud, const std::function<void(const char*)>& save)

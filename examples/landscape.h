@@ -1,6 +1,6 @@
 #pragma once
 
-// What the example of a head-up display looks through: a picture that stands for the game's own.
+// The background of the head-up display example: a picture that represents the game's own.
 
 #include "game.h"
 
@@ -26,7 +26,7 @@ inline double step(double from, double to, double value)
     return part * part * (3 - 2 * part);
 }
 
-// A number from 0 to 1 that is always the same for the same place.
+// Returns a number from 0 to 1 that is always the same for the same position.
 inline double random_at(int x, int y)
 {
     uint32_t bits = uint32_t(x) * 0x9e3779b9u ^ uint32_t(y) * 0x85ebca6bu;
@@ -35,8 +35,8 @@ inline double random_at(int x, int y)
     return double((bits ^ bits >> 15) & 0xffff) / 0xffff;
 }
 
-// An evening on another planet: mountains in haze under a planet with a ring. Lengths are in heights of the
-// picture, from its top left corner.
+// An evening on another planet: mountains in haze under a planet with a ring. Lengths are in units
+// of the picture's height, from its top left corner.
 class Landscape {
 public:
     Landscape(double heading, bool is_shot_down) : heading_(heading), is_shot_down_(is_shot_down) {}
@@ -95,7 +95,7 @@ private:
         const double edge = pixel / radius;
         const double from_centre = std::hypot(px, py);
 
-        // The ring is seen from a little above: an ellipse that leans.
+        // The ring is seen from slightly above: a tilted ellipse.
         const double along = px * 0.94 + py * 0.34, across = (py * 0.94 - px * 0.34) / 0.24;
         const double ring = std::hypot(along, across);
         const double bands = 0.55 + 0.45 * std::sin(ring * 60) * std::sin(ring * 23);
@@ -135,7 +135,7 @@ private:
         return mix(behind, colour, step(top - pixel, top + pixel, y));
     }
 
-    // A machine that hovers over the mountains, or what is left of it.
+    // A drone that hovers over the mountains, or its explosion.
     Colour with_drone(Colour behind, double x, double y, double pixel) const
     {
         const double dx = x - 0.003, dy = y - 0.497;
@@ -168,7 +168,7 @@ private:
     bool is_shot_down_;
 };
 
-// Lays a picture with premultiplied alpha over an opaque one, as the game's blending does.
+// Blends a picture with premultiplied alpha over an opaque one, like the game.
 inline Picture lay_over(const Picture& top, Picture bottom)
 {
     for (size_t i = 0; i < bottom.rgba.size(); i += 4) {

@@ -1,6 +1,6 @@
 #!/bin/bash
-# Makes the film that the example of media views plays: make_film.sh PICTURE FILM. The eye goes along the
-# picture, which `marlune-media --paint PICTURE` paints; the film has two tracks of sound and of subtitles.
+# Makes the film that the media example plays: make_film.sh PICTURE FILM. The film pans along the
+# picture, which `marlune-media --paint PICTURE` paints; it has two audio and two subtitle tracks.
 set -euo pipefail
 
 picture=$1

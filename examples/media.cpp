@@ -1,10 +1,10 @@
-// Videos, cameras and screens: a film with its controls, the machine's first camera, or why there is none,
-// and its first screen. They are shown for some seconds, and written to PNG files.
+// Videos, cameras and screens: shows a film with its controls, the machine's first camera or the
+// reason why there is none, and its first screen for some seconds, and writes them to PNG files.
 //
 //     marlune-media FILM [FOLDER]      (default: out)
-//     marlune-media --paint FILE       paints what examples/make_film.sh makes the film of
+//     marlune-media --paint FILE       paints the picture that examples/make_film.sh uses
 //
-// The project root, in which the library finds Qt's files, is read from MARLUNE_PROJECT_ROOT.
+// The project root, which contains Qt's files, is read from MARLUNE_PROJECT_ROOT.
 
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #include "game.h"
@@ -53,7 +53,7 @@ public:
     Film(Gpu& gpu, const std::filesystem::path& file)
     {
         set_up(view_, gpu);
-        // Before load(), to miss none. They come on the Qt thread.
+        // Registered before load(), so that none is missed. They are called on the Qt thread.
         view_.set_func_on_media_status_changed([this](int status) { status_ = status; });
         view_.set_func_on_error_occurred([](int error, std::string text) {
             std::fprintf(stderr, "the film: error %d, %s\n", error, text.c_str());
@@ -88,7 +88,7 @@ public:
     void show_subtitles() const { view_.set_active_subtitle_track(0); }
     void seek(uint64_t position) const { view_.set_position(position); }
 
-    // What a player does with the mouse. Shares of the view's width and height.
+    // The player's use of the mouse. Positions are fractions of the view's width and height.
     void point_at(double x, double y) const
     {
         view_.mouse_move(uint32_t(x * WIDTH), uint32_t(y * HEIGHT));
@@ -165,7 +165,7 @@ private:
 
 // --- The show ----------------------------------------------------------------------------------
 
-// What a game does in each of its frames.
+// The work of a game in each of its frames.
 class Show {
 public:
     explicit Show(std::vector<const marlune::MView*> views) : views_(std::move(views)) {}
@@ -219,7 +219,7 @@ void run(const std::filesystem::path& film_file, const std::filesystem::path& fo
     film.describe();
     film.show_subtitles();
     film.seek(7000);
-    film.point_at(0.62, 0.875);  // on the bar: the time there is shown
+    film.point_at(0.62, 0.875);  // on the bar, which shows the time there
     show.run_for(1500ms);
     save(film.view(), "VideoPlayer");
     film.click_at(0.78, 0.944);  // the button of the subtitles
@@ -231,7 +231,7 @@ void run(const std::filesystem::path& film_file, const std::filesystem::path& fo
     std::printf("pictures are in %s\n", folder.string().c_str());
 }
 
-// Wider than the film's picture, which goes along it.
+// Wider than the film's picture, which pans along it.
 void paint(const std::filesystem::path& file)
 {
     constexpr double heading = 312;

@@ -1,4 +1,4 @@
-// The least that a host does: one view, shown for a second.
+// The minimal host: one view, shown for a second.
 #include <marlune/marlune.h>
 
 #include <chrono>
@@ -8,7 +8,7 @@
 
 int main()
 {
-    // The game's own device; queue 0 of queue family 0 is the one that the library draws on.
+    // The game's own device; the library uses queue 0 of queue family 0.
     VkInstance instance = VK_NULL_HANDLE;
     VkPhysicalDevice gpu = VK_NULL_HANDLE;
     VkDevice device = VK_NULL_HANDLE;

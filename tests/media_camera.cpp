@@ -250,7 +250,7 @@ TEST_F(Camera, has_done_with_a_callback_when_its_setter_has_returned)
 
 TEST_F(Camera, outlives_a_callback_that_throws)
 {
-    expect_message_matching("mine \\(the call was given up");
+    expect_message_matching("mine \\(the call was aborted");
     HostCameraView view;
     view->set_func_active_changed([] { throw std::runtime_error("mine"); });
     ASSERT_TRUE(view.show());

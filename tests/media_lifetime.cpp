@@ -311,7 +311,7 @@ TEST(Players, are_given_callbacks_while_they_play)
 
 TEST(Players, outlive_a_callback_that_throws)
 {
-    expect_message_matching("mine \\(the call was given up");
+    expect_message_matching("mine \\(the call was aborted");
     HostVideoView view;
     view->set_func_on_source_changed([](std::string) { throw std::runtime_error("mine"); });
     ASSERT_TRUE(view.open("short.mp4"));

@@ -295,7 +295,7 @@ INSTANTIATE_TEST_SUITE_P(Process, Lives, testing::ValuesIn(names_of_lives()),
 TEST(Stop, gives_up_on_a_callback_that_never_returns)
 {
     const std::string said = live("callback_that_never_returns");
-    EXPECT_TRUE(said.starts_with("marlune: the Qt thread is still at work")) << said;
+    EXPECT_TRUE(said.starts_with("marlune: the Qt thread is still busy")) << said;
     EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
 }
 

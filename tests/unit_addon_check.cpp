@@ -58,15 +58,15 @@ TEST_F(AddonDirectory, is_named_with_the_file_that_it_lacks)
 {
     write_manifest({"libmarlune.so", "plugins/platforms/libqxcb.so"});
     write(QStringLiteral("libmarlune.so"));
-    expect_message("the add-on directory \"" + path()
-                   + "\" lacks plugins/platforms/libqxcb.so: " + "copy it again, as a whole");
+    expect_message("the add-on directory \"" + path() + "\" lacks plugins/platforms/libqxcb.so: "
+                   + "copy the complete directory again");
     warn_of_missing_files(path());
 }
 
 TEST_F(AddonDirectory, gets_one_line_however_many_files_it_lacks)
 {
     write_manifest({"qml/a", "qml/b", "qml/c"});
-    expect_message_matching("lacks qml/a and 2 more files: copy it again");
+    expect_message_matching("lacks qml/a and 2 more files: copy the complete directory again");
     warn_of_missing_files(path());
 }
 
@@ -90,8 +90,8 @@ TEST_F(AddonDirectory, has_a_process_that_may_be_executed)
     const QString process = QStringLiteral("QtWebEngineProcess.exe");
     write_manifest({"QtWebEngineProcess.exe"});
     write(process);
-    expect_message("\"" + path() + "QtWebEngineProcess.exe\" may not be executed, so that no page "
-                   + "will show: chmod +x");
+    expect_message("\"" + path() + "QtWebEngineProcess.exe\" is not executable, so no page can "
+                   + "be shown: run chmod +x");
     warn_of_missing_files(path());
     EXPECT_TRUE(QFile::setPermissions(QString::fromStdString(path()) + process,
                                       QFile::ReadOwner | QFile::ExeOwner));

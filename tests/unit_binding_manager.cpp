@@ -183,9 +183,9 @@ TEST_F(Manager, does_not_publish_a_member_in_the_place_of_another_object)
 
 TEST_F(Manager, refuses_no_object_and_no_name)
 {
-    expect_message("cannot add context object 'player', it is null. Give its record.");
+    expect_message("cannot add context object 'player', it is null. Pass its record.");
     EXPECT_FALSE(manager->registerObject("player", nullptr));
-    expect_message("cannot add context object '', it has no name. Give it one.");
+    expect_message("cannot add context object '', its name is empty. Pass a name.");
     EXPECT_FALSE(add("", player));
     EXPECT_TRUE(told.empty());
 }

@@ -67,7 +67,7 @@ TEST_F(CallbackSlots, report_what_a_function_throws_and_go_on)
     expect_message_matching("^marlune: broken");
     fill(slot, []() -> int { throw std::runtime_error("broken"); });
     EXPECT_EQ(slot.call(nullptr), 0);
-    expect_message_matching("a host callback has thrown an unknown exception");
+    expect_message_matching("a host callback threw an unknown exception");
     fill(slot, []() -> int { throw 1; });
     EXPECT_EQ(slot.call(nullptr), 0);
 }

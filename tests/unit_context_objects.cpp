@@ -266,8 +266,8 @@ TEST_F(ContextObject, leaves_out_members_without_a_record)
 {
     player.record().methods["f"] = nullptr;
     player.record().properties["p"] = nullptr;
-    expect_message("method player.f is left out, its record is null");
-    expect_message("property player.p is left out, its record is null");
+    expect_message("method player.f is ignored because its record is null");
+    expect_message("property player.p is ignored because its record is null");
     DBAbstractContextObject& object = publish();
     EXPECT_TRUE(object.methods_map().isEmpty());
     EXPECT_TRUE(object.variables_map().isEmpty());
@@ -339,9 +339,8 @@ TEST_F(ContextObject, takes_a_call_of_a_page_with_a_list_only)
     EXPECT_EQ(result, QVariant(42));
     for (const QVariant& arguments :
          {QVariant(), QVariant(5), QVariant("x"), QVariant(QVariantMap())}) {
-        expect_message(
-            "method call error: the arguments of f are not a list. Give one with an element "
-            "for each.");
+        expect_message("method call error: the arguments of f are not a list. Pass a list with one "
+                       "element per argument.");
         EXPECT_FALSE(object.___invoke_method("f", arguments).isValid());
     }
     EXPECT_EQ(calls, 1);
@@ -401,7 +400,7 @@ TEST_F(ContextObject, does_not_call_the_host_with_too_few_or_too_many_arguments)
     noting_method("f", {{INT, "a"}, {INT, "b"}});
     DBAbstractContextObject& object = publish();
     for (const QVariantList& arguments : {QVariantList{}, QVariantList{1}, QVariantList{1, 2, 3}}) {
-        expect_message_matching("^method call error: f\\(a: INT,b: INT\\) has been given "
+        expect_message_matching("^method call error: f\\(a: INT,b: INT\\) was called with "
                                 + std::to_string(arguments.size()) + " ");
         EXPECT_FALSE(call(object, "f", arguments).isValid());
     }
@@ -441,9 +440,9 @@ TEST_F(ContextObject, gives_no_result_where_the_host_s_does_not_fit)
     noting_method("f", {}, ARRAY, single(7));
     noting_method("g", {}, INT, std::vector<ValueStd>{1, 2});
     DBAbstractContextObject& object = publish();
-    expect_message_matching("^the result of method f does not hold what its type ARRAY asks for");
+    expect_message_matching("^the result of method f does not match its type ARRAY");
     EXPECT_FALSE(call(object, "f", {}).isValid());
-    expect_message_matching("^the result of method g does not hold what its type INT asks for");
+    expect_message_matching("^the result of method g does not match its type INT");
     EXPECT_FALSE(call(object, "g", {}).isValid());
 }
 
@@ -594,9 +593,8 @@ TEST_F(ContextObject, refuses_a_vector_that_is_none_and_keeps_the_value)
     place.func_valueChanged_updateGodot = [&](PropertyInfoStd*) { ++told; };
     publish();
     for (const QVariant& value : {QVariant(5), QVariant(), QVariant(QVariantList{1, 2})}) {
-        expect_message(
-            "cannot set property 'player.place', it is a VECTOR3. Give a list with a number "
-            "for each component.");
+        expect_message("cannot set property 'player.place', it is a VECTOR3. Pass a list with one "
+                       "number per component.");
         published_property("player.place").set_value(value);
     }
     EXPECT_EQ(place.value, single(Vector3Std{1, 2, 3}));
@@ -607,7 +605,7 @@ TEST_F(ContextObject, gives_no_value_where_the_record_s_does_not_fit)
 {
     player.property("bag", ARRAY, single(7));
     DBAbstractContextObject& object = publish();
-    const std::string message = "^property 'player.bag' does not hold what its type ARRAY asks for";
+    const std::string message = "^property 'player.bag' does not match its type ARRAY";
     expect_message_matching(message);
     EXPECT_FALSE(published_property("player.bag").value().isValid());
     expect_message_matching(message);
@@ -713,7 +711,7 @@ TEST_F(ContextObject, tells_of_a_change_to_a_value_that_does_not_fit)
     publish();
     bag.value = std::vector<ValueStd>{1};
     bag.func_valueChanged_updateQt(&bag);
-    expect_message_matching("^property 'player.bag' does not hold what its type ARRAY asks for");
+    expect_message_matching("^property 'player.bag' does not match its type ARRAY");
     serve_events();
     EXPECT_EQ(changes, (std::vector<Told>{{"player", "bag", QVariant()}}));
 }
@@ -765,10 +763,8 @@ TEST_F(ContextObject, emits_a_signal_with_no_value_in_place_of_one_that_does_not
     publish();
     hit.func_emit_signal(&hit, {single(7), std::map<std::string, ValueStd>{}, single(8)},
                          {INT, UNKNOWN, DICTIONARY});
-    expect_message_matching(
-        "^value 2 of signal 'player.hit' does not hold what its type UNKNOWN asks");
-    expect_message_matching(
-        "^value 3 of signal 'player.hit' does not hold what its type DICTIONARY");
+    expect_message_matching("^value 2 of signal 'player.hit' does not match its type UNKNOWN");
+    expect_message_matching("^value 3 of signal 'player.hit' does not match its type DICTIONARY");
     serve_events();
     EXPECT_EQ(emissions,
               (std::vector<Told>{{"player", "hit", QVariantList{7, QVariant(), QVariant()}}}));
@@ -840,8 +836,8 @@ TEST_F(ContextObject, drops_what_is_emitted_while_too_much_waits_and_says_so_onc
     publish();
     for (size_t round = 1; round <= 2; ++round) {
         expect_message(
-            "signal 'player.s' is dropped, 20000 of it wait already. Emit it less, and keep "
-            "no callback busy for long.");
+            "signal 'player.s' is dropped because 20000 of its emissions are waiting. Emit it "
+            "less often, and keep callbacks short.");
         for (int i = 0; i < Backlog::most_waiting + 100; ++i)
             signal.func_emit_signal(&signal, {single(i)}, {INT});
         serve_events();

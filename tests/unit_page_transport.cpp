@@ -51,7 +51,7 @@ const QJsonObject reference{{"__QObject*__", true}, {"id", "other"}};
 std::string dropped(const std::string& what)
 {
     return "WebView 0: a page has sent " + what
-        + ". It is dropped. More of this kind are not reported.";
+        + ". It is dropped. Further messages of this kind are not reported.";
 }
 
 class Transport : public testing::Test {
@@ -210,7 +210,7 @@ TEST_F(Transport, lets_no_page_delete_what_is_published)
     open();
     const QHash<QString, QObject*> before = channel.registeredObjects();
     const std::vector<QPointer<QObject>> objects(before.begin(), before.end());
-    expect_message_matching("a page has sent a call of what is not for pages");
+    expect_message_matching("a page has sent a call of a method that pages cannot call");
     for (const QString& name : before.keys()) {
         for (int i = 0; i < 16; ++i)
             call(qUtf8Printable(name), i, {});
@@ -226,7 +226,7 @@ TEST_F(Transport, lets_no_page_delete_what_is_published)
 TEST_F(Transport, lets_no_page_break_off_what_the_channel_is_connected_to)
 {
     open();
-    expect_message_matching("a page has sent a connection to what is not for pages");
+    expect_message_matching("a page has sent a connection to a signal that pages cannot use");
     for (const QString& name : channel.registeredObjects().keys()) {
         for (int signal = -1; signal < 16; ++signal) {
             for (const int type : {DISCONNECT, CONNECT, DISCONNECT, DISCONNECT})
@@ -244,7 +244,7 @@ TEST_F(Transport, lets_no_page_break_off_what_the_channel_is_connected_to)
 TEST_F(Transport, lets_pages_write_the_values_of_properties_and_nothing_else)
 {
     open();
-    expect_message(dropped("a write of what is not for pages (\"___cm\")"));
+    expect_message(dropped("a write to a property that pages cannot write (\"___cm\")"));
     const auto* const property = published<DBPropertyInfo>("player.health");
     for (const char* const name : {"___cm", "player", "player.echo", "player.health"}) {
         for (int i = -1; i < 8; ++i) {
@@ -281,7 +281,7 @@ TEST_F(Transport, says_once_what_it_drops)
     const std::string name = "x\ny" + std::string(1000, 'x');
     open();
     expect_message(dropped("a message of an unknown type"));
-    expect_message(dropped("a message to an object that is not there (\"x\\u000ay"
+    expect_message(dropped("a message to an object that does not exist (\"x\\u000ay"
                            + std::string(77, 'x') + "\u2026\")"));
     for (int i = 0; i < 10; ++i) {
         for (const QJsonValue& type :
@@ -316,7 +316,7 @@ TEST_F(Transport, bounds_what_a_page_can_write_into_the_log)
     open();
     const QString name = "a\nb\u202e" + QString(10'000, 'c');
     const std::string shown = "a\\u000ab\\u202e" + std::string(76, 'c') + "\u2026";
-    expect_message("a page has caused 99 warnings. What else it causes is not logged.");
+    expect_message("a page has caused 99 warnings. Further warnings are not logged.");
     for (int i = 0; i < 99; ++i)
         expect_message("invoke_method: " + shown + " doesn't exist");
     for (int i = 0; i < 120; ++i)
@@ -333,7 +333,7 @@ TEST_F(Transport, bounds_what_a_page_can_write_into_the_log)
 TEST_F(Transport, answers_calls_that_it_refuses_with_nothing)
 {
     open();
-    expect_message_matching("a call of what is not for pages \\(\"registerObject\"\\)");
+    expect_message_matching("a call of a method that pages cannot call \\(\"registerObject\"\\)");
     EXPECT_TRUE(call("___cm", "registerObject", {"player", "player"}).isNull());
     EXPECT_TRUE(call("___cm", "deregisterObject", {"player"}).isNull());
     EXPECT_TRUE(call("player", "___invoke_method", {}).isNull());
@@ -359,7 +359,7 @@ TEST_F(Transport, answers_a_write_with_the_value_that_the_property_has_then)
     ASSERT_TRUE(serve_until([&] { return answer_to("write"); }));
     EXPECT_EQ((*answer_to("write"))["data"], 100);
     EXPECT_TRUE(manager->deregisterObject("player"));
-    expect_message_matching("a message to an object that is not there");
+    expect_message_matching("a message to an object that does not exist");
     page.post({{"type", SET}, {"id", "late"}, {"object", "player.health"}});
     ASSERT_TRUE(serve_until([&] { return answer_to("late"); }));
     EXPECT_FALSE(answer_to("late")->contains("data"));
@@ -464,7 +464,7 @@ TEST_F(Transport, drops_the_oldest_signals_for_a_page_that_hangs)
     reads = false;
     received.clear();
     expect_message_matching(
-        "the page does not take what it is sent. The oldest signals are dropped");
+        "the page does not process its messages fast enough. The oldest signals are dropped");
     constexpr int count = 20'000;
     for (int i = 1; i <= count; ++i)
         died->func_emit_signal(died, {ValueStd(i)}, {INT});
@@ -487,7 +487,7 @@ TEST_F(Transport, answers_each_call_of_a_page_for_which_signals_are_dropped)
     reads = false;
     received.clear();
     expect_message_matching(
-        "the page does not take what it is sent. The oldest signals are dropped");
+        "the page does not process its messages fast enough. The oldest signals are dropped");
     constexpr int count = 12'000;
     for (int i = 1; i <= count; ++i) {
         died->func_emit_signal(died, {ValueStd(i)}, {INT});
@@ -508,7 +508,7 @@ TEST_F(Transport, drops_the_oldest_answers_for_a_page_that_calls_and_hangs)
     reads = false;
     received.clear();
     expect_message_matching(
-        "the page does not take what it is sent. The oldest answers are dropped");
+        "the page does not process its messages fast enough. The oldest answers are dropped");
     const QString text(1024 * 1024, 'x');
     constexpr int count = 200;
     for (int i = 1; i <= count; ++i)
@@ -632,7 +632,7 @@ TEST_F(Transport, is_not_the_only_guard_against_references)
              {pointer, QVariant(QVariantList{1, pointer}),
               QVariant(QVariantMap{{"deep", QVariantList{QVariantMap{{"a", pointer}}}}})}) {
             expect_message(
-                "cannot set a text of property 'player.health' to what is no plain data.");
+                "cannot set a text of property 'player.health' to a value that is not plain data.");
             property->setProperty(name, value);
             EXPECT_EQ(property->property(name), before);
         }

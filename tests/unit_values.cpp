@@ -465,9 +465,8 @@ TEST(HostValue, of_the_wrong_kind_throws)
 
 TEST(HostValue, of_the_wrong_kind_is_warned_of_where_nobody_may_be_thrown_at)
 {
-    expect_message(
-        "the thing does not hold what its type ARRAY asks for. Give a single value, and a "
-        "container as JSON text.");
+    expect_message("the thing does not match its type ARRAY. Pass a single value, or a "
+                   "container as JSON text.");
     EXPECT_FALSE(to_variant_or_warn(single(7), ARRAY, "the thing").isValid());
     EXPECT_EQ(to_variant_or_warn(single(7), INT, "the thing"), QVariant(7));
 }

@@ -209,7 +209,7 @@ TEST(CallsWhileAPageHangs, leave_views_that_show_pages)
 {
     allow_messages_matching("^Registered new object after initialization");
     allow_messages_matching("a callback cannot load a scene");
-    allow_messages_matching("the page has not answered and is ended");
+    allow_messages_matching("the page does not respond and was ended");
     expect_message("cannot remove context object 'player', does not exist.");
     const ServingResources pack(calling_pack({}));
     struct Hanging {

@@ -418,7 +418,8 @@ TEST_F(PageDialogs, wait_twenty_at_most)
     HttpServer page;
     page.serve("/", html(images));
     ASSERT_TRUE(view.show_html("<p>before"));
-    expect_message_matching("^WebView \\d+: more than 20 dialogs wait; this one is rejected$");
+    expect_message_matching(
+        "^WebView \\d+: more than 20 dialogs are waiting; this one is rejected$");
     view->set_url(page.url("/"));
     EXPECT_TRUE(view.draw_until(all_expected_messages_came));
 }

@@ -19,8 +19,8 @@ namespace {
 
 constexpr auto green_page = "<body style='background: rgb(0, 255, 0)'>";
 constexpr auto refusal =
-    "WebView 1: the web engine draws on the graphics hardware, but the host's Vulkan device cannot take "
-    "its pictures. Create the device with VK_KHR_external_memory_fd, or set GPU_DISABLED before the "
+    "WebView 1: the web engine renders on the GPU, but the host's Vulkan device cannot import "
+    "its frames. Create the device with VK_KHR_external_memory_fd, or set GPU_DISABLED before the "
     "start.";
 
 // The engine takes the processor's Vulkan for graphics hardware when its block list is put aside. Its

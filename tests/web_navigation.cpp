@@ -796,7 +796,7 @@ TEST_F(Navigation, to_the_disk_is_for_the_host_alone)
              {"file:///etc/passwd", "qrc:/Web/page_scripts/full_screen.js"}) {
             ASSERT_TRUE(view.open(page));
             ask_the_gate();
-            allow_messages_matching("the page wants to go to a file of the disk; refused");
+            allow_messages_matching("the page tried to navigate to a local file; refused");
             view.run("location = '" + disk + "'; open('" + disk + "')");
             EXPECT_EQ(
                 view.evaluate("new Promise(done => setTimeout(() => done(location.href), 300))"),
@@ -856,7 +856,7 @@ TEST_F(Navigation, tells_errors_in_plain_text)
     view->set_url(url("/nowhere"));
     const std::optional<Load> end = load_of(Load::FAILED, 0);
     ASSERT_TRUE(end);
-    EXPECT_EQ(end->error_string, "The server has answered with status 404");
+    EXPECT_EQ(end->error_string, "The server responded with status 404");
 }
 
 TEST_F(Navigation, tells_of_a_server_that_is_not_there)

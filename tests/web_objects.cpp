@@ -253,7 +253,7 @@ TEST_F(Objects, go_when_they_are_withdrawn_and_pages_are_told)
 TEST_F(Objects, that_are_withdrawn_give_no_answer_to_a_page_that_has_kept_them)
 {
     expect_message_matching(
-        "a page has sent a message to an object that is not there \\(\"player.health\"\\)");
+        "a page has sent a message to an object that does not exist \\(\"player.health\"\\)");
     add(player);
     ASSERT_TRUE(open());
     view.run("window.old = $g.player; $g.objectRemoved('player', () => console.log('gone'))");
@@ -608,7 +608,7 @@ TEST_F(Objects, outlive_a_page_that_the_host_reloads_in_a_call)
 TEST_F(Objects, outlive_a_scene_that_the_host_may_not_replace_in_a_call)
 {
     expect_message_matching(
-        "a callback cannot load a scene; load it once the callback has returned");
+        "a callback cannot load a scene; load it after the callback has returned");
     std::atomic<bool> is_loaded = true;
     other.method("load", {}, [&](auto...) {
         is_loaded = view->load();
@@ -859,7 +859,7 @@ TEST_F(Objects, get_what_is_nested_a_thousand_levels_deep)
 TEST_F(Objects, throw_at_a_page_for_what_cannot_be_sent)
 {
     const std::string nested =
-        "threw a value that is nested more than 1000 levels deep, or without an end, cannot be sent "
+        "threw a value that is nested more than 1000 levels deep, or circular, cannot be sent "
         "to the game";
     add(player);
     ASSERT_TRUE(open());
@@ -936,11 +936,11 @@ TEST_F(Objects, learn_which_arguments_have_turned_out_to_be_containers)
 
 TEST_F(Objects, get_null_from_a_host_that_throws)
 {
-    expect_message("other: out of potions (the call was given up and returns its default)");
+    expect_message("other: out of potions (the call was aborted and returns its default)");
     expect_message(
-        "other: a host callback has thrown an unknown exception (the call was given up and returns "
+        "other: a host callback threw an unknown exception (the call was aborted and returns "
         "its default)");
-    expect_message("other: no thanks (the call was given up and returns its default)");
+    expect_message("other: no thanks (the call was aborted and returns its default)");
     other.method(
         "drink", {}, [](auto...) -> ContainerStd { throw std::runtime_error("out of potions"); },
         INT);
@@ -960,7 +960,7 @@ TEST_F(Objects, get_null_from_a_host_that_throws)
 
 TEST_F(Objects, get_null_for_a_value_of_the_host_that_does_not_fit)
 {
-    allow_messages_matching("does not hold what its type");
+    allow_messages_matching("does not match its type");
     const ContainerStd map = std::map<std::string, ValueStd>{{"a", 1}};
     const ContainerStd list = std::vector<ValueStd>{1, 2};
     other.method(
@@ -1026,7 +1026,7 @@ TEST_F(Objects, with_a_point_in_their_names_are_not_shown)
 
 TEST_F(Objects, without_a_name_are_refused)
 {
-    expect_message("cannot add context object '', it has no name. Give it one.");
+    expect_message("cannot add context object '', its name is empty. Pass a name.");
     ASSERT_TRUE(open());
     EXPECT_TRUE(add("", player));
     EXPECT_EQ(view->webchannel_getObject(""), nullptr);

@@ -83,7 +83,7 @@ TEST_F(PageProcess, is_told_of_when_it_is_killed)
     EXPECT_EQ(last.url, server.url("/"));
     EXPECT_EQ(last.error_domain, "process");
     EXPECT_EQ(last.error_code, SIGKILL);
-    EXPECT_NE(last.error_string.find("reload brings it back"), std::string::npos);
+    EXPECT_NE(last.error_string.find("reload restores the page"), std::string::npos);
 
     std::optional<ConsoleRecord> record;
     ASSERT_TRUE(view.draw_until([&] {
@@ -284,7 +284,7 @@ TEST_F(HangingPage, ends_with_its_view)
         << "nobody goes on looping";
 }
 
-constexpr auto ENDED = "^WebView \\d+: the page has not answered and is ended";
+constexpr auto ENDED = "^WebView \\d+: the page does not respond and was ended";
 
 /** A page of the same site as the next one, which holds up whoever wants to leave it. */
 struct Holder {

@@ -185,7 +185,7 @@ TEST_F(PageRequests, a_page_that_opens_windows_without_end_is_stopped)
     other.serve("/", html("<body style='background:#00ff00'>"));
     open();
     expect_message_matching(
-        "^WebView \\d+: the page has opened 10 windows by itself, and may open no more$");
+        "^WebView \\d+: the page has opened 10 windows without user interaction and may not open more$");
     view.run("for (let i = 0; i < 2000; ++i) open('about:blank'); console.log('done')");
     view->set_url(other.url("/"));
     EXPECT_TRUE(view.wait_for_colour(2, 2, GREEN));
@@ -217,8 +217,9 @@ TEST_F(PageRequests, a_download_is_ignored_with_a_message)
     HostWebView other({640, 480});
     ASSERT_TRUE(other.show_html("<p>another view, which has nothing to do with it"));
     open();
-    expect_message_matching("^WebView \\d+: \"saved(\\.zip)?\" is a download; ignored, for views "
-                            "save no files: http://127\\.0\\.0\\.1:\\d+/saved$");
+    expect_message_matching(
+        "^WebView \\d+: \"saved(\\.zip)?\" is a download; ignored, because views "
+        "save no files: http://127\\.0\\.0\\.1:\\d+/saved$");
     on_click("location = '/saved'");
     EXPECT_TRUE(view.draw_until(all_expected_messages_came));
     EXPECT_EQ(view.evaluate("location.pathname"), "\"/\"");

@@ -302,7 +302,7 @@ TEST(ResourceCallback, that_gives_more_than_there_can_be_is_reported)
     ASSERT_TRUE(view.open("res://pack/"));
     for (const uint64_t impossible : {UINT64_MAX, uint64_t(1) << 63, uint64_t(INT64_MAX)}) {
         given = impossible;
-        expect_message("marlune: the resource callback has given a size of "
+        expect_message("marlune: the resource callback returned a size of "
                        + std::to_string(impossible) + " bytes, for which there is no memory");
         EXPECT_EQ(view.evaluate("ask('/file')"), "400") << impossible;
     }
@@ -360,7 +360,7 @@ TEST(ResourceCallback, need_not_care_for_the_flag)
 TEST(ResourceCallback, that_throws_means_that_there_is_nothing)
 {
     for (int i = 0; i < 2; ++i)
-        expect_message("marlune: the pack is torn (the call was given up and returns its default)");
+        expect_message("marlune: the pack is torn (the call was aborted and returns its default)");
     const ServingResources serving(
         beside_the_page([](std::string, bool&, uint64_t& size) -> uint8_t* {
             size = 100;
@@ -455,8 +455,8 @@ TEST(ResourceCallback, waits_while_pages_leave_half_a_gibibyte_unread)
     HostWebView view;
     ASSERT_TRUE(view.open("res://pack/"));
     allow_messages_matching(
-        "^marlune: pages have left 512 MiB of the game's files unread, so the next "
-        "requests wait: let pages read or cancel what they fetch");
+        "^marlune: pages have left 512 MiB of the game's files unread, so further "
+        "requests wait until pages read or cancel their responses");
     const double before = holdings().resident_kib;
     double most = before;
     view.run("for (let i = 0; i < " + std::to_string(ALL)
@@ -487,7 +487,7 @@ TEST(ResourceCallback, serves_a_view_also_while_the_page_of_another_one_hangs_ov
     expect_message_matching("^marlune: pages have left 512 MiB of the game's files unread");
     // They have come one after the other.
     allow_messages_matching(
-        "^marlune: [1-4] of the game's files have failed: pages have read nothing");
+        "^marlune: [1-4] requests for the game's files failed: pages read nothing");
     hanging.run("for (let i = 0; i < 4; ++i) fetch('/' + i).then(() => { for (;;); })");
     ASSERT_TRUE(hanging.draw_until([&] { return asked == FITTING; })) << asked;
     EXPECT_TRUE(other.open("res://pack/"));

@@ -245,7 +245,7 @@ void pack_goes_to_the_disk()
     ResourcePack pack({{"/index.html", "<title>pack</title>"}});
     HostWebView view;
     require(view.open("res://pack/"), "the page loads");
-    allow_messages_matching("the page wants to go to a file of the disk; refused");
+    allow_messages_matching("the page tried to navigate to a local file; refused");
     for (const std::string disk : {"file:///etc/passwd", "qrc:/Web/page_scripts/full_screen.js"}) {
         view.run("location = '" + disk + "'");
         const std::string place =

@@ -248,7 +248,7 @@ TEST_F(WebScene, keeps_the_last_calls_alone_while_there_is_no_page)
     };
     EXPECT_EQ(waiting(), 1000);
 
-    expect_message_matching("the web engine draws on the graphics hardware");
+    expect_message_matching("the web engine renders on the GPU");
     on_qt([] { return QMetaObject::invokeMethod(the_root(), "decide", Q_ARG(bool, true)); });
     view->run_javascript("1");
     EXPECT_EQ(waiting(), 0) << "a page that can never be drawn";

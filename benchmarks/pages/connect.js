@@ -1,4 +1,4 @@
-// The host's object "bench", by the way of each side.
+// Connects to the host's object "bench", on each side in its own way.
 
 "use strict";
 

@@ -3,9 +3,9 @@ pragma ComponentBehavior: Bound
 import QtQuick
 
 /*!
-    What the benchmarks draw, on the library's side and on raw Qt's: thirty tiles on five rings that
-    turn, and a text that changes all the time. Few bindings, since the scenes of all views run on
-    one thread, and those that are not being measured are not to be felt.
+    The scene that the benchmarks draw, for the library and for raw Qt: thirty tiles on five
+    rotating rings, and a text that changes all the time. It has few bindings, because the scenes of
+    all views run on one thread, and those that are not measured must not affect the result.
 */
 Rectangle {
     id: root
@@ -32,7 +32,7 @@ Rectangle {
         loops: Animation.Infinite
     }
 
-    // The library's view is asked here how many frames it has drawn. Raw Qt is sent no mouse.
+    // The host reads the library's number of drawn frames here. Raw Qt gets no mouse events.
     MouseArea {
         anchors.fill: parent
         onPressed: root.javaScriptConsoleMessage(0, view.framesRendered, 0, "") // qmllint disable unqualified

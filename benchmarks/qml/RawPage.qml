@@ -5,8 +5,8 @@ import QtWebChannel
 import QtWebEngine
 
 /*!
-    A page as somebody would show it who wanted that and nothing else. Its host's object comes by
-    \c service, and is the one on the channel.
+    A minimal scene that shows a page. \c service provides its host's object, which is the one on
+    the channel.
 */
 WebEngineView {
     id: root

@@ -1,4 +1,5 @@
-// Shows what the game tells of the player. All that passes between the two is in the last part.
+// Displays the player's properties and signals. The last part contains all communication with the
+// game.
 
 "use strict";
 
@@ -6,9 +7,9 @@ const element = id => document.getElementById(id);
 
 // --- Drawing ---------------------------------------------------------------------------------------
 
-/** A number in digits of seven segments, which look alike on every machine. */
+/** A number in seven-segment digits, which look the same on every machine. */
 class Digits {
-    // Clockwise from the top, then the one in the middle; in a box of 40 x 70.
+    // Clockwise from the top, then the middle segment; in a box of 40 x 70.
     static OUTLINES = [
         "M6 0H34L28 7H12Z", "M40 3V33L36 35 32 31V11Z", "M40 67V37L36 35 32 39V59Z",
         "M6 70H34L28 63H12Z", "M0 67V37L4 35 8 39V59Z", "M0 3V33L4 35 8 31V11Z",
@@ -26,14 +27,14 @@ class Digits {
     show(number) {
         const text = String(number).padStart(this.digits.length, " ").slice(-this.digits.length);
         this.digits.forEach((digit, place) => {
-            const lit = Digits.LIT[text[place]] ?? "";  // none for a blank
+            const lit = Digits.LIT[text[place]] ?? "";  // empty for a space
             [...digit.children].forEach((segment, index) =>
                 segment.classList.toggle("on", lit.includes(index)));
         });
     }
 }
 
-/** Digits that run to a new number instead of jumping. */
+/** Digits that count to a new number instead of jumping. */
 class RunningDigits extends Digits {
     shown = 0;
     wanted = 0;
@@ -55,11 +56,11 @@ class RunningDigits extends Digits {
     }
 }
 
-/** Starts the animation that a class stands for, again if it is under way. */
+/** Starts the animation of a class, and restarts it if it is running. */
 function play(id, name = "shown") {
     const target = element(id);
     target.classList.remove(name);
-    target.getBoundingClientRect();  // lets the browser notice
+    target.getBoundingClientRect();  // makes the browser apply the change
     target.classList.add(name);
 }
 
@@ -130,7 +131,7 @@ function show_hit(from) {
 
 // --- The game --------------------------------------------------------------------------------------
 
-/** Shows a property now, and again whenever the game changes it. */
+/** Shows a property now, and after each change. */
 function bind(property, show) {
     property.on("changed", show);
     show(property.value);
@@ -162,7 +163,7 @@ window.addEventListener("godot.ready", () => {
         },
         c() {
             const next = SIGHTS[(SIGHTS.indexOf(player.sight.value) + 1) % SIGHTS.length];
-            player.sight.value = next;  // the game is told, and keeps it
+            player.sight.value = next;  // sends it to the game, which stores it
             show_sight(next);
         },
     };

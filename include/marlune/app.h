@@ -7,7 +7,8 @@
 namespace marlune {
 
 /**
- * The library as a whole: starts and stops the one Qt thread on which all of its work is done.
+ * The library as a whole. It starts and stops the Qt thread, on which the library does all its
+ * work.
  *
  * @code
  * marlune::opts::PATH_PROJECT_ROOT = "C:/game";  // options first, see <marlune/options.h>
@@ -20,8 +21,8 @@ namespace marlune {
  * marlune::M::destroy();                         // last
  * @endcode
  *
- * Lifetime: one start a process. After destroy() the library cannot be started again.
- * Threads: every member may be called on any thread of the host, except where a member says otherwise.
+ * Lifetime: the library starts once per process. It cannot be started again after destroy().
+ * Threads: every member may be called on any thread of the host, unless its comment says otherwise.
  */
 class MARLUNE_EXPORT M {
 public:
@@ -36,54 +37,59 @@ public:
     /**
      * Starts the library: reads the options of <marlune/options.h> and starts the Qt thread.
      *
-     * Does not block. Facade constructors wait for the thread to be ready by themselves;
-     * ensure_qt_eventloop_is_running() waits without constructing one.
+     * Does not block. Facade constructors wait until the Qt thread is ready; to wait without
+     * constructing a facade, call ensure_qt_eventloop_is_running().
      *
-     * A call made after the library has started (even if it has been stopped since) writes
+     * Once the library has started, even if it has stopped since, a call writes
      * "application is already constructed" to the standard error stream and does nothing else.
-     * The test is made on MARLUNE, which is set late in the start: a second call in quick succession
-     * writes nothing, and has no effect either.
+     * The check reads MARLUNE, which is set late in the start sequence: a second call that follows
+     * the first within moments writes nothing, and has no effect either.
      *
      * @throws std::system_error when the thread cannot be started.
      */
     static void create_app();
 
     /**
-     * The body of the Qt thread, for a host that wants to supply that thread itself.
-     * Blocks until destroy() has been called. Call it instead of create_app(). Returns at once where
-     * the library has been started already.
+     * Runs the Qt thread on the calling thread, for a host that supplies that thread itself. Call
+     * it instead of create_app(). Blocks until destroy() has been called. Returns at once if the
+     * library has already been started.
      */
     static void _create_app();
 
     /**
-     * Blocks until the Qt thread is ready to serve facades, looking every 50 ms.
-     * Returns at once when it is. Waits for ever when the library is never started.
+     * Blocks until the Qt thread is ready to serve facades, checking every 50 ms. Returns at once
+     * if it is ready. Blocks forever if the library is never started.
      */
     static void ensure_qt_eventloop_is_running();
 
-    /** Processes the pending Qt events of the calling thread. A host has no need to call it. */
+    /** Processes the pending Qt events of the calling thread. Hosts do not need to call it. */
     static void processEvents();
 
     /**
-     * Ends the Qt thread's event loop and returns when that thread has let go of the host's objects.
+     * Stops the library: ends the Qt thread's event loop and returns once the Qt thread no longer
+     * uses any object of the host.
      *
-     * Call it last, after MView::destroy() of every facade: views that still live then are not
-     * destroyed, and calls on them return their defaults from then on. The host may leave `main` as
-     * soon as this has returned. Without a start it does nothing. On Linux it is called by exit()
-     * where the host has not.
+     * Call it last, after MView::destroy() on every facade. Views that are still alive are not
+     * destroyed; from then on, calls on them return their defaults. The host may return from `main`
+     * as soon as this call has returned. Does nothing if the library was never started. On Linux,
+     * exit() calls it if the host has not.
      *
-     * Blocks for as long as the work under way on the Qt thread takes, but no longer than 10 s.
-     * Called on the Qt thread (in a host callback) it does not block.
+     * Blocks until the Qt thread has finished its current work, for at most 10 s. On the Qt thread
+     * (in a host callback) it does not block.
      */
     static void destroy();
 
-    /** The library's version, such as "0.1.2+4b4e766": release, plus sign, source revision. */
+    /**
+     * Returns the library's version, such as "0.1.2+4b4e766": release, plus sign, source revision.
+     */
     static std::string get_version_full();
 
-    /** Does nothing; set opts::FFMPEG_DEBUG before create_app() instead. */
+    /**
+     * Does nothing; the interface requires it. Set opts::FFMPEG_DEBUG before create_app() instead.
+     */
     static void set_ffmpeg_debug(bool enabled);
 
-    /** Does nothing; opts::FFMPEG_PROTOCOL_WHITELIST keeps its value. */
+    /** Does nothing; the interface requires it. opts::FFMPEG_PROTOCOL_WHITELIST keeps its value. */
     static void set_ffmpeg_protocol_whitelist(std::string whitelist);
 };
 
@@ -94,8 +100,8 @@ extern MARLUNE_EXPORT M* MARLUNE;
 extern MARLUNE_EXPORT void* MARLUNE_APP;
 
 /**
- * The context object (a `QObject`) on which views are made. Set on the Qt thread just before the
- * event loop is entered; non-null says that the Qt thread is ready. Never reset.
+ * The context object (a `QObject`) through which views are created. Set on the Qt thread just
+ * before it enters its event loop: a non-null value means that the Qt thread is ready. Never reset.
  */
 extern MARLUNE_EXPORT void* MARLUNE_CTX;
 

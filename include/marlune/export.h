@@ -1,6 +1,6 @@
 #pragma once
 
-// Marks what a host may use. Everything else in the library has hidden visibility.
+// Marks what a host may use. All other symbols of the library have hidden visibility.
 #if defined(_WIN32)
     #if defined(MARLUNE_BUILDING_LIBRARY)
         #define MARLUNE_EXPORT __declspec(dllexport)

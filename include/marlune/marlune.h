@@ -1,6 +1,6 @@
 #pragma once
 
-// The host's whole view of the library. Needs the standard library and the Vulkan headers only.
+// Includes the whole interface. Needs only the standard library and the Vulkan headers.
 #include <marlune/app.h>
 #include <marlune/context_object_std.h>
 #include <marlune/mcamera_view.h>

@@ -10,7 +10,8 @@
 namespace marlune {
 
 /**
- * A view that shows the picture of a camera of this machine. MView tells what all views have in common.
+ * A view that shows the picture of one of the machine's cameras. See MView for what all views have
+ * in common.
  *
  * @code
  * marlune::MCameraView view;
@@ -23,162 +24,224 @@ namespace marlune {
  * view.start();
  * @endcode
  *
- * set_camera_hint() chooses the camera, and start() switches it on: neither load() nor the choice does.
- * The component "Camera" shows the picture, and says in words why there is none.
+ * set_camera_hint() chooses the camera, and start() switches it on; load() and set_camera_hint() do
+ * not. The component "Camera" shows the picture, or a text that explains why there is none.
  *
- * The camera goes with its scene: reset(), and a load() over another scene, give its device back, and what
- * was set on it is gone. load() then chooses it again by the hint, and it waits for start(). Before the
- * first load(), reset() only switches it off.
+ * The camera is released with its scene: reset(), and a load() that replaces a scene, release the
+ * device and discard the settings made on it. load() then chooses the camera by the hint again, and
+ * start() switches it on. Before the first load(), reset() only switches the camera off.
  *
- * Without a view (see MView), and before a camera has been chosen, a member returns at once or does
- * nothing: 0, false, or an empty string or list. Modes and values that the camera does not have are
- * not taken, nor is any by one that could not be opened or has been unplugged.
+ * Without a view (see MView), and before a camera has been chosen, a member returns at once: it
+ * does nothing, or returns 0, false, or an empty string or list. A camera ignores modes and values
+ * that it does not support. A camera that could not be opened or has been unplugged ignores all
+ * modes and values.
  *
- * Making one makes a second view, which is not used and stays until the process ends: keep such a view
- * and load it again, rather than making one each time.
+ * Constructing this facade creates a second, unused view that stays until the process ends: keep
+ * one view and load it again instead of constructing new ones.
  */
 class MARLUNE_EXPORT MCameraView : public MQuickView {
 public:
-    /** Makes a view. Blocks until the Qt thread is ready; waits for ever if the library is never started. */
+    /**
+     * Creates a view. Blocks until the Qt thread is ready, and forever if the library is never
+     * started.
+     */
     MCameraView();
 
     /**
-     * Chooses the camera. Does not block; a call that the same thread makes afterwards already finds the new
-     * one, but not one that is made in a callback.
+     * Chooses the camera. Does not block. Later calls of the same thread already use the new
+     * camera, except calls within a callback.
      *
-     * "", "-1", "0" and any other negative number: the first one. Another number: the one of that place
-     * in the system's list, from 0. Any other text: the first one whose name contains it, in letters of
-     * either case. Where there is no such camera the first one is taken, and Qt's log says so; where
-     * there is none at all, set_func_error_occurred() tells, and what was chosen before stays.
+     * "", "-1", "0" and any other negative number: the first camera. Another number: the camera at
+     * that index in the system's list, from 0. Any other text: the first camera whose name contains
+     * it, ignoring case. If there is no such camera, the library chooses the first one and logs a
+     * warning. If there is no camera at all, the library calls the callback of
+     * set_func_error_occurred() and keeps the previous camera.
      *
-     * The camera that was chosen before is switched off, and what was set on it is gone; the new one waits
-     * for start(). So it is for the same camera too, which is how one is had back that has failed or has
-     * been unplugged. Some systems keep the former one from other programs until the next reset().
+     * The previous camera is switched off, its settings are discarded, and the new one needs
+     * start(). This also applies if the hint selects the same camera: choose a camera again to
+     * recover it after a failure or after it has been unplugged. On some systems, other programs
+     * cannot use the previous camera until the next reset().
      */
     void set_camera_hint(std::string hint) const;
 
-    /** Switches the camera on. Blocks, but not for the first picture. */
+    /** Switches the camera on. Blocks, but does not wait for the first picture. */
     void start() const;
-    /** Switches it off; some systems keep it from other programs and views all the same. Blocks. */
+    /**
+     * Switches the camera off. On some systems, other programs and views still cannot use it.
+     * Blocks.
+     */
     void stop() const;
-    /** Switches it on or off. Does not block. */
+    /** Switches the camera on or off. Does not block. */
     void set_active(bool active) const;
-    /** Whether it is on: also when it fails, or has been unplugged. Blocks. */
+    /** Returns whether the camera is on, also if it has failed or has been unplugged. Blocks. */
     bool get_is_active() const;
-    /** Whether there is one to switch on: also after it has been unplugged. Blocks. */
+    /** Returns whether there is a camera to switch on, also after it has been unplugged. Blocks. */
     bool is_available() const;
 
     /** True switches the camera on; false leaves it as it is. Blocks. */
     void set_auto_play(bool enabled) const;
 
-    /** How the picture fills the scene: 0 stretched, 1 whole (the default), 2 cropped. Blocks. */
+    /**
+     * Returns how the picture fills the scene: 0 stretched, 1 scaled to fit (the default),
+     * 2 cropped. Blocks.
+     */
     unsigned int get_fill_mode() const;
-    /** Any other number is taken for 0, but for 4294967295, which shows the picture as 1 does. Blocks. */
+    /**
+     * Sets how the picture fills the scene. Any other number means 0, except 4294967295, which
+     * means 1. Blocks.
+     */
     void set_fill_mode(unsigned int mode) const;
 
-    /** 0 none, 1 the camera failed, as when another program uses it. Blocks. */
+    /**
+     * Returns 0 no error, 1 the camera failed, for example because another program uses it. Blocks.
+     */
     int get_error() const;
-    /** For people; empty without an error. Blocks. */
+    /** Returns a message for people; empty if there is no error. Blocks. */
     std::string get_error_string() const;
 
-    /** Always 0, with a warning in Qt's log: what a camera can do is not told. Blocks. */
+    /**
+     * Returns 0 and logs a warning: the library does not report features. The interface requires
+     * it. Blocks.
+     */
     int get_supported_features() const;
 
     /**
-     * 0 automatic, 1 manual, 2 portrait, 3 night, 4 sports, 5 snow, 6 beach, 7 action, 8 landscape,
-     * 9 portrait at night, 10 theatre, 11 sunset, 12 steady, 13 fireworks, 14 party, 15 candlelight,
-     * 16 bar codes. They block.
+     * Returns the exposure mode: 0 automatic, 1 manual, 2 portrait, 3 night, 4 sports, 5 snow,
+     * 6 beach, 7 action, 8 landscape, 9 night portrait, 10 theatre, 11 sunset, 12 steady photo,
+     * 13 fireworks, 14 party, 15 candlelight, 16 barcode. Blocks.
      */
     int get_exposure_mode() const;
+    /** Sets the exposure mode. Blocks. */
     void set_exposure_mode(int mode) const;
+    /** Returns whether the camera supports the mode. Blocks. */
     bool is_exposure_mode_supported(int mode) const;
 
-    /** In EV, positive for a brighter picture. Blocks. */
+    /**
+     * Returns the exposure compensation in EV; positive values make the picture brighter. Blocks.
+     */
     float get_exposure_compensation() const;
-    /** Does not block. */
+    /** Sets the exposure compensation in EV. Does not block. */
     void set_exposure_compensation(float compensation) const;
 
-    /** What the camera exposes with, in seconds; -1 when it does not tell. Blocks. */
+    /** Returns the exposure time that the camera uses, in seconds; -1 if it is unknown. Blocks. */
     float get_exposure_time() const;
-    /** What was set, in seconds; -1 when nothing was. Blocks. */
+    /** Returns the exposure time that was set, in seconds; -1 if none was. Blocks. */
     float get_manual_exposure_time() const;
-    /** Does not block. */
+    /** Sets the exposure time in seconds. Does not block. */
     void set_manual_exposure_time(float seconds) const;
-    /** Leaves it to the camera. Does not block. */
+    /** Lets the camera choose the exposure time. Does not block. */
     void set_auto_exposure_time() const;
-    /** The range of set_manual_exposure_time(), in seconds; -1 when it is not known. They block. */
+    /**
+     * Returns the lower limit of set_manual_exposure_time(), in seconds; -1 if it is unknown.
+     * Blocks.
+     */
     float minimum_exposure_time() const;
+    /**
+     * Returns the upper limit of set_manual_exposure_time(), in seconds; -1 if it is unknown.
+     * Blocks.
+     */
     float maximum_exposure_time() const;
 
-    /** What the camera is at, in ISO; -1 when it does not tell. Blocks. */
+    /** Returns the sensitivity that the camera uses, in ISO; -1 if it is unknown. Blocks. */
     int get_iso_sensitivity() const;
-    /** What was set, in ISO; -1 when nothing was. Blocks. */
+    /** Returns the sensitivity that was set, in ISO; -1 if none was. Blocks. */
     int get_manual_iso_sensitivity() const;
-    /** Does not block. */
+    /** Sets the sensitivity in ISO. Does not block. */
     void set_manual_iso_sensitivity(int sensitivity) const;
-    /** Leaves it to the camera. Does not block. */
+    /** Lets the camera choose the sensitivity. Does not block. */
     void set_auto_iso_sensitivity() const;
-    /** The range of set_manual_iso_sensitivity(), in ISO; -1 when it is not known. They block. */
+    /**
+     * Returns the lower limit of set_manual_iso_sensitivity(), in ISO; -1 if it is unknown. Blocks.
+     */
     int minimum_iso_sensitivity() const;
+    /**
+     * Returns the upper limit of set_manual_iso_sensitivity(), in ISO; -1 if it is unknown. Blocks.
+     */
     int maximum_iso_sensitivity() const;
 
-    /** 0 off, 1 on, 2 automatic. They block. */
+    /** Returns the flash mode: 0 off, 1 on, 2 automatic. Blocks. */
     int get_flash_mode() const;
+    /** Sets the flash mode. Blocks. */
     void set_flash_mode(int mode) const;
+    /** Returns whether the camera supports the mode. Blocks. */
     bool is_flash_mode_supported(int mode) const;
-    /** Whether the flash is charged. Blocks. */
+    /** Returns whether the flash is charged. Blocks. */
     bool get_is_flash_ready() const;
 
-    /** The steady light: 0 off, 1 on, 2 automatic. They block. */
+    /** Returns the mode of the torch, the continuous light: 0 off, 1 on, 2 automatic. Blocks. */
     int get_torch_mode() const;
+    /** Sets the mode of the torch. Blocks. */
     void set_torch_mode(int mode) const;
+    /** Returns whether the camera supports the mode. Blocks. */
     bool is_torch_mode_supported(int mode) const;
 
-    /** 0 automatic, 1 near, 2 far, 3 hyperfocal, 4 infinity, 5 manual. They block. */
+    /**
+     * Returns the focus mode: 0 automatic, 1 near, 2 far, 3 hyperfocal, 4 infinity, 5 manual.
+     * Blocks.
+     */
     int get_focus_mode() const;
+    /** Sets the focus mode. Blocks. */
     void set_focus_mode(int mode) const;
+    /** Returns whether the camera supports the mode. Blocks. */
     bool is_focus_mode_supported(int mode) const;
 
-    /** From 0, as near as can be, to 1, infinity: for the manual focus mode. Blocks. */
+    /**
+     * Returns the distance for the manual focus mode, from 0 (as near as possible) to 1 (infinity).
+     * Blocks.
+     */
     float get_focus_distance() const;
-    /** Does not block. */
+    /** Sets the distance for the manual focus mode, from 0 to 1. Does not block. */
     void set_focus_distance(float distance) const;
 
     /**
-     * Where the camera focuses: x and y from the picture's upper left, 0 to 1; -1 and -1 when it does
-     * not tell. Blocks.
+     * Returns the point on which the camera focuses: x and y from the top left of the picture, each
+     * from 0 to 1; -1 and -1 if it is unknown. Blocks.
      */
     std::vector<float> get_focus_point() const;
-    /** Where it should: as get_focus_point(). Blocks. */
+    /** Returns the point that was set, in the same form. Blocks. */
     std::vector<float> get_custom_focus_point() const;
-    /** Takes the first two numbers; does nothing, but for a warning, where there are fewer. Does not block. */
+    /**
+     * Sets the point on which the camera should focus. Uses the first two numbers; logs a warning
+     * and does nothing else if there are fewer. Does not block.
+     */
     void set_custom_focus_point(std::vector<float> point) const;
 
     /**
-     * 0 automatic, 1 manual, 2 sunlight, 3 cloudy, 4 shade, 5 tungsten, 6 fluorescent, 7 flash,
-     * 8 sunset. They block.
+     * Returns the white balance mode: 0 automatic, 1 manual, 2 sunlight, 3 cloudy, 4 shade,
+     * 5 tungsten, 6 fluorescent, 7 flash, 8 sunset. Blocks.
      */
     int get_white_balance_mode() const;
+    /** Sets the white balance mode. Blocks. */
     void set_white_balance_mode(int mode) const;
+    /** Returns whether the camera supports the mode. Blocks. */
     bool is_white_balance_mode_supported(int mode) const;
 
-    /** What was set, in kelvin; 0 when nothing was. Blocks. */
+    /** Returns the colour temperature that was set, in kelvin; 0 if none was. Blocks. */
     int get_color_temperature() const;
-    /** Sets the white balance to manual too; 0 leaves it to the camera. Does not block. */
+    /**
+     * Sets the colour temperature in kelvin and the white balance mode to manual; 0 lets the camera
+     * choose. Does not block.
+     */
     void set_color_temperature(int kelvin) const;
 
-    /** 1 is the whole picture. They block. */
+    /** Returns the zoom factor; 1 shows the whole picture. Blocks. */
     float get_zoom_factor() const;
-    /** Factors out of range are taken for the nearest one in it. */
+    /** Sets the zoom factor, limited to the range of the camera. Blocks. */
     void set_zoom_factor(float factor) const;
+    /** Returns the smallest zoom factor of the camera. Blocks. */
     float get_minimum_zoom_factor() const;
+    /** Returns the largest zoom factor of the camera. Blocks. */
     float get_maximum_zoom_factor() const;
-    /** Zooms at a rate in powers of two a second; 0 for as fast as can be. Blocks, but not for the zooming. */
+    /**
+     * Starts to zoom to a factor. `rate` is in powers of two per second; 0 means as fast as
+     * possible. Blocks, but does not wait until the zoom has ended.
+     */
     void zoom_to(float factor, float rate) const;
 
-    // The callbacks: a member for each that sets the function to call. Empty: none. They do not wait for
-    // the Qt thread, only for a call of the former function that is under way, and in a callback not even
-    // for that. Set them before the camera starts, to miss none. Called on the Qt thread.
+    // The callbacks of camera_callbacks.h: each member registers one. An empty function unregisters
+    // it. The members do not wait for the Qt thread. They wait only for a running call of the
+    // previous function; in a callback they do not wait for that either. Register the callbacks
+    // before the camera starts, so that none is missed. The library calls them on the Qt thread.
 #define MARLUNE_DECLARE_CAMERA_CALLBACK(kind, name, parameters, signal, slot) \
     void set_func_##name(std::function<void parameters> callback) const;
     MARLUNE_CAMERA_CALLBACKS(MARLUNE_DECLARE_CAMERA_CALLBACK)

@@ -7,8 +7,7 @@
 namespace marlune {
 
 /**
- * A view that shows the live picture of one of the machine's screens. MView tells what all views have in
- * common.
+ * A view that shows one of the machine's screens live. See MView for what all views have in common.
  *
  * @code
  * marlune::MScreenCaptureView view;
@@ -19,42 +18,48 @@ namespace marlune {
  * if (!view.load("Multimedia", "ScreenCapture")) ...
  * @endcode
  *
- * The component "ScreenCapture" shows the whole screen, in its proportions; what it leaves free is
- * transparent. It says in words that capturing is off or that the system refuses it; the host is not
- * told. Capturing is done on a thread of its own, at the screen's refresh rate, and goes on between the
+ * The component "ScreenCapture" shows the whole screen in its proportions; the rest of the view is
+ * transparent. If capturing is off or the system refuses it, the component displays a text; the
+ * host is not notified. A separate thread captures at the screen's refresh rate, also between the
  * frames that the host draws with render().
  *
- * Privacy: all that is seen on the screen is in the texture, windows of other programs included, and
- * nobody is asked. A game that hands the texture on has to ask its player first. Capturing begins with
- * load(): a host that wants to begin later calls set_active(false) before. It ends with
- * set_active(false), reset(), destroy() and the library's stop.
+ * Privacy: the texture contains everything that is visible on the screen, including the windows of
+ * other programs, and the library does not ask the player for consent. A game that passes the
+ * texture on must ask its player first. Capturing begins with load(); to begin later, call
+ * set_active(false) before load(). Capturing ends with set_active(false), reset(), destroy() and
+ * the stop of the library.
  *
- * Screens are captured on Windows and under X11. Under Wayland it is up to the desktop, which asks the
- * player if it can do it at all.
+ * Capturing works on Windows and under X11. Under Wayland it depends on the desktop, which asks the
+ * player for permission if it supports capturing at all.
  *
- * Making one makes a second view, which is not used and stays until the process ends: keep such a view
- * and load it again.
+ * Constructing this facade creates a second, unused view that stays until the process ends: keep
+ * one view and load it again instead of constructing new ones.
  */
 class MARLUNE_EXPORT MScreenCaptureView : public MQuickView {
 public:
-    /** Makes a view. Blocks until the Qt thread is ready; waits for ever if the library is never started. */
+    /**
+     * Creates a view. Blocks until the Qt thread is ready, and forever if the library is never
+     * started.
+     */
     MScreenCaptureView();
 
     /**
-     * Whether it captures; default true. While it does not, no picture is shown, and none is taken from
-     * the screen. Holds through reset() and load(). Blocks until capturing has begun or ended. Nothing
-     * without a view.
+     * Switches capturing on or off; default on. While it is off, the view shows no picture and
+     * reads none from the screen. The value is kept through reset() and load(). Blocks until
+     * capturing has begun or ended. Does nothing without a view.
      */
     void set_active(bool active) const;
 
     /**
-     * Chooses the screen for the next load(); one that is being captured stays. Default "-1".
+     * Chooses the screen for the next load(); a capture in progress keeps its screen. Default "-1".
+     * To switch a view to another screen, call set_physical_screen(), reset() and load().
      *
-     * "-1", or nothing: the first screen of get_physical_screens(). A number from 0: the screen at that
-     * place in it. Any other text: the first screen whose serial number, model or name has it in it, in
-     * any letter case. Where there is no such screen: the system's primary one, with a warning in the log.
+     * "-1" or an empty string: the first screen of get_physical_screens(). A number from 0: the
+     * screen at that index. Any other text: the first screen whose serial number, model or name
+     * contains it, ignoring case. If there is no such screen: the system's primary screen, with a
+     * warning in Qt's log. Other negative numbers: the primary screen, without a warning.
      *
-     * Does not block. To move a view: set_physical_screen(), reset(), load(). Nothing without a view.
+     * Does not block. Does nothing without a view.
      */
     void set_physical_screen(std::string screen) const;
 };

@@ -12,7 +12,8 @@
 namespace marlune {
 
 /**
- * A view that plays a video or sound file, or a stream. MView tells what all views have in common.
+ * A view that plays a video file, a sound file or a stream. See MView for what all views have in
+ * common.
  *
  * @code
  * marlune::MVideoPlayerView view;
@@ -24,134 +25,176 @@ namespace marlune {
  * if (!view.load("Multimedia", "VideoPlayer")) ...
  * @endcode
  *
- * The component "VideoPlayer" shows the picture, subtitles and controls; a host that wants the picture
- * alone switches the controls off. Playing is done on threads of its own: the members return when the
- * player has been told, and the callbacks tell what came of it. The picture is seen in the frames that
- * the host draws with render(); sound and position go on without.
+ * The component "VideoPlayer" shows the picture, subtitles and controls; a host that needs only the
+ * picture switches the controls off. Separate threads decode and play: the members return once the
+ * player has received the request, and the callbacks report the result. The picture appears in the
+ * frames that the host draws with render(); sound and position advance independently of them.
  *
- * The player lives as long as the scene: reset() ends it, and a new one without a source stands ready
- * for the next load(). That takes over volume, muting, rate and loops from the old one; and load() gives
- * it the source that was set last.
+ * The player lives as long as the scene: reset() deletes it and creates a new player, without a
+ * source, for the next load(). The new player takes over volume, muting, rate and loops, and load()
+ * gives it the source that was last set.
  *
  * Without a view (see MView) a member returns at once: 0, false, or an empty string, map or list.
  *
- * Making one makes a second view, which is not used and stays until the process ends: keep such a view
- * and load it again, rather than making one for each video.
+ * Constructing this facade creates a second, unused view that stays until the process ends: keep
+ * one view and load it again instead of constructing a new one for each video.
  */
 class MARLUNE_EXPORT MVideoPlayerView : public MQuickView {
 public:
-    /** Entries of a source or a track by their names, as in "Title", "Language" or "VideoCodec". */
+    /** Entries of a source or a track by name, such as "Title", "Language" or "VideoCodec". */
     using Metadata = std::map<std::string, std::string>;
 
-    /** Makes a view. Blocks until the Qt thread is ready; waits for ever if the library is never started. */
+    /**
+     * Creates a view. Blocks until the Qt thread is ready, and forever if the library is never
+     * started.
+     */
     MVideoPlayerView();
 
     /**
-     * As MView::reset(), but does not block: it takes place in turn, before any later call. Until then it
-     * may still use the queue, so that another thread must leave that alone until this thread's next call
-     * that blocks, a getter for one, has returned.
+     * Like MView::reset(), but does not block: it runs on the Qt thread before any later call.
+     * Until it has run, it may use the queue. Other threads must therefore not use the queue until
+     * a later blocking call of this thread, for example a getter, has returned.
      */
     void reset() const override;
 
-    /** Begins, or goes on after pause(). Blocks. */
+    /** Starts to play, or resumes after pause(). Blocks. */
     void play() const;
-    /** Holds the position and the picture. Blocks. */
+    /** Pauses and keeps the position and the picture. Blocks. */
     void pause() const;
-    /** Goes back to the start and takes the picture away. Blocks. */
+    /** Stops, returns to the start and removes the picture. Blocks. */
     void stop() const;
 
-    /** The URL of the source; empty at first. Blocks. */
+    /** Returns the URL of the source; empty at first. Blocks. */
     std::string get_source() const;
 
     /**
-     * Sets what is played: a URL ("file:///a b.mp4", "https://...") or a file's path as it is. Pipes,
-     * terminals and folders are refused: they fail with error 1. Blocks, but not for the loading, of which
-     * the callbacks tell. Stops what is playing; the new source waits for play(). In a view without a scene
-     * it is loaded too, and set_auto_play() tells whether load() starts it.
+     * Sets the source: a URL ("file:///a b.mp4", "https://...") or the path of a file. Pipes,
+     * terminals and directories are refused with error 1. Returns before the source has loaded;
+     * callbacks report the progress. Stops what is playing; the new source plays after play(). In a
+     * view without a scene the source is loaded as well, and set_auto_play() determines whether
+     * load() starts it.
      *
-     * In a callback it returns at once, and takes place when the callback has returned; so does what the
-     * callback does to the player after it, in its order.
+     * In a callback it returns at once and takes effect after the callback has returned. The same
+     * applies to later calls of that callback that act on the player; they keep their order.
      */
     void set_source(std::string source) const;
 
-    /** Where it is, in ms. Blocks. */
+    /** Returns the position in ms. Blocks. */
     uint64_t get_position() const;
-    /** Goes to a position in ms, from the source's start. Does not block. */
+    /** Moves to a position, in ms from the start of the source. Does not block. */
     void set_position(uint64_t position) const;
-    /** The source's length in ms; 0 when it is not known. Blocks. */
+    /** Returns the source's length in ms; 0 if it is unknown. Blocks. */
     uint64_t get_duration() const;
-    /** From 0 to 1. Blocks. */
+    /** Returns how full the buffer is, from 0 to 1. Blocks. */
     float get_buffer_progress() const;
 
-    /** 1 is the source's own rate, 2 twice as fast. Blocks. */
+    /** Returns the playback rate: 1 is the source's own rate, 2 twice as fast. Blocks. */
     double get_playback_rate() const;
+    /** Sets the playback rate. Blocks. */
     void set_playback_rate(double rate) const;
 
-    /** From 0 to 1, in equal steps of sound pressure; default 1. Blocks. */
+    /** Returns the volume from 0 to 1, on a linear scale of sound pressure; default 1. Blocks. */
     float get_volume() const;
+    /** Sets the volume from 0 to 1. Blocks. */
     void set_volume(float volume) const;
-    /** Blocks. */
+    /** Returns whether the sound is off; default false. Blocks. */
     bool get_muted() const;
-    /** Does not block. */
+    /** Switches the sound off or on. Does not block. */
     void set_muted(bool muted) const;
 
-    /** How often a source is played; default 1, and -1 for ever. Blocks. */
+    /** Returns how often a source is played; default 1, and -1 means forever. Blocks. */
     int get_loops() const;
-    /** As an unsigned number, for ever is 4294967295. Blocks. */
+    /** Sets how often a source is played. As an unsigned number, forever is 4294967295. Blocks. */
     void set_loops(unsigned int loops) const;
 
-    /** 0 stopped, 1 playing, 2 paused. Blocks. */
+    /** Returns 0 stopped, 1 playing, 2 paused. Blocks. */
     int get_playback_state() const;
-    /** 0 no media, 1 loading, 2 loaded, 3 stalled, 4 buffering, 5 buffered, 6 at the end, 7 invalid. Blocks. */
+    /**
+     * Returns 0 no media, 1 loading, 2 loaded, 3 stalled, 4 buffering, 5 buffered, 6 end of media,
+     * 7 invalid media. Blocks.
+     */
     int get_media_status() const;
-    /** 0 none, 1 resource, 2 format, 3 network, 4 access denied. Blocks. */
+    /** Returns 0 no error, 1 resource, 2 format, 3 network, 4 access denied. Blocks. */
     int get_error() const;
-    /** For people; empty without an error. Blocks. */
+    /** Returns a message for people; empty if there is no error. Blocks. */
     std::string get_error_string() const;
 
-    /** Whether the source has sound, or a picture. They block. */
+    /** Returns whether the source has sound. Blocks. */
     bool get_has_audio() const;
+    /** Returns whether the source has a picture. Blocks. */
     bool get_has_video() const;
-    /** Whether set_position() can move it. Blocks. */
+    /** Returns whether set_position() can move the position. Blocks. */
     bool get_seekable() const;
 
-    /** How the picture fills the scene: 0 stretched, 1 whole (the default), 2 cropped. Blocks. */
+    /**
+     * Returns how the picture fills the scene: 0 stretched, 1 scaled to fit (the default),
+     * 2 cropped. Blocks.
+     */
     unsigned int get_fill_mode() const;
-    /** Any other number is taken for 0, but for 4294967295, which shows the picture as 1 does. Blocks. */
+    /**
+     * Sets how the picture fills the scene. Any other number means 0, except 4294967295, which
+     * means 1. Blocks.
+     */
     void set_fill_mode(unsigned int mode) const;
 
-    /** Whether the scene shows controls; default true. Blocks. */
+    /** Returns whether the scene shows controls; default true. Blocks. */
     bool get_controls() const;
+    /** Shows or hides the controls. Blocks. */
     void set_controls(bool enabled) const;
-    /** Whether the controls go away while nobody uses them; default false. Blocks. */
+    /** Returns whether the controls disappear while nobody uses them; default false. Blocks. */
     bool get_controls_auto_hide() const;
+    /** Sets whether the controls disappear while nobody uses them. Blocks. */
     void set_controls_auto_hide(bool enabled) const;
 
-    /** Whether load() begins to play; default true. Takes effect at the next load(). Does not block. */
+    /**
+     * Sets whether load() starts to play; default true. Takes effect at the next load(). Does not
+     * block.
+     */
     void set_auto_play(bool enabled) const;
 
-    /** The number of the track that plays, from 0; -1 for none. Blocks. */
+    /** Returns the index of the active audio track, from 0; -1 for none. Blocks. */
     int get_active_audio_track() const;
-    /** A number that there is not is handed to the player as it is. Does not block. */
+    /**
+     * Selects the audio track. An index that does not exist is passed to the player unchanged. Does
+     * not block.
+     */
     void set_active_audio_track(int track) const;
+    /** Returns the index of the active video track, from 0; -1 for none. Blocks. */
     int get_active_video_track() const;
+    /**
+     * Selects the video track. An index that does not exist is passed to the player unchanged. Does
+     * not block.
+     */
     void set_active_video_track(int track) const;
+    /** Returns the index of the active subtitle track, from 0; -1 for none. Blocks. */
     int get_active_subtitle_track() const;
-    /** -1, and any number that there is not, switches subtitles off. Does not block. */
+    /**
+     * Selects the subtitle track. -1, and any index that does not exist, switches subtitles off.
+     * Does not block.
+     */
     void set_active_subtitle_track(int track) const;
-    /** The language of the subtitles that are on, as in "English"; empty when they are off. Blocks. */
+    /**
+     * Returns the language of the active subtitle track, such as "English"; empty if subtitles are
+     * off. Blocks.
+     */
     std::string get_current_subtitle_name() const;
 
-    /** What is known of the source. Entries without a text, such as pictures, are empty. Blocks. */
+    /**
+     * Returns the metadata of the source. Entries that are not texts, such as images, are empty.
+     * Blocks.
+     */
     Metadata get_metadata() const;
-    /** The tracks, in the order of their numbers. They block. */
+    /** Returns the metadata of the audio tracks, in the order of their indices. Blocks. */
     std::vector<Metadata> get_audio_tracks() const;
+    /** Returns the metadata of the video tracks, in the order of their indices. Blocks. */
     std::vector<Metadata> get_video_tracks() const;
+    /** Returns the metadata of the subtitle tracks, in the order of their indices. Blocks. */
     std::vector<Metadata> get_subtitle_tracks() const;
 
-    // The callbacks: a member for each that sets the function to call. Empty: none. They do not wait for
-    // the Qt thread, only for a call of the former function that is under way, and in a callback not even
-    // for that. Set them before playing begins, to miss none. Called on the Qt thread.
+    // The callbacks of video_callbacks.h: each member registers one. An empty function unregisters
+    // it. The members do not wait for the Qt thread. They wait only for a running call of the
+    // previous function; in a callback they do not wait for that either. Register the callbacks
+    // before playback starts, so that none is missed. The library calls them on the Qt thread.
 #define MARLUNE_DECLARE_VIDEO_CALLBACK(source, name, parameters, signal, slot) \
     void set_func_on_##name(std::function<void parameters> callback) const;
     MARLUNE_VIDEO_CALLBACKS(MARLUNE_DECLARE_VIDEO_CALLBACK)

@@ -7,8 +7,8 @@
 #include <vector>
 
 /**
- * The values that cross the border between a host and the pages and QML scenes it publishes objects to.
- * Plain data of the standard library: no Qt, no locks, nothing to free.
+ * The values that a host exchanges with the pages and QML scenes to which it publishes objects.
+ * They are plain data of the standard library: no Qt, no locks, nothing to free.
  */
 namespace marlune::db {
 
@@ -42,21 +42,25 @@ struct Vector4iStd {
     bool operator==(const Vector4iStd&) const = default;
 };
 
-/** One value. Strings are UTF-8. A dictionary or an array is a string too: its compact JSON text. */
+/**
+ * One value. Strings are UTF-8. A dictionary or an array is also a string: its compact JSON text.
+ */
 using ValueStd = std::variant<int32_t, std::string, double, bool, Vector2Std, Vector2iStd,
                               Vector3Std, Vector3iStd, Vector4Std, Vector4iStd>;
 
 /**
- * What arguments, results and property values are. The library makes and takes the first alternative
- * only: a map or a vector where a value is wanted ends the call or the read with an invalid value and
- * a warning. Send containers as JSON text, under the code DICTIONARY or ARRAY.
+ * An argument, a result or the value of a property. The library creates and accepts only the first
+ * alternative: if the host passes a map or a vector, the call or the read gives an invalid value,
+ * and the library logs a warning. Pass containers as JSON text with the type code DICTIONARY or
+ * ARRAY.
  */
 using ContainerStd = std::variant<ValueStd, std::map<std::string, ValueStd>, std::vector<ValueStd>>;
 
 /**
- * The engine's value types, by which properties, arguments and results are declared. BOOL, INT, FLOAT,
- * STRING, the six vectors, DICTIONARY and ARRAY decide how a value is converted, and so do UNKNOWN (as
- * the value itself says) and NIL (no value); all others are labels.
+ * The type codes with which properties, arguments and results are declared: the engine's value
+ * types. BOOL, INT, FLOAT, STRING, the six vectors, DICTIONARY and ARRAY determine how a value is
+ * converted, as do UNKNOWN (convert by the type of the value itself) and NIL (no value). All others
+ * are only labels.
  */
 enum class VariantTypeStd : int32_t {
     UNKNOWN,

@@ -4,18 +4,19 @@ import QtQuick
 import QtQuick.Layouts
 
 /*!
-    A panel of measurements over an otherwise transparent scene: frames a second, the time of each
-    of the last 240 frames, and what they are drawn with.
+    A panel of measurements over an otherwise transparent scene: frames per second, the time of each
+    of the last 240 frames, and the hardware and versions used.
 
-    A frame is counted when the window has finished it. Qt's animations run on a clock of their own,
-    whose ticks are shown apart: the two agree only while the host renders at the clock's pace.
+    A frame is counted when the window has finished it. Qt's animations run on a separate clock,
+    whose ticks are shown separately: both values agree only while the host renders at the clock's
+    rate.
 */
 Item {
     id: root
 
     signal javaScriptConsoleMessage(int level, string message, int lineNumber, string sourceID)
 
-    // The view that shows this scene. A previewer has none.
+    // The view that shows this scene; null in a previewer.
     readonly property var host: typeof ctx === "undefined" ? null : ctx // qmllint disable unqualified
     readonly property string version: host?.version ?? "preview"
 
@@ -29,12 +30,12 @@ Item {
     readonly property int history: 240
     readonly property int sweepGap: 4
 
-    // Frames since this scene was made, and the times of the latest ones in ms.
+    // Frames since this scene was created, and the times of the latest ones in ms.
     property int frames: 0
     property var times: []
     property real lastFrame: 0
 
-    // What the panel shows, renewed a few times a second so that it can be read.
+    // The values that the panel shows, updated a few times a second to stay readable.
     property real rate: 0
     property real tickRate: 0
     property string gpuName: ""
@@ -61,8 +62,8 @@ Item {
         root.frames += 1;
     }
 
-    // The graph is drawn as on an oscilloscope: a new time takes the place of the oldest bar, behind
-    // a gap that wanders, so that a frame changes two bars and not all of them.
+    // The graph is drawn as on an oscilloscope: a new time replaces the oldest bar, behind a moving
+    // gap, so that a frame changes two bars and not all of them.
     function record(ms: real): void {
         const slot = root.frames % root.history;
         root.times[slot] = ms;
@@ -176,14 +177,14 @@ Item {
             Item {
                 id: graph
 
-                // The names of the lines stand in the margin.
+                // The names of the lines are in the margin.
                 Layout.fillWidth: true
                 Layout.fillHeight: true
                 Layout.rightMargin: root.em * 2.6
                 Layout.preferredHeight: root.em * 7
 
                 Repeater {
-                    // The pace of 60 and of 30 frames a second.
+                    // The frame times at 60 and at 30 frames per second.
                     model: [1000 / 60, 1000 / 30]
 
                     Rectangle {

@@ -4,8 +4,8 @@ import QtQuick
 import QtQuick.Layouts
 
 /*!
-    Shows the input as it arrives: a crosshair with the pointer's position and a trail that fades,
-    the buttons and keys that are held, and a log of presses, wheel steps and keys, newest first.
+    Shows input events as they arrive: a crosshair with the pointer's position and a fading trail,
+    the held buttons and keys, and a log of presses, wheel steps and keys, newest first.
 */
 Item {
     id: root
@@ -219,7 +219,7 @@ Item {
         ListView {
             anchors.fill: parent
             anchors.margins: root.em
-            // The wheel is shown, not used.
+            // Wheel events are displayed, but not used.
             interactive: false
             clip: true
             model: log
@@ -234,7 +234,7 @@ Item {
         }
     }
 
-    // The trail is a ring of segments: each move lays the oldest one anew, and it fades by itself.
+    // The trail is a ring of segments: each move reuses the oldest one, which then fades.
     Repeater {
         id: trail
 
@@ -300,7 +300,7 @@ Item {
     Note {
         readonly property real reach: root.em * 0.8
 
-        // At the other side of the crosshair where there is no room.
+        // On the other side of the crosshair if there is no room.
         readonly property bool toLeft: pointer.mouseX + reach + width > root.width
         readonly property bool below: pointer.mouseY - reach - height < 0
 
@@ -383,7 +383,7 @@ Item {
     component Segment: Rectangle {
         id: segment
 
-        // Lies down between two points and begins to fade.
+        // Places the segment between two points and starts to fade it.
         function lay(from: point, to: point): void {
             const length = Math.hypot(to.x - from.x, to.y - from.y);
             width = length + 1;

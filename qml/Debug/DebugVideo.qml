@@ -34,7 +34,7 @@ Item {
     readonly property int cellCount: numberBits + 3
     readonly property int cell: Math.floor(width / cellCount)
 
-    // Frames rendered so far, which is the number of the one being prepared.
+    // The number of frames rendered so far, which is the number of the next frame.
     property int frame: 0
 
     readonly property real inset: cell * 1.6
@@ -61,8 +61,8 @@ Item {
         return ones % 2;
     }
 
-    // The end of a frame, and not a tick of the animation clock, which does not follow the host's
-    // rendering: what changes here is in the next frame, and in no other.
+    // Connected to the end of a frame, not to the animation clock, which does not follow the host's
+    // rendering: a change here appears in exactly the next frame.
     Connections {
         target: root.Window.window
 
@@ -120,7 +120,7 @@ Item {
             text: root.frame
             color: root.ivory
             font.family: mono.font.family
-            // A digit is 0.6 of the size wide; there is room for four, then they become smaller.
+            // A digit is 0.6 of the font size wide. Four digits fit; more digits become smaller.
             font.pixelSize: Math.min(dial.height * 0.45, width / (0.6 * Math.max(4, text.length)))
             renderType: Text.CurveRendering
         }
@@ -130,7 +130,7 @@ Item {
         }
     }
 
-    // One half is lit in even frames, the other in odd ones. At an even pace both look grey; a
+    // One half is lit in even frames, the other in odd ones. At a constant rate both look grey; a
     // dropped or repeated frame flashes.
     Column {
         id: flicker
@@ -215,7 +215,7 @@ Item {
         }
     }
 
-    // A clock face of 60 frames, and a hand that moves by one of them.
+    // A clock face of 60 frames, whose hand advances by one per frame.
     component Dial: Item {
         id: face
 

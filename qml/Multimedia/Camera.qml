@@ -1,13 +1,13 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-// By a name of its own: this component is called as Qt's camera is.
+// Imported under a name, because this component has the same name as Qt's Camera.
 import QtMultimedia as Media
 import Multimedia // qmllint disable unused-imports
 
 /*!
-    The scene of a camera: its picture, or in words why there is none. It does not switch the camera on,
-    which is the host's to do. What the picture leaves free is transparent.
+    The scene of a camera view: the picture, or a text that explains why there is none. The scene
+    does not switch the camera on; the host does. Areas without a picture are transparent.
 */
 MediaScene {
     id: root
@@ -21,9 +21,10 @@ MediaScene {
         return devices.videoInputs.some(device => String(device.id) === id);
     }
 
-    // It was taken away while it was on; there again, it gives no picture by itself.
+    // The camera was unplugged while it was on. Once plugged in again, it gives no picture by
+    // itself.
     property bool lost
-    // The picture is of what the camera sees now, and not of what it saw before it was switched off.
+    // The picture shows what the camera sees now, not a frame from before it was switched off.
     property bool current
 
     onActiveChanged: root.current = false
@@ -58,7 +59,7 @@ MediaScene {
         enabled: root.active && root.plugged && !root.current
 
         function onVideoFrameChanged(): void {
-            // Switching on and off sends an empty frame ahead.
+            // Switching the camera on or off sends an empty frame first.
             if (picture.videoSink.videoSize.width <= 0)
                 return;
             root.lost = false;

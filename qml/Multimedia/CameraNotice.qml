@@ -1,21 +1,21 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-// By a name of its own: a component of this module is called as Qt's camera is.
+// Imported under a name, because a component of this module has the same name as Qt's Camera.
 import QtMultimedia as Media
 import Multimedia // qmllint disable unused-imports
 
 /*!
-    What there is to say instead of a camera's picture: that there is no camera, that it is off, or why
-    it does not work.
+    The card that is shown instead of a camera's picture: there is no camera, it is off, or it does
+    not work.
 */
 Notice {
     id: notice
 
     required property Media.Camera camera
-    required property bool anyCamera // this machine has one
+    required property bool anyCamera // this machine has at least one
     required property bool unplugged
-    required property bool seen // its picture is there
+    required property bool seen // its picture is shown
 
     readonly property string name: notice.camera?.cameraDevice.description ?? ""
     readonly property bool active: notice.camera?.active ?? false

@@ -2,19 +2,17 @@ pragma ComponentBehavior: Bound
 
 import QtQuick
 
-/*!
-    A card in the middle that says in words what there is instead of a picture.
-*/
+/*! A card in the middle of the scene, with a text that replaces the picture. */
 Item {
     id: notice
 
     required property real em
-    property string icon // name of a picture of the module; empty for none
+    property string icon // name of an image of the module; empty for none
     property string words
     property string details
     property bool failed
     property bool waiting
-    // What takes but a moment is not worth a word.
+    // True once waiting has taken long enough to show the notice.
     readonly property bool waitedLong: patience.over
 
     Rectangle {

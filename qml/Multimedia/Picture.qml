@@ -1,8 +1,6 @@
 import QtMultimedia
 
-/*!
-    A picture that fills the scene as the host has said, by its number.
-*/
+/*! A picture that fills the scene in the mode that the host has set by number. */
 VideoOutput {
     required property int mode
 

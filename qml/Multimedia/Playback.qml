@@ -3,9 +3,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import QtMultimedia
 
-/*!
-    What the controls know of the view's player, in types, and what they ask of it.
-*/
+/*! The state of the view's player in typed properties, and the functions that the controls call. */
 QtObject {
     id: playback
 
@@ -37,11 +35,11 @@ QtObject {
 
     readonly property list<string> audioTracks: names(player?.audioTracks ?? [])
     readonly property list<string> subtitleTracks: names(player?.subtitleTracks ?? [])
-    // The player does not tell of these by itself: updateTracks() looks.
+    // The player does not notify changes of these; updateTracks() reads them.
     property int audioTrack: -1
     property int subtitleTrack: -1
 
-    // The source's name as the host wants it shown. A signal of its own tells of it.
+    // The source's name as the host wants it displayed. The view has a separate signal for it.
     property string name
     readonly property string title: line(player?.metaData.stringValue(MediaMetaData.Title) ?? "")
     readonly property string author: {
@@ -50,7 +48,7 @@ QtObject {
                              || metaData?.stringValue(MediaMetaData.Author) || "");
     }
 
-    // A file can say of itself whatever it wants, at any length: a line of it is shown.
+    // A file can contain texts of any length: only one line is shown.
     function line(text: string): string {
         return playback.view?.shortened(text, 200, 1) ?? text;
     }
@@ -103,7 +101,7 @@ QtObject {
         if (!playback.output)
             return;
         playback.output.volume = Math.max(0, Math.min(1, volume));
-        // Who turns the volume wants to hear it.
+        // A user who changes the volume wants to hear the sound.
         if (volume > 0)
             playback.view.unmute();
     }
@@ -149,7 +147,7 @@ QtObject {
             playback.updateTracks();
         }
 
-        // Counted anew when a source is loaded, and when playing begins.
+        // The view counts the tracks again when a source is loaded and when playback begins.
         function onCountAudioTracksChanged(): void {
             playback.updateTracks();
         }

@@ -2,17 +2,15 @@ pragma ComponentBehavior: Bound
 
 import QtQuick
 
-/*!
-    A round button with an icon, and in words what it does while the pointer rests on it.
-*/
+/*! A round button with an icon. A hint describes its action while the pointer rests on it. */
 Item {
     id: button
 
     required property real em
-    // A file of the module's images, without its ending.
+    // The file name of an image of the module, without its extension.
     required property string icon
     property string hint
-    // Something that is switched on.
+    // Marks the button as switched on.
     property bool checked
     property real iconSize: em * 1.5
 
@@ -75,7 +73,7 @@ Item {
     Rectangle {
         id: bubble
 
-        // Within the scene, wherever the button stands.
+        // Keeps the hint within the scene, wherever the button is.
         readonly property real centred: (button.width - width) / 2
         readonly property Item scene: button.Window.contentItem
         readonly property real sceneX: scene && visible ? button.mapToItem(scene, centred, 0).x : 0

@@ -5,24 +5,24 @@ import QtMultimedia
 import Multimedia // qmllint disable unused-imports
 
 /*!
-    The controls of the player: the source's name at the top, and at the bottom a bar to seek with and a
-    row of buttons. In a narrow view, what can be done by keys as well gives way.
+    The controls of the player: the source's name at the top, and a seek bar and a row of buttons at
+    the bottom. A narrow view hides the buttons whose actions also have keys.
 */
 Item {
     id: controls
 
     required property Playback playback
     required property real em
-    // What is said just now, and how far down it stands in the picture.
+    // The current subtitle, and its lower edge in the picture.
     property string subtitle
     property real subtitleEdge
-    // Where they would cover it, it stands above them.
+    // Where the controls would cover the subtitle, it is shown above them.
     readonly property bool liftsSubtitle: subtitleEdge > lower.y
 
-    // Keys are no more taken here.
+    // The controls no longer need the keyboard focus.
     signal released()
 
-    // A hand is at work, and the controls are to stay.
+    // The user is interacting with the controls, so they must stay visible.
     readonly property bool busy: seekBar.dragging || volumeSlider.dragging || menu.visible
     readonly property real margin: em * 1.1
     readonly property real roomInEm: width / em
@@ -36,7 +36,7 @@ Item {
         return rate === 1 ? qsTr("Normal") : Number(rate).toLocaleString(Qt.locale(), "g", 3) + "\u00d7";
     }
 
-    // Opens the menu above a button, or closes it where that button has opened it.
+    // Opens the menu above a button, or closes it if the same button has opened it.
     function offer(owner: string, button: Item, title: string, choices: list<string>, current: int): void {
         const again = menu.visible && menu.owner === owner;
         menu.close();
@@ -55,7 +55,7 @@ Item {
             controls.playback.setFillMode(controls.fillModes[index]);
     }
 
-    // --- the grounds that make words legible on any picture ------------------------------------
+    // --- the backgrounds that keep text legible on any picture ---------------------------------
 
     Rectangle {
         width: parent.width
@@ -92,7 +92,7 @@ Item {
         id: lifted
 
         anchors.horizontalCenter: parent.horizontalCenter
-        // Between them and the bar, the time under the pointer has its place.
+        // The time under the pointer is displayed between the subtitle and the bar.
         y: lower.y - height - controls.em * 2.4
         width: parent.width - 2 * controls.margin
         text: controls.subtitle
@@ -122,7 +122,7 @@ Item {
 
     // --- the bar and the buttons ---------------------------------------------------------------
 
-    // The gaps between the buttons are no part of the picture.
+    // The gaps between the buttons do not pass clicks on to the picture.
     MouseArea {
         anchors.fill: lower
         anchors.margins: -controls.em * 0.5

@@ -3,8 +3,8 @@ pragma ComponentBehavior: Bound
 import QtQuick
 
 /*!
-    A list of choices above the button that opens it. It closes when one has been chosen, by Escape, and
-    by a press beside it.
+    A list of choices above the button that opens it. It closes when the user chooses an entry,
+    presses Escape, or presses outside it.
 */
 FocusScope {
     id: menu
@@ -14,16 +14,16 @@ FocusScope {
     property string title
     property list<string> choices
     property int current: -1
-    // The middle of the button, and the edge above which the list stands.
+    // The centre of the button, and the edge above which the list is placed.
     property real middle
     property real lowerEdge
 
-    // Who has opened it.
+    // The button that has opened the menu.
     property string owner
     property int pointed: -1
 
     signal chosen(owner: string, index: int)
-    // It needs the keys no more.
+    // The menu no longer needs the keyboard focus.
     signal closed()
 
     function open(owner: string, title: string, choices: list<string>, current: int,

@@ -5,8 +5,8 @@ import QtMultimedia
 import Multimedia // qmllint disable unused-imports
 
 /*!
-    What there is to say instead of a picture: that the source loads, why it cannot be played, or that
-    there is none.
+    The card that is shown instead of a picture: the source is loading, it cannot be played, it has
+    no picture, or there is none.
 */
 Notice {
     id: notice
@@ -20,9 +20,9 @@ Notice {
     function reason(error: int): string {
         switch (error) {
         case MediaPlayer.FormatError: return qsTr("This format cannot be played");
-        case MediaPlayer.NetworkError: return qsTr("The network does not give it");
-        case MediaPlayer.AccessDeniedError: return qsTr("Access to it is denied");
-        default: return qsTr("It cannot be opened");
+        case MediaPlayer.NetworkError: return qsTr("A network error occurred");
+        case MediaPlayer.AccessDeniedError: return qsTr("Access is denied");
+        default: return qsTr("The source cannot be opened");
         }
     }
 

@@ -3,8 +3,8 @@ pragma ComponentBehavior: Bound
 import QtQuick
 
 /*!
-    A line with a handle, moved by clicks and drags. Its value is the owner's: it only says where
-    the pointer wants it.
+    A line with a handle that clicks and drags move. The owner holds the value: the slider only
+    reports the value at the pointer.
 */
 Item {
     id: slider
@@ -14,11 +14,11 @@ Item {
     required property real value
     readonly property bool dragging: area.pressed
     readonly property bool hovered: area.containsMouse || area.pressed
-    // Where the pointer is, from 0 to 1.
+    // The value at the pointer, from 0 to 1.
     readonly property real pointed: Math.max(0, Math.min(1, area.mouseX / Math.max(1, width)))
     property real thickness: em * 0.28
 
-    // `last` is true when the button has been released.
+    // `last` is true when the user has released the button.
     signal moved(value: real, last: bool)
 
     readonly property real shown: dragging ? pointed : Math.max(0, Math.min(1, value))

@@ -6,23 +6,24 @@ import Custom 1.0
 import Multimedia // qmllint disable unused-imports
 
 /*!
-    The scene of a screen capture view: the screen, whole, or in words why it is not to be seen. What the
-    picture leaves free is transparent.
+    The scene of a screen capture view: the whole screen, or a text that explains why it is not
+    shown. Areas without a picture are transparent.
 */
 MediaScene {
     id: root
 
     readonly property bool active: (root.host?.active ?? 1) !== 0
 
-    // What stands in the picture from before capturing was off is not to be seen again.
+    // Frames from before capturing was switched off must not be shown again.
     property bool current
 
     onActiveChanged: root.current = false
 
     Component.onCompleted: {
-        // The recorder chooses the screen at this, by a hint that it has by now.
+        // Setting the sink makes the recorder choose the screen; by now its hint is set.
         recorder.videoSink = picture.videoSink;
-        // It has not been told to begin yet: it is active from the start, so that nothing has changed.
+        // The recorder is active from the start, so its property does not change: this signal
+        // starts it.
         recorder.activeChanged();
     }
 

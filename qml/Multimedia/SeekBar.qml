@@ -3,9 +3,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Multimedia // qmllint disable unused-imports
 
-/*!
-    Where the player is in its source. The time under the pointer stands above it.
-*/
+/*! The player's position in the source. The time at the pointer is shown above the bar. */
 Item {
     id: bar
 
@@ -13,12 +11,13 @@ Item {
     required property real em
     readonly property bool dragging: slider.dragging
 
-    // Where it is going: the player needs a moment, and the handle is not to jump back meanwhile.
+    // The position that the player is seeking to. It keeps the handle from jumping back until the
+    // player has arrived there.
     property real target: -1
 
     implicitHeight: slider.implicitHeight
 
-    // The player is moved at most so often while a hand drags.
+    // Limits how often the player seeks while the user drags.
     Timer {
         id: pace
 

@@ -1,15 +1,13 @@
 import QtQuick
 
-/*!
-    What is said in a film, in the lower part of its picture. There is room for some lines of plain text.
-*/
+/*! Subtitles in the lower part of the picture: several lines of plain text. */
 Item {
     id: subtitles
 
-    required property rect area // the picture, as far as it is seen
+    required property rect area // the visible part of the picture
     required property string words
 
-    // Where they stand, for whatever would cover them.
+    // The lower edge of the subtitles, for items that would cover them.
     readonly property real lowerEdge: area.y + area.height * 0.95
 
     visible: words !== ""

@@ -5,11 +5,11 @@ import Custom 1.0
 import Multimedia // qmllint disable unused-imports
 
 /*!
-    The scene of a video player: the picture, and above it the controls, worked by mouse and keys.
+    The scene of a video player: the picture, and above it the controls, used by mouse and keyboard.
 
-    A click plays and pauses, the wheel turns the volume. Space plays and pauses, left and right go 5 s
-    back and forth, up and down turn the volume, M switches the sound off and on, and a digit goes to
-    that tenth of the source. What the picture leaves free is transparent.
+    A click plays or pauses, and the wheel changes the volume. Space plays or pauses, Left and Right
+    seek by 5 s, Up and Down change the volume, M switches the sound off or on, and a digit seeks to
+    that tenth of the source. Areas without a picture are transparent.
 */
 MediaScene {
     id: root
@@ -20,7 +20,7 @@ MediaScene {
     readonly property int stepLength: 5000
     readonly property real volumeStep: 0.05
 
-    // Someone has been here a moment ago.
+    // The user has used the mouse or keyboard within the last seconds.
     property bool awake: true
     readonly property bool controlsShown: controlsEnabled
         && (!autoHide || awake || !playback.playing || controls.busy)
@@ -107,7 +107,7 @@ MediaScene {
         property point last
 
         enabled: root.controlsEnabled
-        // It is told of in each frame, moved or not.
+        // The handler reports the point in every frame, whether or not it has moved.
         onPointChanged: {
             if (hand.point.position !== hand.last)
                 root.wake();

@@ -12,7 +12,7 @@ Item {
 
     signal javaScriptConsoleMessage(int level, string message, int lineNumber, string sourceID)
 
-    // The view that shows this scene. A previewer has none.
+    // The view that shows this scene; null in a previewer.
     readonly property var host: typeof ctx === "undefined" ? null : ctx // qmllint disable unqualified
     readonly property string version: host?.version ?? "preview"
 
@@ -24,10 +24,10 @@ Item {
     readonly property real horizon: Math.round(height * 0.64)
     readonly property real margin: Math.max(10, Math.min(width, height) * 0.045)
 
-    // One slow clock drives all that sways. Its users multiply it by whole numbers, so that nothing
-    // jumps when it starts again.
+    // One slow clock drives every swaying item. The items multiply it by whole numbers, so that
+    // nothing jumps when it restarts.
     property real phase
-    // The opening: 0 with the moon still in the sea, 1 when all is in place.
+    // The progress of the opening: 0 with the moon still in the sea, 1 when everything is in place.
     property real dawn
 
     focus: true
@@ -37,7 +37,7 @@ Item {
         return from + (to - from) * Math.max(0, Math.min(1, amount));
     }
 
-    // The same scatter of values from 0 to 1 on every run.
+    // Returns the same pseudo-random values from 0 to 1 on every run.
     function scatter(seed: real): real {
         const value = Math.sin(seed * 12.9898) * 43758.5453;
         return value - Math.floor(value);
@@ -156,7 +156,7 @@ Item {
     Wave { level: 0.64; swell: 0.085; span: 5.8; tint: "#09203b"; period: 19000 }
     Wave { level: 0.80; swell: 0.075; span: 7.2; tint: "#051328"; period: -23000 }
 
-    // --- words ---------------------------------------------------------------------------------
+    // --- text ----------------------------------------------------------------------------------
 
     Row {
         id: title
@@ -226,7 +226,8 @@ Item {
         width: height * implicitWidth / Math.max(1, implicitHeight)
         opacity: Math.max(0, (root.dawn - 0.8) * 5)
         mipmap: true
-        // Shown once in a game's life, and Qt's cache would keep a timer running beyond its end.
+        // Not cached: the image is shown once, and Qt's cache would keep a timer running after the
+        // scene's end.
         cache: false
     }
 
@@ -336,7 +337,7 @@ Item {
     component Wave: Item {
         id: wave
 
-        // Where it stands on the sea, from 0 at the horizon to 1 at the shore.
+        // The position on the sea, from 0 at the horizon to 1 at the shore.
         required property real level
         // Half the height of its crests and the distance between them, in em.
         required property real swell

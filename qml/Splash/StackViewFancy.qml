@@ -17,11 +17,11 @@ Item {
 
     signal javaScriptConsoleMessage(int level, string message, int lineNumber, string sourceID)
 
-    // The pages in the order in which they are stacked. Replace them before the scene is made, to
-    // show others; a page fills the view and lays itself out.
+    // The pages in the order in which they are stacked. To show others, replace them before the
+    // scene is created; a page fills the view and lays itself out.
     property list<Component> pages: [phasesPage, tidePage, starsPage]
     readonly property list<string> motions: ["slide", "depth", "fade"]
-    // One of `motions`: how a page comes and goes.
+    // One of `motions`: the transition between pages.
     property string motion: "slide"
     // The number of pages on the stack, at least one.
     readonly property int depth: stack.depth
@@ -37,7 +37,7 @@ Item {
     focus: true
     clip: true
 
-    // Stacks any page, also one that is not in `pages`.
+    // Stacks any page, even one that is not in `pages`.
     function push(page: Component): void {
         stack.push(page);
     }
@@ -53,7 +53,7 @@ Item {
             stack.pop();
     }
 
-    // Pops or pushes, with a single transition, until so many pages are stacked.
+    // Pops or pushes, with a single transition, until that many pages are stacked.
     function goTo(depth: int): void {
         if (depth < 1 || depth > root.pages.length || depth === root.depth)
             return;
@@ -318,7 +318,7 @@ Item {
 
         required property string title
         required property string note
-        // What is left for the page's own content.
+        // The area for the page's own content.
         readonly property rect area: Qt.rect(root.em * 2, root.em * 7, width - root.em * 4,
             height - root.em * 8)
 
@@ -345,7 +345,7 @@ Item {
         implicitWidth: Math.max(implicitHeight, label.implicitWidth + root.em * 1.2)
         implicitHeight: root.em * 1.9
         opacity: enabled ? 1 : 0.35
-        // The keys stay with the stack.
+        // The stack keeps the keyboard focus.
         focusPolicy: Qt.NoFocus
         background: Rectangle {
             radius: height / 2

@@ -4,18 +4,19 @@ import QtQuick
 import QtQuick.Controls.Basic
 
 /*!
-    A button of the cards that are shown above a page. Enter and Space press the one that has the focus.
+    A button on the cards that are shown above a page. Enter and Space press the button with the
+    focus.
 */
 Button {
     id: button
 
     required property real em
-    // The one that Enter means.
+    // The default button, which Enter presses.
     property bool primary
-    // One that steps back behind the others.
+    // A less prominent button.
     property bool quiet
 
-    // Whether the click comes from Enter.
+    // Whether Enter has caused the click.
     property bool enterHeld
 
     readonly property color base: primary ? "#7fd6d0" : quiet ? "#142d4e" : "#1c3a5c"

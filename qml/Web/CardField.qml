@@ -3,9 +3,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import QtQuick.Controls.Basic
 
-/*!
-    A line of text to fill in, on the cards that are shown above a page.
-*/
+/*! A text field on the cards that are shown above a page. */
 TextField {
     id: field
 

@@ -6,7 +6,8 @@ import QtWebEngine
 import Web // qmllint disable unused-imports
 
 /*!
-    A colour for a page: by hue, saturation and value, from a few swatches, or as a number.
+    Lets the user choose a colour for a page: by hue, saturation and value, from swatches, or as a
+    number.
 */
 DialogCard {
     id: dialog
@@ -14,7 +15,7 @@ DialogCard {
     required property ColorDialogRequest request
 
     property color picked: "black"
-    // Where the handles are. Not read from the colour, for a grey has no hue.
+    // The positions of the handles. They are not read from the colour, because a grey has no hue.
     property real hue
     property real saturation
     property real value

@@ -5,9 +5,7 @@ import QtQuick.Layouts
 import QtWebEngine
 import Web // qmllint disable unused-imports
 
-/*!
-    The name and the password that a server or a proxy asks for.
-*/
+/*! Asks for the user name and password that a server or a proxy requires. */
 DialogCard {
     id: dialog
 
@@ -15,7 +13,8 @@ DialogCard {
 
     readonly property bool proxy:
         request.type === AuthenticationDialogRequest.AuthenticationTypeProxy
-    // Without the name that a link may have put before the host: it looks like a host itself.
+    // Without the user name that a link may contain before the host, since it could look like a
+    // host.
     readonly property string server: request.url.toString()
         .replace(/^(\w+:\/\/)(?:[^\/?#]*@)?([^\/?#]*).*$/, "$1$2")
 
@@ -44,7 +43,7 @@ DialogCard {
         Layout.fillWidth: true
         em: dialog.em
         placeholderText: qsTr("Name")
-        // From here Enter goes on, as long as there is no password to send.
+        // Enter moves on to the password while that is empty.
         Keys.onReturnPressed: event => {
             event.accepted = password.text === "";
             if (event.accepted)

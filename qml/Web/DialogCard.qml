@@ -5,41 +5,41 @@ import QtQuick.Layouts
 import Web // qmllint disable unused-imports
 
 /*!
-    A question to the user: a card in the middle of the view, with the page dimmed behind it.
+    A dialog: a card in the middle of the view, with the page dimmed behind it.
 
     It ends exactly once, with accepted() or rejected(): by its buttons, by Enter or Escape, by
-    accept() or reject(), and with rejected() at the latest when it is destroyed.
+    accept() or reject(), and at the latest with rejected() when it is destroyed.
 */
 FocusScope {
     id: card
 
-    // Of it, texts are shown in a length that can be laid out.
+    // Shortens texts to a length that can be laid out.
     required property var view
-    // The size of text, which all other sizes follow.
+    // The text size, which determines all other sizes.
     required property real em
     property string title
     property string message
     property string acceptText: qsTr("OK")
-    // Empty for a question that can only be accepted; Escape ends that one too.
+    // Empty for a dialog that has no button to reject it; Escape still rejects it.
     property string rejectText: qsTr("Cancel")
     property bool acceptable: true
-    // False where Enter is not enough to accept, but only the button itself.
+    // False if Enter must not accept the dialog, only the button itself.
     property bool acceptsEnter: true
-    // Whether the user may end all dialogs of the page by this one.
+    // Whether the user can suppress all further dialogs of the page.
     property bool endable
     property real preferredWidth: em * 30
-    // What has the focus at first; null for the button that accepts.
+    // The item that gets the focus first; null for the button that accepts.
     property Item firstFocus
-    // What stands between the message and the buttons.
+    // The items between the message and the buttons.
     default property alias content: body.data
 
     property bool answered
-    // Whether it was answered by Enter, whose release is still to come.
+    // Whether Enter has answered the dialog, so that its release is still to come.
     property bool enterHeld
 
     signal accepted()
     signal rejected()
-    // The user wants no more dialogs; this one is still to be rejected.
+    // The user has suppressed further dialogs; this one is still to be rejected.
     signal ended()
 
     function accept(): void {
@@ -80,7 +80,7 @@ FocusScope {
         color: "#aa040a17"
     }
 
-    // Nothing of the mouse gets through to the page.
+    // Keeps all mouse events from the page.
     MouseArea {
         anchors.fill: parent
         acceptedButtons: Qt.AllButtons

@@ -7,9 +7,7 @@ import Qt.labs.folderlistmodel
 import QtWebEngine
 import Web // qmllint disable unused-imports
 
-/*!
-    Files or a folder for a page, or a place to save a file to.
-*/
+/*! Lets the user choose files or a folder for a page, or a place to save a file. */
 DialogCard {
     id: dialog
 
@@ -18,22 +16,23 @@ DialogCard {
     readonly property bool saves: request.mode === FileDialogRequest.FileModeSave
     readonly property bool several: request.mode === FileDialogRequest.FileModeOpenMultiple
     readonly property bool takesFolder: request.mode === FileDialogRequest.FileModeUploadFolder
-    // Of the folder that is shown: at first, the working directory.
+    // The path of the displayed folder: at first, the working directory.
     property string path
-    // The model lists what is in that folder: it reads on a thread of its own, and keeps what it had until
-    // it is done. Keys must not act on that.
+    // False while the model still lists the previous folder: it reads on another thread. Keys must
+    // not act on old entries.
     property bool listed
-    // For a moment the second click of the double click that has opened this dialog may be still to come.
+    // False at first: the second click of the double click that opened this dialog may still
+    // follow.
     property bool settled
-    // The paths of the files that are marked.
+    // The paths of the selected files.
     property list<string> marked
 
-    // "file:///C:/x" has a slash before the drive that its path has not.
+    // "file:///C:/x" has a slash before the drive letter; the path has none.
     function toPath(address: url): string {
         return decodeURIComponent(address.toString().replace(/^file:\/\/(\/(?=[A-Za-z]:))?/, ""));
     }
 
-    // The model takes the path for a URL once more, so what has a meaning there is encoded twice.
+    // The model decodes the path twice, so special characters are encoded twice.
     function toUrl(path: string): url {
         return "file://" + (path.startsWith("/") ? "" : "/")
             + path.replace(/[%#?]/g, encodeURIComponent).split("/").map(encodeURIComponent).join("/");
@@ -42,7 +41,7 @@ DialogCard {
     function open(path: string): void {
         dialog.marked = [];
         dialog.path = path;
-        // The model lists nothing anew where it is already.
+        // The model does not list its current folder again.
         const before = model.folder.toString();
         model.folder = dialog.toUrl(path);
         dialog.listed = dialog.listed && model.folder.toString() === before;
@@ -62,7 +61,7 @@ DialogCard {
             fileName.text = path.replace(/^.*\//, "");
     }
 
-    // What a click or Space does to an entry.
+    // The action of a click or Space on an entry.
     function touch(index: int): void {
         list.currentIndex = index;
         if (index >= 0 && !model.isFolder(index))
@@ -74,7 +73,7 @@ DialogCard {
         dialog.choose(list.currentIndex);
     }
 
-    // What a double click or Enter does to an entry.
+    // The action of a double click or Enter on an entry.
     function choose(index: int): void {
         if (index < 0) {
             dialog.enter();
@@ -100,7 +99,7 @@ DialogCard {
     preferredWidth: em * 36
     acceptText: saves ? qsTr("Save") : takesFolder ? qsTr("Choose this folder") : qsTr("Open")
     acceptable: takesFolder ? settled : (saves ? /^[^\/\\]+$/.test(fileName.text) : marked.length > 0)
-    // A whole folder goes out by its button alone: Enter may be held, or pressed once too often.
+    // Only the button accepts a whole folder: the user may hold Enter, or press it once too often.
     acceptsEnter: !takesFolder
     firstFocus: saves ? fileName : list
 
@@ -246,7 +245,7 @@ DialogCard {
         Layout.fillWidth: true
         em: dialog.em
         visible: dialog.saves
-        placeholderText: qsTr("Name of the file")
+        placeholderText: qsTr("File name")
         text: dialog.view.shortened(dialog.request.defaultFileName).replace(/^.*[\/\\]/, "")
     }
 }

@@ -5,9 +5,7 @@ import QtQuick.Layouts
 import QtWebEngine
 import Web // qmllint disable unused-imports
 
-/*!
-    What a page asks by alert(), confirm() and prompt(), and before it is left.
-*/
+/*! The dialogs of alert(), confirm() and prompt(), and the one before the user leaves a page. */
 DialogCard {
     id: dialog
 
@@ -21,8 +19,8 @@ DialogCard {
 
     title: leaving ? qsTr("Leave this page?") : host === "" ? qsTr("The page says")
         : qsTr("%1 says").arg(host)
-    // Pages may not choose the words of this one.
-    message: leaving ? qsTr("What you have changed may be lost.") : request.message
+    // The page must not choose the text of this dialog.
+    message: leaving ? qsTr("Your changes may be lost.") : request.message
     acceptText: leaving ? qsTr("Leave") : qsTr("OK")
     rejectText: leaving ? qsTr("Stay")
         : type === JavaScriptDialogRequest.DialogTypeAlert ? "" : qsTr("Cancel")

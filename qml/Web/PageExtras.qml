@@ -6,40 +6,40 @@ import QtWebEngine
 import Web // qmllint disable unused-imports
 
 /*!
-    What a browser shows besides the page, and its answers to what a page asks of the world: dialogs,
-    the menu of the right click, tool tips, permissions, windows. It lies over the page and takes no
-    input but while it shows something.
+    Everything that a browser shows besides the page, and its answers to the page's requests:
+    dialogs, the context menu, tool tips, permissions, windows. It lies over the page and accepts
+    input only while it shows something.
 
-    One dialog is shown at a time, in the order in which pages ask. Each request is answered exactly
-    once; those of a page that is gone are rejected.
+    It shows one dialog at a time, in the order of the requests. It answers each request exactly
+    once, and rejects those of a page that is gone.
 */
 Item {
     id: extras
 
-    // May be null as long as there is none.
+    // Null while there is no page.
     required property WebEngineView page
-    // The view that messages name, and that shortens texts.
+    // The view: messages contain its name, and it shortens texts.
     required property var view
 
-    // As large as the page's text, as long as a dialog has the room for it.
+    // As large as the page's text, if a dialog has enough room for it.
     readonly property real em: Math.max(9, Math.min(14 * (page?.zoomFactor ?? 1), width / 22,
                                                     height / 15))
-    // Dialogs to come, as { component, request }; the first one is shown as `dialog`.
+    // The requested dialogs, as { component, request }; the first one is shown as `dialog`.
     property var waiting: []
     property DialogCard dialog
-    // The user is asked whether to leave the page.
+    // The current dialog asks whether to leave the page.
     readonly property bool leaving: (dialog as PageDialog)?.leaving ?? false
-    // It is not the user who rejects the dialog.
+    // The dialog is being rejected by the scene, not by the user.
     property bool withdrawing
-    // Of one site, until the host or the page goes on to another: the dialogs that it has shown, whether
-    // the user wants no more of them, the windows that its scripts have opened, and the lines that it has
-    // written to the log, by their kind.
+    // Per site, until the host or the page navigates to another: the number of dialogs shown,
+    // whether the user has suppressed dialogs, the number of windows opened by scripts, and the
+    // number of log lines of each kind.
     property int shown
     property bool silent
     property int windows
     property var lines: ({})
     property string site
-    // The next page that is there starts from nothing: it is of another site, or the host has wanted it.
+    // The next page resets these values: it belongs to another site, or the host has requested it.
     property bool forgiving
 
     readonly property int mostWaiting: 20
@@ -47,7 +47,7 @@ Item {
     readonly property int mostLines: 10
     readonly property bool opensTooManyWindows: windows >= mostWindows
 
-    // Where the user has last chosen a file.
+    // The folder in which the user last chose a file.
     property string lastFolder
 
     readonly property var permissionNames: ({
@@ -63,12 +63,12 @@ Item {
         [WebEnginePermission.PermissionType.LocalFontsAccess]: "the fonts"
     })
 
-    // The user does not leave the page.
+    // The user stays on the page.
     signal stayed()
-    // The page wants a window for an address.
+    // The page requests a window for an address.
     signal windowRequested(address: string)
 
-    // A page can bring messages without end, and of any length.
+    // A page can cause any number of messages, of any length.
     function log(kind: string, text: string): void {
         const count = (extras.lines[kind] ?? 0) + 1;
         extras.lines[kind] = count;
@@ -97,7 +97,7 @@ Item {
 
     function ask(component: Component, request: var): void {
         if (extras.waiting.length >= extras.mostWaiting) {
-            extras.log("dialog", `more than ${extras.mostWaiting} dialogs wait; this one is rejected`);
+            extras.log("dialog", `more than ${extras.mostWaiting} dialogs are waiting; this one is rejected`);
             request.dialogReject();
             return;
         }
@@ -106,7 +106,7 @@ Item {
             extras.showNext();
     }
 
-    // For what a page can ask without any doing of the user.
+    // For requests that a page can make without user interaction.
     function askUnlessSilent(component: Component, request: var): void {
         if (extras.silent)
             refusal.add(request);
@@ -139,21 +139,21 @@ Item {
     }
 
     function giveFocusBack(answered: DialogCard): void {
-        // The button that has opened a folder's dialog takes the release of Enter for a press.
+        // The button that opened a folder's dialog would treat the release of Enter as a press.
         if ((answered as FileDialog)?.enterHeld)
             release.forceActiveFocus();
         else
             extras.page?.forceActiveFocus();
     }
 
-    // Takes back the question that is shown.
+    // Closes the current dialog without an answer of the user.
     function withdraw(): void {
         extras.withdrawing = true;
         extras.dialog?.reject();
         extras.withdrawing = false;
     }
 
-    // Rejects all that a page which is gone has asked.
+    // Rejects all requests of a page that is gone.
     function dismiss(): void {
         menu.close(WebEngineView.NoWebAction);
         tip.visible = false;
@@ -163,7 +163,8 @@ Item {
         refusal.rejectAll();
     }
 
-    // A page that asks in a loop is answered at a pace that leaves the Qt thread to others.
+    // A page that requests dialogs in a loop gets its answers at a limited rate, so that the Qt
+    // thread can serve others.
     Timer {
         id: refusal
 
@@ -184,7 +185,7 @@ Item {
         Component.onDestruction: refusal.rejectAll()
     }
 
-    // Those that are not shown yet; the one that is shown rejects its own.
+    // Rejects the requests that are not shown yet; the current dialog rejects its own.
     Component.onDestruction: extras.waiting.splice(1).forEach(left => left.request.dialogReject())
 
     Component {
@@ -240,7 +241,7 @@ Item {
         }
     }
 
-    // The Tab key stays with the dialog, and the mouse does not get to the page either.
+    // Keeps the Tab key and the mouse in the dialog.
     Binding {
         target: extras.page
         property: "enabled"
@@ -285,8 +286,9 @@ Item {
         }
     }
 
-    // The engine takes the place of tool tips from the system's mouse, which is not the host's. At an
-    // item that has the page in it, for one beside the page would keep the mouse from it.
+    // The engine positions tool tips at the system's mouse, which is not the view's. The handler
+    // belongs to an item that contains the page, because an item beside the page would keep the
+    // mouse from it.
     HoverHandler {
         id: mouse
 
@@ -299,8 +301,8 @@ Item {
         em: extras.em
     }
 
-    // The engine's own list of suggestions (`<datalist>`) is a popup of Controls, whose rows are too low
-    // for the padding of this style: without it they have room for their text.
+    // The engine's list of suggestions (`<datalist>`) is a popup of Qt Quick Controls. Its rows are
+    // too low for the padding of this style; without padding, their text fits.
     function makeRoom(row: var): void {
         if (row.topPadding === undefined)
             return;
@@ -316,7 +318,7 @@ Item {
     }
 
     Connections {
-        // Popups that are there already.
+        // Popups that are already known.
         property var known: []
 
         target: extras.Overlay.overlay
@@ -340,7 +342,7 @@ Item {
 
         function onJavaScriptDialogRequested(request: JavaScriptDialogRequest): void {
             request.accepted = true;
-            // Whoever wants no more of a page may leave it.
+            // A user who suppresses a page's dialogs may leave the page.
             if (extras.silent && request.type === JavaScriptDialogRequest.DialogTypeBeforeUnload)
                 request.dialogAccept();
             else
@@ -381,7 +383,7 @@ Item {
             request.accepted = true;
         }
 
-        // A page that begins to load takes the old one's questions with it.
+        // A page that starts to load cancels the previous page's requests.
         function onLoadingChanged(info: webEngineLoadingInfo): void {
             if (info.status === WebEngineView.LoadStartedStatus)
                 extras.dismiss();
@@ -389,7 +391,7 @@ Item {
                 extras.forgive();
         }
 
-        // A loading begins at 10 %; more is the new page's.
+        // A load starts at a progress of 10 %; a higher value belongs to the new page.
         function onLoadProgressChanged(): void {
             if (extras.page.loading && extras.page.loadProgress > 10)
                 extras.forgive();
@@ -407,19 +409,20 @@ Item {
             extras.dismiss();
         }
 
-        // There is one window, so links into new ones open in it.
+        // There is only one window, so links into new windows open in it.
         function onNewWindowRequested(request: WebEngineNewWindowRequest): void {
             if (!request.userInitiated && ++extras.windows === extras.mostWindows)
-                extras.log("window", `the page has opened ${extras.mostWindows} windows by itself, and may `
-                           + "open no more");
+                extras.log("window", `the page has opened ${extras.mostWindows} windows without user interaction `
+                           + "and may not open more");
             const address = request.requestedUrl.toString();
-            // What a frame has written itself would become the page, or run in it.
+            // A document that a frame has written itself would replace the page, or a script would
+            // run in it.
             if (address !== "" && !/^(about|blob|data|filesystem|javascript):/i.test(address))
                 extras.windowRequested(address);
         }
 
         function onWindowCloseRequested(): void {
-            extras.log("close", "the page asked to be closed; ignored, for the view belongs to the host");
+            extras.log("close", "the page asked to be closed; ignored, because the view belongs to the host");
         }
 
         function onFullScreenRequested(request: fullScreenRequest): void {
@@ -452,13 +455,13 @@ Item {
 
         function onCertificateError(error: webEngineCertificateError): void {
             error.rejectCertificate();
-            extras.log("certificate", `the certificate of ${error.url} is not trusted, so it is not loaded: `
+            extras.log("certificate", `the certificate of ${error.url} is not trusted; the request is refused: `
                        + error.description);
         }
 
         function onSelectClientCertificate(selection: WebEngineClientCertificateSelection): void {
             selection.selectNone();
-            extras.refuse(selection.host, "a certificate of the user");
+            extras.refuse(selection.host, "a client certificate");
         }
 
         function onRegisterProtocolHandlerRequested(request: registerProtocolHandlerRequest): void {
@@ -481,22 +484,22 @@ Item {
         }
 
         function onPrintRequested(): void {
-            extras.log("print", "the page asked to be printed; ignored, for there is nothing to print to");
+            extras.log("print", "the page asked to be printed; ignored, because views cannot print");
         }
 
         function onPrintRequestedByFrame(): void {
             extras.log("print",
-                       "a frame of the page asked to be printed; ignored, for there is nothing to print to");
+                       "a frame of the page asked to be printed; ignored, because views cannot print");
         }
     }
 
-    // The profile is that of all views.
+    // All views share the profile.
     Connections {
         target: extras.page?.profile ?? null
 
         function onDownloadRequested(download: WebEngineDownloadRequest): void {
             if (download.view === extras.page)
-                extras.log("download", `"${download.suggestedFileName}" is a download; ignored, for views `
+                extras.log("download", `"${download.suggestedFileName}" is a download; ignored, because views `
                            + `save no files: ${download.url}`);
         }
     }

@@ -4,8 +4,8 @@ import QtQuick
 import QtWebEngine
 
 /*!
-    The menu of a page's right click: moving in the history, and editing where the page has something
-    to edit. It closes when an entry has been chosen, by Escape, and by a press beside it.
+    The context menu of a page: navigation in the history, and editing where the page has editable
+    content. It closes when the user chooses an entry, presses Escape, or presses outside it.
 */
 FocusScope {
     id: menu
@@ -16,7 +16,7 @@ FocusScope {
     property point position
     property list<var> entries
 
-    // Emitted when the menu has closed, before `action` is to be triggered; NoWebAction for none.
+    // Emitted when the menu has closed, before `action` is triggered; NoWebAction for none.
     signal closed(action: int)
 
     function entry(text: string, action: int, enabled: bool): var {
@@ -85,7 +85,7 @@ FocusScope {
             menu.close(menu.entries[choices.current]?.action ?? WebEngineView.NoWebAction);
     }
 
-    // A press beside the menu only closes it.
+    // A press outside the menu only closes it.
     MouseArea {
         anchors.fill: parent
         acceptedButtons: Qt.AllButtons

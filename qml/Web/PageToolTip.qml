@@ -2,9 +2,7 @@ pragma ComponentBehavior: Bound
 
 import QtQuick
 
-/*!
-    What a page says about the thing under the mouse.
-*/
+/*! The page's tool tip for the element under the mouse. */
 Rectangle {
     id: tip
 
@@ -17,7 +15,7 @@ Rectangle {
         tip.visible = text !== "";
     }
 
-    // Below the mouse, or above it where the view ends.
+    // Below the mouse, or above it at the bottom of the view.
     readonly property real below: position.y + em * 1.6
 
     visible: false

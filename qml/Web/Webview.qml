@@ -6,58 +6,60 @@ import QtWebEngine
 import Web // qmllint disable unused-imports
 
 /*!
-    The scene of a web view: the browser item, bound to what the host sets on the view.
+    The scene of a web view: the browser item, bound to the properties that the host sets on the
+    view.
 
-    The browser item is made when the first frame has been drawn. Its engine looks into the Vulkan loader
-    on a thread of its own, which must not meet the window's graphics while those are being set up.
+    The browser item is created after the first frame. Its engine uses the Vulkan loader on another
+    thread, which must not happen while the window's graphics are being initialised.
 */
 Item {
     id: root
 
     property WebChannel webChannel: WebChannel {}
-    // The browser item's: the view leads its pages from there to the other.
+    // The channel of the browser item. The view forwards pages from it to the other channel.
     readonly property WebChannel gate: WebChannel {}
 
     readonly property var view: ctx // qmllint disable unqualified
     readonly property color background: view.backgroundColor
-    // What the engine can draw: it does not take colours that are partly transparent.
+    // The background that the engine can draw: it does not accept partly transparent colours.
     readonly property color opaqueBackground: background.a === 1 ? background : "transparent"
     readonly property WebEngineProfile profile: customWebProfile // qmllint disable unqualified
-    // What lets the host's device take pictures that were made on graphics hardware.
+    // The Vulkan extension that lets the host's device import frames that were made on the GPU.
     readonly property string memoryExtension: webMemoryExtension // qmllint disable unqualified
-    // The device can take what the engine makes, as far as is known by now.
+    // As far as is known by now, the device can import the engine's frames.
     readonly property bool fits: webDeviceFits // qmllint disable unqualified
     readonly property list<string> settingNames: webSettings // qmllint disable unqualified
-    // An engine after that of Qt 6.8. It is late with a page's own scripts where the page comes of a text,
-    // and can lose what it is ordered while it is at a blank page.
+    // True for engines after that of Qt 6.8. They run the library's scripts late in pages that are
+    // loaded from an HTML text, and can lose a navigation that is requested while they show a blank
+    // page.
     readonly property bool isNew: webEngineIsNew // qmllint disable unqualified
     readonly property var watch: pageWatch // qmllint disable unqualified
     readonly property WebEngineView page: started ? browser.item as WebEngineView : null
 
-    // It follows the view.
+    // True once the browser item has its settings and follows the view.
     property bool started
-    // Found out: the engine's pictures come in ordinary memory.
+    // This scene has found out that the engine uses software rendering.
     property bool engineDrawsInMemory
-    // The host's device cannot take the pictures that the engine makes.
+    // The host's device cannot import the frames that the engine makes.
     property bool undrawable
 
-    // What was asked of the page before it was there; the last of it, where no page ever comes.
+    // Requests that were made before the page existed; the latest of them, if no page ever comes.
     property var waiting: []
     readonly property int mostWaiting: 1000
-    // Where the host has sent the page last, as long as nothing has come of it.
+    // The host's last navigation request, until the engine has acted on it.
     property var order: null
-    // It may have to be given once more.
+    // The request may have to be repeated.
     property bool again
-    // The blank page that was there before has nothing to do with it.
+    // False while load events can still be those of the blank page before the request.
     property bool orderStarted
-    // There is a process that can be asked for a sign of life.
+    // The page has a process that can answer a liveness check.
     property bool answering
-    // The order for the sake of which it has been ended.
+    // The navigation request for which the page's process was ended.
     property var heldUp: null
-    // What the page wants a new window for.
+    // The address for which the page requests a new window.
     property string windowAddress
 
-    // What pages do by themselves.
+    // The navigation types that pages cause.
     readonly property list<string> ofPages: ["link_clicked", "form_submitted", "redirect"]
     readonly property var navigationTypes: ({
         [WebEngineNavigationRequest.LinkClickedNavigation]: "link_clicked",
@@ -67,7 +69,8 @@ Item {
         [WebEngineNavigationRequest.ReloadNavigation]: "reload",
         [WebEngineNavigationRequest.RedirectNavigation]: "redirect"
     })
-    // They run before any script of a page does. The engine takes them once the profile is set.
+    // These scripts run before any script of a page. The engine accepts them once the profile is
+    // set.
     readonly property var scripts: [
         {
             name: "objects",
@@ -76,19 +79,20 @@ Item {
             worldId: WebEngineScript.MainWorld
         },
         pageScript("drag_and_drop", WebEngineScript.MainWorld),
-        // Apart from the page's own, these run where the settings forbid it to run scripts.
+        // These run in a world of their own, so that they also run where the settings forbid
+        // scripts of pages.
         pageScript("native_drag", WebEngineScript.ApplicationWorld),
         pageScript("full_screen", WebEngineScript.ApplicationWorld)
     ]
 
-    // What the engine opens by itself.
+    // The schemes that the engine loads by itself.
     readonly property var ownSchemes: new RegExp("^(about|blob|chrome|chrome-error|chrome-extension|data|devtools|"
         + "file|filesystem|ftp|https?|javascript|qrc|res|view-source|wss?):", "i")
 
-    // In characters; of a longer message the host gets the beginning.
+    // In characters. The host gets only the beginning of longer messages.
     readonly property int longestMessage: 65536
 
-    // By the engine's numbers.
+    // Indexed by the engine's numbers.
     readonly property list<string> errorDomains: [
         "", "internal", "connection", "certificate", "http", "ftp", "dns", "http_status"
     ]
@@ -114,7 +118,7 @@ Item {
             waiting.shift();
     }
 
-    // Sends the page elsewhere, and does not let it hold that up.
+    // Navigates the page, and prevents the page from delaying that.
     function send(work: var): void {
         extras.forgiving = true;
         whenThere(page => {
@@ -134,8 +138,9 @@ Item {
         });
     }
 
-    // The question whether to leave the page is about an older order. The engine can be given the new
-    // one when the page goes on; given too early, it is lost with the older one, and given once more.
+    // The dialog that asks whether to leave the page belongs to an older request. The engine can
+    // process the new one once the page continues: sent too early, it is lost together with the
+    // older one and has to be repeated.
     function askAgain(page: WebEngineView): void {
         const work = order;
         again = true;
@@ -146,7 +151,7 @@ Item {
         });
     }
 
-    // The page has had the order for a while and goes nowhere.
+    // The page has had the request for some time and does not navigate.
     function settle(page: WebEngineView): void {
         const work = order;
         orderStarted = true;
@@ -168,13 +173,13 @@ Item {
     }
 
     function endPage(): void {
-        console.warn(`${view.objectName}: the page has not answered and is ended, so that the view can go on`);
+        console.warn(`${view.objectName}: the page does not respond and was ended, so that the view can continue`);
         heldUp = order;
         order = null;
         watch.end_process(page.renderProcessPid);
     }
 
-    // Once: what hangs after that is not what has held the view up.
+    // Only once: a page that hangs after that is not the one that delayed the request.
     function takeUpOrder(): void {
         const work = heldUp;
         heldUp = null;
@@ -227,7 +232,7 @@ Item {
         return opens ? "new_window" : type;
     }
 
-    // The host is asked first, of what is refused afterwards too.
+    // The handler of the host is called first, also for navigations that are refused below.
     function mayGo(request: var): bool {
         const type = typeOf(request);
         const url = request.url.toString();
@@ -235,8 +240,8 @@ Item {
             && !(request.isMainFrame && leavesForDisk(url, type));
     }
 
-    // The engine would have the system open it, with a window of its own. Only a host that has chosen a
-    // policy wants that.
+    // The engine would let the system open the URL, in a window of another program. That happens
+    // only if the host has chosen such a policy.
     function isForOthers(url: string): bool {
         const policy = view.unknownUrlSchemePolicy;
         if (policy === WebEngineSettings.AllowUnknownUrlSchemesFromUserInteraction
@@ -248,17 +253,18 @@ Item {
         return true;
     }
 
-    // Only the host takes the view to files, and pages that are such themselves.
+    // Only the host, and pages that are local files themselves, can navigate to local files.
     function leavesForDisk(url: string, type: string): bool {
         const onDisk = /^(file|qrc):/i;
         if (!ofPages.includes(type) && type !== "new_window" || !onDisk.test(url)
                 || onDisk.test(page.url.toString()))
             return false;
-        extras.log("disk", "the page wants to go to a file of the disk; refused");
+        extras.log("disk", "the page tried to navigate to a local file; refused");
         return true;
     }
 
-    // A script goes there, so that the page and not the host is who begins it, with no rights but its own.
+    // A script navigates, so that the page and not the host is the initiator, with only the page's
+    // rights.
     function openWindow(address: string): void {
         windowAddress = address;
         page.runJavaScript(`location.assign(${JSON.stringify(address)})`, WebEngineScript.ApplicationWorld);
@@ -269,15 +275,15 @@ Item {
         const userScripts = (isNew ? profile : page).userScripts; // qmllint disable
         if (userScripts.collection.length === 0)
             userScripts.collection = scripts;
-        // All settings of the view go by the engine's names, but for one letter of one.
+        // The view's settings have the engine's names, except for one letter of one of them.
         for (const name of settingNames) {
             const engineName = name.replace("fullscreen", "fullScreen");
             page.settings[engineName] = Qt.binding(() => view[name]);
         }
         page.settings.javascriptCanOpenWindows =
             Qt.binding(() => view.javascriptCanOpenWindows && !extras.opensTooManyWindows);
-        // With any other policy the engine would not ask about URLs for other programs, and some numbers
-        // of hosts are none of its own.
+        // With any other policy the engine would not ask about URLs for other programs, and hosts
+        // may set numbers that the engine does not know.
         const onUserAction = WebEngineSettings.AllowUnknownUrlSchemesFromUserInteraction;
         page.settings.unknownUrlSchemePolicy = Qt.binding(
             () => view.unknownUrlSchemePolicy === onUserAction
@@ -289,7 +295,7 @@ Item {
         work.forEach(ask => ask(page));
     }
 
-    // With the next frame there is a new one.
+    // The next frame creates a new page.
     function close_page(): void {
         extras.dismiss();
         answering = false;
@@ -305,22 +311,22 @@ Item {
             waiting = [];
         engineDrawsInMemory = !engineDrawsOnHardware;
         if (engineDrawsOnHardware)
-            console.warn(`${view.objectName}: the web engine draws on the graphics hardware, but the host's `
-                         + `Vulkan device cannot take its pictures. Create the device with ${memoryExtension}, `
+            console.warn(`${view.objectName}: the web engine renders on the GPU, but the host's Vulkan `
+                         + `device cannot import its frames. Create the device with ${memoryExtension}, `
                          + "or set GPU_DISABLED before the start.");
         else
             browser.active = true;
     }
 
-    // The engine has a text for everything, but for what a server answers it is a piece of a page, and
-    // it has none for the one failure without a domain: HTML of the host that is too long.
+    // The engine has a text for each error, but for HTTP errors it is a piece of a page, and it has
+    // none for the one failure without a domain: HTML of the host that is too long.
     function describeFailure(domain: string, info: webEngineLoadingInfo): string {
         if (domain === "http_status")
-            return `The server has answered with status ${info.errorCode}`;
-        return domain === "" ? "The HTML is longer than the engine takes" : info.errorString;
+            return `The server responded with status ${info.errorCode}`;
+        return domain === "" ? "The HTML is longer than the engine accepts" : info.errorString;
     }
 
-    // A relative URL would be taken as relative to this file.
+    // The engine would resolve a relative URL against this file.
     function open(page: WebEngineView, url: string): void {
         if (/^[a-z][a-z0-9+.-]*:/i.test(url))
             page.url = url;
@@ -367,8 +373,9 @@ Item {
         }
     }
 
-    // A device without the extension is good enough where the engine draws on the processor, and fatal
-    // where it does not. Only there it has WebGL, and a page that is in no window can tell.
+    // A device without the extension works if the engine uses software rendering, and crashes the
+    // engine if it uses the GPU. Only on the GPU is WebGL available, which a page without a window
+    // can check.
     Instantiator {
         id: probe
 
@@ -390,7 +397,7 @@ Item {
         }
     }
 
-    // The engine itself draws no colour that is partly transparent.
+    // The engine does not draw partly transparent colours, so this item does.
     Rectangle {
         anchors.fill: parent
         color: root.background
@@ -407,11 +414,11 @@ Item {
         sourceComponent: WebEngineView {
             id: page
 
-            // Nothing has come of the last loading. The engine keeps the page that was there before; it
-            // is hidden until the first piece of the next one is there.
+            // The last load has failed. The engine keeps the previous page; it is hidden until the
+            // first content of the next page arrives.
             property bool gone
-            // The engine goes on drawing the background of the page before, behind one that has none, until
-            // it is given another colour.
+            // The engine keeps drawing the previous page's background behind a page that has none,
+            // until its background colour changes.
             property bool refreshing
             readonly property color nudged: Qt.rgba(
                 root.opaqueBackground.r, root.opaqueBackground.g,
@@ -453,7 +460,7 @@ Item {
                                            info.errorCode);
             }
 
-            // A loading begins at 10 %.
+            // A load starts at a progress of 10 %.
             onLoadProgressChanged: {
                 if (loading && loadProgress > 10)
                     gone = false;
@@ -471,7 +478,7 @@ Item {
                     return;
                 }
                 root.order = null;
-                const text = `The page's process has ended (exit code ${exitCode}); reload brings it back`;
+                const text = `The page's process ended unexpectedly (exit code ${exitCode}); reload restores the page`;
                 root.view.onLoadingChanged(WebEngineView.LoadFailedStatus, page.url.toString(),
                                            "process", text, exitCode);
                 root.javaScriptConsoleMessage(2, text, 0, page.url.toString());
@@ -483,7 +490,7 @@ Item {
         anchors.fill: parent
         anchors.margins: parent.height / 12
         visible: root.undrawable
-        text: "This page cannot be drawn on this graphics device. The log tells the remedy."
+        text: "This page cannot be displayed on this GPU. See the log for details."
         color: "#f2b8a0"
         style: Text.Outline
         styleColor: "#40100a"
@@ -508,8 +515,8 @@ Item {
         }
     }
 
-    // A page that asks the user stands still, which is no hanging; but it may not hold an order up by it,
-    // unless it asks whether it is to be left.
+    // A page that shows a dialog does not respond, which does not count as hanging. But a dialog
+    // must not delay a navigation request, except the dialog that asks whether to leave the page.
     Binding {
         target: root.watch
         property: "active"

@@ -33,8 +33,8 @@ void Backlog::report_dropped(const QString& signal) const
     if (count_->has_dropped.exchange(true))
         return;
     qWarning().noquote().nospace()
-        << "signal '" << signal << "' is dropped, " << most_waiting
-        << " of it wait already. Emit it less, and keep no callback busy for long.";
+        << "signal '" << signal << "' is dropped because " << most_waiting
+        << " of its emissions are waiting. Emit it less often, and keep callbacks short.";
 }
 
 }  // namespace marlune::db

@@ -7,9 +7,9 @@
 namespace marlune::db {
 
 /**
- * The announcements of one member that wait for the Qt thread, which a callback may keep busy for long.
- * Host threads that announce meanwhile without a pause would fill the memory. For any thread; copies
- * are one.
+ * Limits the notifications of one member that wait for the Qt thread. A callback may block the Qt
+ * thread for long, and host threads that keep sending notifications meanwhile would fill the
+ * memory. Callable on any thread; copies share one count.
  */
 class Backlog {
     struct Count;
@@ -19,13 +19,13 @@ public:
 
     Backlog();
 
-    /** Held by what waits, for as long as it does. */
+    /** Held by a waiting notification. */
     using Place = std::shared_ptr<Count>;
 
-    /** Null where there is none left. */
+    /** Null if the limit is reached. */
     Place take_place() const;
 
-    /** Warns that the signal is not emitted, once until nothing waits any more. */
+    /** Warns that the signal is dropped; once, until nothing waits any more. */
     void report_dropped(const QString& signal) const;
 
 private:

@@ -19,10 +19,10 @@ namespace marlune::db {
 
 namespace {
 
-/** Belongs to the Qt thread. */
+/** Only on the Qt thread. */
 uint64_t next_number = 0;
 
-/** Those that have not gone. They are on a channel, so they may go without being asked here. */
+/** Returns the members that still exist. They are on a channel, which may delete them. */
 template <typename Member>
 std::vector<Member*> standing(const std::vector<QPointer<Member>>& members)
 {
@@ -31,7 +31,7 @@ std::vector<Member*> standing(const std::vector<QPointer<Member>>& members)
     return result;
 }
 
-/** The one with the key, or null. */
+/** Returns the member with the key, or null. */
 template <typename Member, typename Key, typename Getter>
 Member* found_in(const std::vector<QPointer<Member>>& members, const Key& key, Getter getter)
 {
@@ -41,7 +41,7 @@ Member* found_in(const std::vector<QPointer<Member>>& members, const Key& key, G
     return found == members.end() ? nullptr : found->data();
 }
 
-/** What was in the slot before goes once the lock is released: it may be the host's. */
+/** The previous function is destroyed after the lock is released, because it may be the host's. */
 template <typename Function>
 void fill(Function& slot, std::type_identity_t<Function> callback)
 {
@@ -52,8 +52,8 @@ void fill(Function& slot, std::type_identity_t<Function> callback)
 }  // namespace
 
 /**
- * An object that may be gone. Its address alone would not do: another object may have it by then, so
- * that one is asked for its number.
+ * A reference to an object that may have been deleted. Its address is not enough: another object
+ * may have been created there, so the number is compared too.
  */
 class DBAbstractContextObject::Reference {
 public:
@@ -61,12 +61,12 @@ public:
     {
     }
 
-    /** Has the work done on the object from the Qt thread's event loop. For any thread. */
+    /** Runs the work on the object from the Qt thread's event loop. Callable on any thread. */
     template <typename Work>
     void post(Work work) const
     {
         LiveObjects::instance().post(address_, [reference = *this, work = std::move(work)] {
-            // A queued call is discarded with its receiver, so there is an object at the address.
+            // Qt discards a queued call with its receiver, so there is an object at the address.
             auto* const object = qobject_cast<DBAbstractContextObject*>(reference.address_);
             if (object && object->number_ == reference.number_ && object->record_)
                 work(*object);
@@ -90,7 +90,7 @@ DBAbstractContextObject::DBAbstractContextObject(const QString& id,
       channel_(channel),
       manager_(manager)
 {
-    setObjectName(id);  // messages about callbacks that throw name it
+    setObjectName(id);  // appears in messages about callbacks that throw
     add_methods();
     add_properties();
 }
@@ -169,7 +169,7 @@ QVariant DBAbstractContextObject::___invoke_method(QVariant func_name, QVariant 
     const QVariant list = without_script_value(args);
     if (list.typeId() != QMetaType::QVariantList) {
         warn("method call error: the arguments of " + shown(func_name.toString())
-             + " are not a list. Give one with an element for each.");
+             + " are not a list. Pass a list with one element per argument.");
         return {};
     }
     return ___invoke_method(std::move(func_name), list.toList());
@@ -207,7 +207,7 @@ void DBAbstractContextObject::add_methods()
         const QString name = QString::fromStdString(key);
         if (!method) {
             qWarning().noquote() << "method" << id_ + '.' + name
-                                 << "is left out, its record is null";
+                                 << "is ignored because its record is null";
             continue;
         }
         methods_.push_back(new DBMethodInfo(name, method, this));
@@ -235,7 +235,7 @@ void DBAbstractContextObject::add_properties()
         const QString name = QString::fromStdString(key);
         if (!property) {
             qWarning().noquote() << "property" << id_ + '.' + name
-                                 << "is left out, its record is null";
+                                 << "is ignored because its record is null";
             continue;
         }
         properties_.push_back(new DBPropertyInfo(id_, name, property, this));
@@ -243,7 +243,8 @@ void DBAbstractContextObject::add_properties()
         fill(property->func_valueChanged_updateQt,
              [reference = Reference(this), backlog = Backlog(), property](const PropertyInfoStd*) {
                  Backlog::Place place = backlog.take_place();
-                 // Those that wait announce the value of when they have their turn, also this one.
+                 // The waiting notifications report the value at the time when they run, including
+                 // this one.
                  if (!place)
                      return;
                  reference.post(
@@ -262,8 +263,8 @@ void DBAbstractContextObject::publish_member(const QString& member_name, QObject
     QObject* const occupant = channel_->registeredObjects().value(id);
     const auto is_occupant = [occupant](const auto& entry) { return entry.second == occupant; };
     if (occupant && std::erase_if(published_, is_occupant) > 0) {
-        // A property beside a method of the same name. Methods are called through this object, so pages
-        // need the property there.
+        // A property and a method have the same name. Pages call methods through this object, so
+        // the property gets the name.
         channel_->deregisterObject(occupant);
     } else if (occupant) {
         qWarning().noquote() << "cannot publish" << id
@@ -284,9 +285,9 @@ void DBAbstractContextObject::announce_change(const PropertyInfoStd* record)
     DBPropertyInfo* const property = found_in(properties_, record, &DBPropertyInfo::record);
     if (!property)
         return;
-    // First, so that everybody has the value by the time that the change is reported.
+    // First, so that all bindings have the value when the change is reported.
     emit property->NOPSignal();
-    if (record_)  // no listener has had it withdrawn
+    if (record_)  // no listener has withdrawn the object
         emit manager_->propChanged(name_, property->key(), property->value());
 }
 

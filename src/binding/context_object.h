@@ -21,11 +21,11 @@ class DBMethodInfo;
 class DBPropertyInfo;
 
 /**
- * An object of the host, as pages and QML see it. Its manager makes it and owns it.
+ * An object of the host, as pages and QML see it. Its manager creates and owns it.
  *
- * It fills in the callbacks of the host's records. They may be called on any thread and at any time, so
- * they know this object only by a reference that can be told to be stale, and they stay in the records
- * when it goes: another thread may just be calling them.
+ * It fills in the callbacks of the host's records. These may be called on any thread and at any
+ * time, so they only hold a reference to this object that can become stale, and they stay in the
+ * records after it is deleted: another thread may be calling them.
  */
 class DBAbstractContextObject : public QObject {
     Q_OBJECT
@@ -35,49 +35,58 @@ class DBAbstractContextObject : public QObject {
     Q_PROPERTY(bool isContextObject READ is_context_object NOTIFY NOPSignal FINAL)
 
 public:
-    /** Publishes the members, but not yet itself. `id` is the name that it is registered under. */
+    /**
+     * Publishes the members, but not yet the object itself. `id` is the name under which it is
+     * registered.
+     */
     DBAbstractContextObject(const QString& id, AbstractContextObjectStd* record,
                             QWebChannel* channel, DataBindingContextManager* manager);
     ~DBAbstractContextObject() override;
 
-    /** The record's. */
+    /** The name in the record. */
     const QString& name() const { return name_; }
-    /** With the codes that are recorded now. */
+    /** The methods, with their current type codes. */
     QVariantMap methods_map() const;
-    /** With the values that the records hold now. */
+    /** The properties, with the current values of the records. */
     QVariantMap variables_map() const;
     bool is_context_object() const { return true; }
 
-    /** The host's record. Null once this is withdrawn. */
+    /** The host's record. Null once the object is withdrawn. */
     AbstractContextObjectStd* record() const { return record_; }
 
-    /** Null when there is none of that name. It goes with this object. */
+    /** Returns the property, or null if there is none of that name. This object owns it. */
     DBPropertyInfo* find_property(const QString& name) const;
 
-    /** It and its members, by the names that the channel has for them. */
+    /** Returns this object and its members, by their names on the channel. */
     QHash<QString, QObject*> parts() const;
 
     void publish();
 
-    /** Publishes it and its members anew: the channel that they were on is gone. */
+    /**
+     * Publishes this object and its members on a new channel. The previous channel has been
+     * deleted.
+     */
     void publish_on(QWebChannel* channel);
 
-    /** Takes it and its members from the channel. The records are not touched any more. */
+    /**
+     * Removes this object and its members from the channel. The records are not accessed any more.
+     */
     void withdraw();
 
-    // For pages, with parameters that take anything: the channel hands on values that it cannot convert
-    // as if it could.
+    // For pages. The parameters accept any type, because QWebChannel (Qt 6.8) passes on values that
+    // it cannot convert as if it could.
     Q_INVOKABLE QVariant ___invoke_method(QVariant func_name, QVariant args);
     Q_INVOKABLE QVariant get_method_signature(QVariant method_name);
 
-    // Callable by name, but private as far as Qt knows, so that the channel lets no page call them.
+    // Callable by name, but private in the meta-object, so that the channel does not let pages call
+    // them.
 #ifdef Q_MOC_RUN
 private:
 #endif
-    /** Calls a method of the host and gives its result, or an invalid value with a warning. */
+    /** Calls a method of the host and returns its result, or an invalid value with a warning. */
     Q_INVOKABLE QVariant ___invoke_method(QVariant func_name, QVariantList args);
 
-    /** "f(a: INT,b: STRING)", or an invalid value. */
+    /** Returns "f(a: INT,b: STRING)", or an invalid value. */
     Q_INVOKABLE QVariant get_method_signature(QString method_name);
 
 signals:
@@ -100,7 +109,7 @@ private:
     AbstractContextObjectStd* record_;
     QPointer<QWebChannel> channel_;
     DataBindingContextManager* manager_;
-    // Children of this, which go with it.
+    // Children of this object, which are deleted with it.
     std::vector<QPointer<DBMethodInfo>> methods_;
     std::vector<QPointer<DBPropertyInfo>> properties_;
     std::vector<std::pair<QString, QPointer<QObject>>> published_;

@@ -19,7 +19,10 @@ namespace marlune::db {
 
 namespace {
 
-/** Qt reads no JSON text that is nested deeper, and its conversions and its writer recurse. */
+/**
+ * Qt does not read JSON text that is nested deeper, and its conversions and its writer are
+ * recursive.
+ */
 constexpr int deepest_nesting = 1024;
 
 bool holds_map(const QVariant& value)
@@ -39,7 +42,9 @@ bool is_container(const QVariant& value)
     return holds_map(value) || holds_list(value) || value.typeId() == QMetaType::QVariantHash;
 }
 
-/** Whether `holds` is true of the value or of one that is in it, given with its depth, from 1 on. */
+/**
+ * Whether `holds` is true for the value or for a value inside it. It also gets the depth, from 1.
+ */
 template <typename Predicate>
 bool any_in(const QVariant& value, Predicate holds)
 {
@@ -95,7 +100,8 @@ ContainerStd json_text(const QJsonDocument& document)
 void warn_of_nesting()
 {
     warn(QStringLiteral(
-             "a container is nested more than %1 levels deep and comes empty. Send a flatter one.")
+             "a container is nested more than %1 levels deep and is replaced by an empty one. "
+             "Send a flatter one.")
              .arg(deepest_nesting));
 }
 
@@ -126,7 +132,7 @@ QJsonDocument parsed(const ContainerStd& value)
 
 // --- Numbers
 
-/** Rounds, as Qt does, but takes what is out of range to the nearest integer that there is. */
+/** Rounds like Qt, but clamps a number that is out of range to the nearest integer. */
 int32_t to_int(const QVariant& value)
 {
     switch (value.typeId()) {
@@ -152,7 +158,7 @@ double to_double(const QVariant& value)
     return value.toDouble();
 }
 
-/** The engine's own floats are single, so this is what the game would read back. */
+/** The engine's floats are single precision, so this is the value that the game would read back. */
 double to_single(const QVariant& value)
 {
     return static_cast<double>(value.toFloat());
@@ -214,7 +220,7 @@ std::optional<ContainerStd> to_vector(const QVariant& value, VariantTypeStd code
     }
 }
 
-// --- Single values, by what they hold
+// --- Single values, by their type
 
 ValueStd to_value(const QVariant& value)
 {
@@ -306,8 +312,8 @@ std::optional<ContainerStd> from_property_write(const QVariant& value, VariantTy
     }
     if (is_vector(code))
         return to_vector(plain, code, to_single);
-    // DICTIONARY, ARRAY and those that are labels only, whose values say themselves what they are. The
-    // property keeps its code in any case.
+    // DICTIONARY, ARRAY and the codes that are only labels: the type of the value determines the
+    // conversion. The property always keeps its code.
     return from_argument(plain, code);
 }
 
@@ -326,7 +332,7 @@ QVariant to_variant(const ContainerStd& value, VariantTypeStd code)
     case VariantTypeStd::ARRAY:
         return parsed(value).array().toVariantList();
     default:
-        // Also UNKNOWN: a map or a vector there would have to be JSON text, which it cannot be.
+        // Also UNKNOWN: a map or a vector would have to be JSON text, which is not possible here.
         return to_variant(std::get<ValueStd>(value));
     }
 }
@@ -336,8 +342,8 @@ QVariant to_variant_or_warn(const ContainerStd& value, VariantTypeStd code, cons
     try {
         return to_variant(value, code);
     } catch (const std::bad_variant_access&) {
-        warn(whose + " does not hold what its type " + type_name(code)
-             + " asks for. Give a single value, and a container as JSON text.");
+        warn(whose + " does not match its type " + type_name(code)
+             + ". Pass a single value, or a container as JSON text.");
         return {};
     }
 }

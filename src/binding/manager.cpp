@@ -42,7 +42,7 @@ DataBindingContextManager::~DataBindingContextManager()
     }
     for (const auto& [name, entry] : objects)
         delete entry.object;
-    // Without a client the channel does not notice that its objects go.
+    // Without a client, the channel does not notice that its objects are deleted.
     if (channel_ && channel_->registeredObjects().values().contains(this))
         channel_->deregisterObject(this);
 }
@@ -100,11 +100,11 @@ bool DataBindingContextManager::registerObject(std::string name, AbstractContext
     const QString id = QString::fromStdString(name);
     if (!obj) {
         qWarning().noquote() << "cannot add context object '" + id
-                + "', it is null. Give its record.";
+                + "', it is null. Pass its record.";
         return false;
     }
     if (name.empty()) {
-        qWarning("cannot add context object '', it has no name. Give it one.");
+        qWarning("cannot add context object '', its name is empty. Pass a name.");
         return false;
     }
     if (is_taken(name)) {
@@ -133,14 +133,16 @@ bool DataBindingContextManager::deregisterObject(std::string name_str)
     }
     if (entry->object) {
         entry->object->withdraw();
-        // The host may have been called by this very object, which is then still at work.
+        // The host may have been called by this object, which is then still running.
         entry->object->deleteLater();
     }
     emit objectdeRegistered(id);
     return true;
 }
 
-/** Also by this manager itself, and by a member of another object: all share the channel. */
+/**
+ * Also true for the name of this manager or of a member of another object: all share the channel.
+ */
 bool DataBindingContextManager::is_taken(const std::string& name) const
 {
     if (channel_ && channel_->registeredObjects().contains(QString::fromStdString(name)))

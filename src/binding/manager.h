@@ -19,12 +19,12 @@ namespace marlune::db {
 class DBAbstractContextObject;
 
 /**
- * The objects that the host has published to one view, by the names that it has published them under.
- * It lives on the Qt thread, for as long as its view has it, and takes all objects with it. Pages know
- * it as "___cm" and learn from its signals what happens to the objects.
+ * The objects that the host has published to one view, by the names under which it has published
+ * them. The manager lives on the Qt thread as long as its view, and owns all objects. Pages know it
+ * as "___cm"; its signals notify them of changes to the objects.
  *
- * The registry is guarded by a lock that is held while it is looked at or changed, and never while a
- * signal is emitted or the channel is at work.
+ * A lock guards the registry. It is held during accesses, but never while a signal is emitted or
+ * the channel runs.
  */
 class DataBindingContextManager : public QObject {
     Q_OBJECT
@@ -33,47 +33,61 @@ public:
     DataBindingContextManager(QWebChannel* channel, QObject* root, QObject* parent = nullptr);
     ~DataBindingContextManager() override;
 
-    /** Makes the classes of published objects known to QML, once for the process. */
+    /** Registers the classes of published objects with QML, once per process. */
     static void register_types();
 
-    /** The view's root object. Null when it is gone. */
+    /** The view's root object. Null if it has been deleted. */
     QObject* root() const { return root_; }
 
-    /** The record published under the name, or null. For any thread. */
+    /** Returns the record published under the name, or null. Callable on any thread. */
     AbstractContextObjectStd* find(const std::string& name) const;
 
-    /** The object published under the name, or null. On the Qt thread, like all of the object. */
+    /**
+     * Returns the object published under the name, or null. On the Qt thread, like all access to
+     * the object.
+     */
     DBAbstractContextObject* object(const std::string& name) const;
 
-    /** Those under which objects are published. */
+    /** Returns the names under which objects are published. */
     std::vector<std::string> names() const;
 
-    /** Withdraws all objects and tells of each, as their view goes. */
+    /** Withdraws all objects and emits a signal for each, when their view is deleted. */
     void deregister_all();
 
-    /** Publishes all objects on the channel of the view's next scene. The old one is gone. */
+    /**
+     * Publishes all objects on the channel of the view's next scene. The previous channel has been
+     * deleted.
+     */
     void move_to(QWebChannel* channel, QObject* root);
 
-    // Callable by name, but private as far as Qt knows: the channel lets pages call whatever is public,
-    // and hands on what they send as if it were a std::string.
+    // Callable by name, but private in the meta-object: the channel (Qt 6.8) lets pages call all
+    // public members, and passes on their values as if they were a std::string.
 #ifdef Q_MOC_RUN
 private:
 #endif
-    /** Publishes the object. False, with a warning, when it is null or the name is empty or taken. */
+    /**
+     * Publishes the object. Returns false, with a warning, if it is null or the name is empty or
+     * already used.
+     */
     Q_INVOKABLE bool registerObject(std::string name, marlune::db::AbstractContextObjectStd* obj);
 
-    /** Withdraws the object: its records are not touched any more. False, with a warning, without one. */
+    /**
+     * Withdraws the object: its records are not accessed any more. Returns false, with a warning,
+     * if there is none.
+     */
     Q_INVOKABLE bool deregisterObject(std::string name_str);
 
 signals:
-    // Pages address these by their order.
+    // Pages identify these signals by their order.
     void propChanged(QString object_name, QString variable_name, QVariant value);
     void gdscriptSignalEmitted(QString object_name, QString signal_name, QVariantList args);
     void objectRegistered(QString object_name);
     void objectdeRegistered(QString object_name);
 
 private:
-    /** The record stands beside the object, for threads that must not touch that. */
+    /**
+     * The record is stored separately from the object, for threads that must not access the object.
+     */
     struct Entry {
         QPointer<DBAbstractContextObject> object;
         AbstractContextObjectStd* record = nullptr;
@@ -84,7 +98,7 @@ private:
 
     QPointer<QWebChannel> channel_;
     QPointer<QObject> root_;
-    /** Not the standard library's, which lets busy readers keep a writer waiting. */
+    /** Not std::shared_mutex, with which busy readers can make a writer wait. */
     mutable QReadWriteLock lock_;
     std::map<std::string, Entry> objects_;
 };

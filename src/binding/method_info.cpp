@@ -15,7 +15,7 @@ namespace marlune::db {
 
 namespace {
 
-/** The arguments as the host takes them; nothing when one of them does not fit its code. */
+/** Returns the arguments in the host's types; nothing if one of them does not match its code. */
 std::optional<std::vector<ContainerStd>> converted(const QVariantList& values,
                                                    std::vector<VariantTypeStd>& codes)
 {
@@ -44,13 +44,13 @@ DBMethodInfo::DBMethodInfo(const QString& name, MethodInfoStd* record, QObject* 
         argument_names_.append(QString::fromStdString(argument.name));
         codes_.push_back(argument.type);
     }
-    // Calls are made on copies, since a call may free its record.
+    // Calls use copies, because a call may free its record.
     share(record->func_call_method);
 }
 
 DBMethodInfo::~DBMethodInfo()
 {
-    // What has been made for a call may still be in use further up the stack.
+    // Objects that were created for a call may still be in use further up the stack.
     for (QObject* const child : QObjectList(children())) {
         child->setParent(nullptr);
         child->deleteLater();
@@ -96,8 +96,8 @@ QVariant DBMethodInfo::call(const QVariantList& values)
 {
     if (values.size() != static_cast<qsizetype>(codes_.size())) {
         warn(QStringLiteral(
-                 "method call error: %1 has been given %2 argument(s). Give as many as it "
-                 "has, and each of them a name of its own.")
+                 "method call error: %1 was called with %2 argument(s). Pass as many as it "
+                 "declares, and declare each with a different name.")
                  .arg(signature(), QString::number(values.size())));
         return {};
     }
@@ -112,8 +112,8 @@ QVariant DBMethodInfo::call(const QVariantList& values)
         return {};
     }
 
-    // Optional, so that a host that has thrown is told from one that has returned. The host may withdraw
-    // this object and free its records in the call: nothing of them is used afterwards.
+    // Optional, to distinguish a host that has thrown from one that has returned. During the call,
+    // the host may withdraw this object and free its records: they are not used afterwards.
     const std::function<std::optional<ContainerStd>()> call_method =
         [callback = record_->func_call_method, record = record_, arguments = *std::move(arguments),
          codes = codes_] { return callback(record, arguments, codes); };
@@ -123,7 +123,7 @@ QVariant DBMethodInfo::call(const QVariantList& values)
     return to_variant_or_warn(*result, return_code_, "the result of method " + name_text_);
 }
 
-/** What both descriptions have in common. */
+/** The common part of both descriptions. */
 QVariantMap DBMethodInfo::basic_description() const
 {
     return {

@@ -22,22 +22,23 @@ public:
     const QString& name_text() const { return name_text_; }
     bool is_signal() const { return is_signal_; }
 
-    /** With the arguments as a list, in their order. */
+    /** The description with the arguments as a list, in their order. */
     QVariantMap description() const;
 
-    /** With the arguments by their names. */
+    /** The description with the arguments by their names. */
     QVariantMap entry() const;
 
-    /** "f(a: INT,b: STRING)" */
+    /** For example "f(a: INT,b: STRING)". */
     QString signature() const;
 
     /**
-     * Calls the host and gives its result: an invalid value, with a warning, where the arguments do not
-     * fit or the host cannot be called. Both may change what is recorded of the arguments' codes.
+     * Calls the host and returns its result: an invalid value, with a warning, if the arguments do
+     * not match or the host cannot be called. In both cases, the recorded type codes of the
+     * arguments may change.
      */
     QVariant call(const QVariantList& values);
 
-    /** The record is not touched any more. */
+    /** After this, the record is not accessed any more. */
     void withdraw() { record_ = nullptr; }
 
 signals:

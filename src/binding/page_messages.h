@@ -4,7 +4,10 @@
 #include <QLatin1StringView>
 #include <QtTypes>
 
-/** The messages between a page and the channel: those of Qt's qwebchannel.js, and additions of our own. */
+/**
+ * The messages between a page and the channel: those of Qt's qwebchannel.js, and this library's
+ * additions.
+ */
 namespace marlune::db {
 
 enum class MessageType {
@@ -17,7 +20,7 @@ enum class MessageType {
     DisconnectFromSignal = 8,
     SetProperty = 9,
     Response = 10,
-    /** Our own, to our own page script only: several messages in one. */
+    /** An addition, only for the library's page script: several messages in one. */
     Bundle = 100,
 };
 
@@ -35,14 +38,15 @@ constexpr QLatin1StringView signals_("signals");
 constexpr QLatin1StringView type("type");
 constexpr QLatin1StringView value("value");
 
-// Our own page script's, with its questions for descriptions. It takes bundles, and so begins a page:
+// Additions of the library's page script to its requests for descriptions. The page accepts
+// bundles, and thus starts a new page:
 constexpr QLatin1StringView bundles("bundles");
-// Which objects it wants to have described; without this, all.
+// The names of the objects to describe; without this key, all objects.
 constexpr QLatin1StringView objects("objects");
 
 }  // namespace key
 
-/** About as many characters as its JSON text has. */
+/** Returns the approximate number of characters of the value's JSON text. */
 qsizetype json_size(const QJsonValue& value);
 
 }  // namespace marlune::db

@@ -23,7 +23,7 @@ constexpr QLatin1StringView manager_id("___cm");
 
 using Manager = DataBindingContextManager;
 
-/** The numbers by which pages know the manager's signals. */
+/** The indices by which pages identify the manager's signals. */
 struct ManagerSignals {
     int change = QMetaMethod::fromSignal(&Manager::propChanged).methodIndex();
     int coming = QMetaMethod::fromSignal(&Manager::objectRegistered).methodIndex();
@@ -36,7 +36,7 @@ const ManagerSignals& manager_signals()
     return numbers;
 }
 
-/** Of a signal of the manager. */
+/** The relevant parts of a signal of the manager. */
 struct ManagerSignal {
     explicit ManagerSignal(const QJsonObject& message)
         : index(message[key::type] == static_cast<int>(MessageType::Signal)
@@ -66,7 +66,7 @@ QString going_key(const QString& object_name)
     return '-' + object_name;
 }
 
-/** Of what the next one makes obsolete; else empty. */
+/** Returns the key of a message that the next one with the same key replaces; otherwise empty. */
 QString key_of(const QJsonObject& message)
 {
     const ManagerSignal signal(message);
@@ -89,7 +89,7 @@ bool is_update(const QJsonObject& message)
     return message[key::type] == static_cast<int>(MessageType::PropertyUpdate);
 }
 
-/** Those of the later one, and of the earlier one what the later one lacks. */
+/** Returns the members of the later one, and those of the earlier one that the later one lacks. */
 QJsonObject merged(const QJsonObject& earlier, const QJsonObject& later)
 {
     QJsonObject result = earlier;
@@ -143,7 +143,7 @@ void PageOutbox::begin_page()
     asked_ = sent_ = {};
 }
 
-/** Of one object. */
+/** Adds the update of one object. */
 void PageOutbox::add_update(const QJsonObject& update)
 {
     const QString update_key = ':' + update[key::object].toString();
@@ -157,8 +157,8 @@ void PageOutbox::add_update(const QJsonObject& update)
 }
 
 /**
- * An object that has come and goes while both wait is none of the page's business; and that an object
- * has gone, the page needs to hear but once.
+ * If the messages that an object has been registered and removed both wait, the page needs neither
+ * of them. A removal needs to be reported only once.
  */
 bool PageOutbox::cancels_what_waits(const QJsonObject& message)
 {
@@ -219,7 +219,10 @@ PageOutbox::Queue& PageOutbox::queue_of(const Entry& entry)
     return is_answer ? answers_ : signals_;
 }
 
-/** First what has no key: of the rest the last counts, and there is as much as the host has. */
+/**
+ * Drops messages without a key first: of the others, only the last counts, and their number is
+ * limited by the host's objects.
+ */
 void PageOutbox::drop_oldest()
 {
     drop_oldest_of(signals_);
@@ -241,8 +244,9 @@ void PageOutbox::drop(Entries::iterator entry)
 {
     Queue& queue = queue_of(*entry);
     if (!std::exchange(queue.has_dropped, true))
-        qWarning().noquote() << view_ + ": the page does not take what it is sent. The oldest "
-                + queue.name + " are dropped.";
+        qWarning().noquote() << view_
+                + ": the page does not process its messages fast enough. The oldest " + queue.name
+                + " are dropped.";
     take(entry);
 }
 
@@ -293,7 +297,7 @@ bool PageOutbox::may_send() const
         && asked_.characters + sent_.characters < largest_unanswered;
 }
 
-/** An update that has just been sent is a question already. */
+/** An update that has just been sent already requests an acknowledgement. */
 void PageOutbox::ask_for_answer(bool is_asked_already)
 {
     if (!is_asked_already)

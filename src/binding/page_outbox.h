@@ -11,11 +11,13 @@
 namespace marlune::db {
 
 /**
- * What is on its way to a page, in order. A page that hangs, has crashed or may run no scripts takes
- * nothing, so only so much is sent before it has answered. What comes meanwhile waits here: of each
- * property the last value only, of each object only whether it is there, and so many signals and answers.
+ * The messages to a page, in order. A page that hangs, has crashed or must not run scripts
+ * processes no messages, so only a limited amount is sent before it has acknowledged. Later
+ * messages wait here: for each property only the last value, for each object only whether it
+ * exists, and a limited number of signals and answers.
  *
- * A client of Qt's channel answers each property update, also an empty one, by saying that it is idle.
+ * A client of Qt's channel acknowledges each property update, even an empty one, with the message
+ * that it is idle.
  */
 class PageOutbox : public QObject {
     Q_OBJECT
@@ -23,26 +25,38 @@ class PageOutbox : public QObject {
 public:
     using Send = std::function<void(const QJsonObject&)>;
 
-    /** Messages, and characters in them, that a page may have before it. */
+    /**
+     * The number of messages, and of characters in them, that may be sent before the page
+     * acknowledges.
+     */
     static constexpr qsizetype most_unanswered = 1000;
     static constexpr qsizetype largest_unanswered = 16 * 1024 * 1024;
-    /** Signals that wait here, answers to calls of the page, and characters in either. */
+    /**
+     * The number of waiting signals, of waiting answers to calls of the page, and of characters in
+     * each.
+     */
     static constexpr qsizetype most_waiting = 10'000;
     static constexpr qsizetype most_answers_waiting = 50'000;
     static constexpr qsizetype largest_waiting = 64 * 1024 * 1024;
-    /** All messages that wait here. */
+    /** The number of all waiting messages. */
     static constexpr qsizetype most_waiting_of_all = 100'000;
 
-    /** `view` is for messages. */
+    /** `view` is the name for messages in the log. */
     PageOutbox(Send send, const QString& view);
 
-    /** It is sent by the end of the event loop's turn, if the page is with it. */
+    /**
+     * Adds a message. It is sent before the end of the event loop's turn if the page accepts
+     * messages.
+     */
     void add(const QJsonObject& message);
 
-    /** The page has answered. */
+    /** The page has acknowledged. */
     void acknowledge();
 
-    /** Another page is there, or a client in it that takes bundles: nothing of before is for it. */
+    /**
+     * A new page has started, or a client in it that accepts bundles: earlier messages are not for
+     * it.
+     */
     void begin_page();
 
 private:
@@ -58,7 +72,7 @@ private:
 
     using Entries = std::list<Entry>;
 
-    /** What waits in order and without a key, `most` messages of it. */
+    /** The waiting messages without a key, in order; at most `most` of them. */
     struct Queue {
         bool is_full() const
         {
@@ -68,12 +82,12 @@ private:
         const char* name;
         qsizetype most;
         Amount amount;
-        /** None of it is before this one. */
+        /** No message of this queue is before this one. */
         Entries::iterator oldest;
         bool has_dropped = false;
     };
 
-    /** Of what has no key. */
+    /** Returns the queue of a message without a key. */
     Queue& queue_of(const Entry& entry);
     void add_update(const QJsonObject& update);
     bool cancels_what_waits(const QJsonObject& message);
@@ -96,9 +110,9 @@ private:
     Queue answers_{"answers", most_answers_waiting, {}, waiting_.end()};
     QHash<QString, Entries::iterator> by_key_;
     bool is_scheduled_ = false;
-    /** The page has not taken all that was there for it when it was last sent something. */
+    /** The page had not accepted all messages when the last ones were sent. */
     bool is_held_up_ = false;
-    /** Sent before the question that is not answered yet, and since. */
+    /** Sent before the last request for an acknowledgement, which is still open, and since then. */
     Amount asked_, sent_;
     bool is_asked_ = false;
 };

@@ -23,7 +23,7 @@ bool is_published_kind(const QObject* object)
         || qobject_cast<const DBMethodInfo*>(object) || qobject_cast<const DBPropertyInfo*>(object);
 }
 
-/** Asks a channel what is on it, once. */
+/** Requests the description of all objects on a channel, once. */
 class Question : public QWebChannelAbstractTransport {
 public:
     QJsonValue asked_of(QWebChannel& channel)
@@ -67,8 +67,8 @@ void PageTransport::expect_page()
 }
 
 /**
- * The channel keeps what a client that is not idle has to hear of properties, without a bound, so to the
- * channel this is always idle.
+ * The channel stores property updates for a client that is not idle, without a limit. To the
+ * channel, this client is therefore always idle.
  */
 void PageTransport::sendMessage(const QJsonObject& message)
 {
@@ -98,7 +98,7 @@ void PageTransport::receive(const QJsonObject& message)
     case MessageType::ConnectToSignal:
         return connect_signal(message);
     case MessageType::DisconnectFromSignal:
-        return;  // other clients in the page may be connected; this one ignores what it hears
+        return;  // other clients of the page may be connected; this one ignores the signal
     default:
         refuse("a message of an unknown type", {});
     }
@@ -107,7 +107,7 @@ void PageTransport::receive(const QJsonObject& message)
 void PageTransport::initialize(const QJsonObject& message)
 {
     if (!message.contains(key::id))
-        return refuse("a question without a number", {});
+        return refuse("a request without a number", {});
     if (message[key::bundles].toBool())
         outbox_.begin_page();
     if (message.contains(key::objects))
@@ -116,7 +116,10 @@ void PageTransport::initialize(const QJsonObject& message)
     forward({{key::type, static_cast<int>(MessageType::Idle)}});
 }
 
-/** The channel describes all of its objects or none, so those in question get one of their own. */
+/**
+ * The channel describes all of its objects or none, so the requested objects get a channel of their
+ * own.
+ */
 void PageTransport::describe(const QJsonObject& message)
 {
     if (!channel_)
@@ -139,7 +142,7 @@ void PageTransport::call(const QJsonObject& message)
         return refuse("a call without a number", {});
     const QPointer<PageTransport> guard(this);
     const QVariant result = called(message);
-    if (guard)  // the host may have ended the page
+    if (guard)  // the host may have closed the page
         answer(message, QJsonValue::fromVariant(result));
 }
 
@@ -155,7 +158,7 @@ QVariant PageTransport::called(const QJsonObject& message)
         return object->___invoke_method(arguments[0].toVariant(), arguments[1].toVariant());
     if (object && method == QLatin1StringView("get_method_signature") && arguments.size() == 1)
         return object->get_method_signature(arguments[0].toVariant());
-    refuse("a call of what is not for pages", method);
+    refuse("a call of a method that pages cannot call", method);
     return {};
 }
 
@@ -167,7 +170,7 @@ void PageTransport::set_property(const QJsonObject& message)
         return answer(message, QJsonValue::Undefined);
     QPointer<DBPropertyInfo> property = qobject_cast<DBPropertyInfo*>(target);
     if (!property || message[key::property].toInt(-1) != value_index) {
-        refuse("a write of what is not for pages", message[key::object].toString());
+        refuse("a write to a property that pages cannot write", message[key::object].toString());
         return answer(message, QJsonValue::Undefined);
     }
     const QPointer<PageTransport> guard(this);
@@ -183,7 +186,8 @@ void PageTransport::connect_signal(const QJsonObject& message)
         return;
     const int signal = message[key::signal].toInt(-1);
     if (!is_for_pages(object, signal))
-        return refuse("a connection to what is not for pages", message[key::object].toString());
+        return refuse("a connection to a signal that pages cannot use",
+                      message[key::object].toString());
     const auto connection = std::pair(object, signal);
     if (connected_.contains(connection))
         return;
@@ -195,7 +199,10 @@ void PageTransport::connect_signal(const QJsonObject& message)
              {key::signal, signal}});
 }
 
-/** The channel itself needs those of all objects, such as that they are destroyed. */
+/**
+ * Excludes signals that the channel itself needs for all objects, such as that an object is
+ * destroyed.
+ */
 bool PageTransport::is_for_pages(const QObject* object, int signal) const
 {
     const QMetaObject& meta = *object->metaObject();
@@ -227,7 +234,8 @@ void PageTransport::refuse(const char* kind, const QString& what)
     QString text = view_ + ": a page has sent " + kind;
     if (!what.isEmpty())
         text += " (\"" + shown(what) + "\")";
-    qWarning().noquote() << text + ". It is dropped. More of this kind are not reported.";
+    qWarning().noquote() << text
+            + ". It is dropped. Further messages of this kind are not reported.";
 }
 
 QObject* PageTransport::find(const QJsonObject& message)
@@ -235,7 +243,7 @@ QObject* PageTransport::find(const QJsonObject& message)
     const QString name = message[key::object].toString();
     QObject* const object = channel_ ? channel_->registeredObjects().value(name) : nullptr;
     if (!object)
-        refuse("a message to an object that is not there", name);
+        refuse("a message to an object that does not exist", name);
     return object;
 }
 

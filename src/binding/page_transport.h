@@ -17,29 +17,30 @@ class QWebChannel;
 namespace marlune::db {
 
 /**
- * Stands between a page and the channel. Pages are not trusted, and Qt's end of a channel lets them do
- * much that takes the host down: delete the published objects, break off the signals by which Qt follows
- * them, store references to them. So the channel gets only questions for descriptions and connections to
- * the signals that exist for pages; calls and writes, which may be of the members for pages only, are
- * served here, with plain data. All else is dropped, with one warning for each kind and page.
+ * Filters the messages between a page and the channel. Pages are not trusted, and Qt's end of a
+ * channel lets them do much that crashes the host: delete the published objects, disconnect the
+ * signals by which Qt tracks them, store references to them. The channel therefore gets only
+ * requests for descriptions and connections to the signals that are meant for pages. Calls and
+ * writes, which are allowed only for the members meant for pages, are handled here, with plain
+ * data. All other messages are dropped, with one warning per kind and page.
  *
- * Beyond what Qt's channel understands, a question for descriptions may name the objects that it is
- * about, and a write that has an "id" is answered with the value that the property has then.
+ * In addition to the protocol of Qt's channel, a request for descriptions may name its objects, and
+ * a write that has an "id" is answered with the property's value after it.
  */
 class PageTransport : public QWebChannelAbstractTransport {
     Q_OBJECT
 
 public:
-    /** What a page may send in one message, in characters of its JSON text. */
+    /** The size limit of one message of a page, in characters of its JSON text. */
     static constexpr qsizetype largest_message = 16 * 1024 * 1024;
 
     /**
-     * Connects the page, which owns this, to the channel. `view` is for messages. The page must not be
-     * connected to a channel by itself.
+     * Connects the page, which owns this object, to the channel. `view` is the name for messages in
+     * the log. The page must not be connected to a channel itself.
      */
     PageTransport(QWebChannelAbstractTransport* page, QWebChannel* channel, const QString& view);
 
-    /** Another page is about to come. It has warnings of its own. */
+    /** A new page is about to load. It has its own limit of warnings. */
     void expect_page();
 
     void sendMessage(const QJsonObject& message) override;
@@ -64,7 +65,7 @@ private:
     PageOutbox outbox_;
     WarningShare warnings_;
     QSet<QString> refused_;
-    /** The channel counts connections, so each is made once. */
+    /** The channel counts connections, so each is made only once. */
     QSet<std::pair<const QObject*, int>> connected_;
 };
 

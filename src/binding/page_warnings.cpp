@@ -12,7 +12,10 @@ constexpr qsizetype longest_text = 80;
 
 WarningShare* present_share = nullptr;
 
-/** Also what changes the direction of the text around it, or stands for half a character. */
+/**
+ * Includes characters that change the direction of the surrounding text, or stand for half a
+ * character.
+ */
 bool is_shown_as_number(QChar c)
 {
     switch (c.category()) {
@@ -58,7 +61,7 @@ bool WarningShare::take()
         return false;
     if (--left_ > 0)
         return true;
-    qWarning("a page has caused %d warnings. What else it causes is not logged.", whole - 1);
+    qWarning("a page has caused %d warnings. Further warnings are not logged.", whole - 1);
     return false;
 }
 

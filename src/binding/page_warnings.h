@@ -3,27 +3,35 @@
 #include <QString>
 
 /**
- * Warnings about what a page asks for. A page chooses their texts and their number, so both are bounded:
- * nothing in them ends a line, and each page has a share of them. All on the Qt thread.
+ * Warnings about requests of a page. A page chooses their texts and their number, so both are
+ * limited: the texts contain no line breaks, and each page has a limited number of warnings. All
+ * only on the Qt thread.
  */
 namespace marlune::db {
 
-/** A text of a page, as a message shows it: cut after 80 characters, control characters written out. */
+/**
+ * Returns a text of a page for a message: at most 80 characters, with control characters escaped.
+ */
 QString shown(const QString& text);
 
-/** Whether a warning may be logged: not when a page is being served that has used up its share. */
+/**
+ * Whether a warning may be logged: not while the library serves a page that has reached its limit.
+ */
 bool may_warn();
 
-/** Logs the warning if it may be. */
+/** Logs the warning if it is allowed. */
 void warn(const QString& text);
 
-/** One page's share of warnings. */
+/** The number of warnings that one page may still cause. */
 class WarningShare {
 public:
-    /** For the next page. */
+    /** Starts again for the next page. */
     void renew() { left_ = whole; }
 
-    /** True while some are left. The last one is followed by a line that says so. */
+    /**
+     * Returns true while warnings are left. Instead of the last one, it logs that further ones are
+     * not logged.
+     */
     bool take();
 
 private:
@@ -32,7 +40,7 @@ private:
     int left_ = whole;
 };
 
-/** While it lives, warnings are for the account of a page. */
+/** While it exists, warnings count for the page. */
 class WarningScope {
 public:
     explicit WarningScope(WarningShare& share);

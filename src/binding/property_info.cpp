@@ -22,7 +22,7 @@ DBPropertyInfo::DBPropertyInfo(const QString& object_name, const QString& name,
       record_(record),
       code_(record->type)
 {
-    // Calls are made on copies, since a call may free its record.
+    // Calls use copies, because a call may free its record.
     share(record->func_valueChanged_updateGodot);
 }
 
@@ -38,10 +38,9 @@ void DBPropertyInfo::set_value(const QVariant& value)
     const VariantTypeStd code = content().code;
     auto stored = from_property_write(value, code);
     if (!stored) {
-        warn(
-            QStringLiteral("cannot set property '%1.%2', it is a %3. Give a list with a number for "
-                           "each component.")
-                .arg(object_name_, key_, type_name(code)));
+        warn(QStringLiteral("cannot set property '%1.%2', it is a %3. Pass a list with one number "
+                            "per component.")
+                 .arg(object_name_, key_, type_name(code)));
         return;
     }
     {
@@ -50,7 +49,7 @@ void DBPropertyInfo::set_value(const QVariant& value)
     }
     emit NOPSignal();
     if (!record_)
-        return;  // a listener has had it withdrawn
+        return;  // a listener has withdrawn the object
     if (record_->func_valueChanged_updateGodot) {
         const auto callback = record_->func_valueChanged_updateGodot;
         call_host(parent(), callback, record_);
@@ -97,7 +96,8 @@ void DBPropertyInfo::set(QVariant& member, const QVariant& value)
     if (member == plain)
         return;
     if (!is_plain(plain)) {
-        warn(QStringLiteral("cannot set a text of property '%1.%2' to what is no plain data.")
+        warn(QStringLiteral(
+                 "cannot set a text of property '%1.%2' to a value that is not plain data.")
                  .arg(object_name_, key_));
         return;
     }

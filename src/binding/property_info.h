@@ -17,7 +17,7 @@ class DBPropertyInfo : public QObject {
     Q_PROPERTY(QVariantMap description READ description NOTIFY NOPSignal FINAL)
 
 public:
-    /** `object_name` is for messages. */
+    /** `object_name` is for messages in the log. */
     DBPropertyInfo(const QString& object_name, const QString& name, PropertyInfoStd* record,
                    QObject* parent);
 
@@ -28,26 +28,26 @@ public:
     QVariant hint_string() const { return hint_string_; }
     void set_hint_string(const QVariant& hint_string) { set(hint_string_, hint_string); }
 
-    /** Invalid, with a warning, where the record does not hold what its type asks for. */
+    /** Invalid, with a warning, if the record's value does not match its type. */
     QVariant value() const;
 
     /**
-     * Stores the value in the record and tells the host. A vector that is not given as a long enough list
-     * is refused with a warning.
+     * Stores the value in the record and calls the host's callback. A vector's value that is not a
+     * list of sufficient length is refused with a warning.
      */
     void set_value(const QVariant& value);
 
     QVariantMap description() const;
 
-    /** The name that it is published by, whatever has been written to `name`. */
+    /** The name under which it is published, regardless of writes to `name`. */
     const QString& key() const { return key_; }
 
-    /** The record's present value and type. */
+    /** The current value and type of the record. */
     QVariantMap entry() const;
 
     const PropertyInfoStd* record() const { return record_; }
 
-    /** The record is not touched any more. */
+    /** After this, the record is not accessed any more. */
     void withdraw() { record_ = nullptr; }
 
 signals:

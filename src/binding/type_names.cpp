@@ -6,7 +6,7 @@ namespace marlune::db {
 
 namespace {
 
-// By code.
+// Indexed by code.
 constexpr std::array names = {
     QLatin1StringView("UNKNOWN"),
     QLatin1StringView("NIL"),
@@ -30,7 +30,7 @@ constexpr std::array names = {
     QLatin1StringView("TRANSFORM3D"),
     QLatin1StringView("PROJECTION"),
     QLatin1StringView("COLOR"),
-    QLatin1StringView("STRINNAME"),  // sic: pages know it by this name
+    QLatin1StringView("STRINNAME"),  // sic: the interface requires this spelling
     QLatin1StringView("NODE_PATH"),
     QLatin1StringView("RID"),
     QLatin1StringView("OBJECT"),

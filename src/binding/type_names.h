@@ -6,7 +6,7 @@
 
 namespace marlune::db {
 
-/** The name by which method signatures tell pages of a type; empty for a code that is none. */
+/** Returns the name of a type in method signatures for pages; empty for an invalid code. */
 QLatin1StringView type_name(VariantTypeStd code);
 
 }  // namespace marlune::db

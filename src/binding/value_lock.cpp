@@ -6,7 +6,10 @@ namespace marlune::db {
 
 namespace {
 
-/** Recursive, so that a host may nest. Never destroyed: its threads may outlive the library. */
+/**
+ * Recursive, so that hosts may nest locks. Never destroyed, because the host's threads may outlive
+ * the library.
+ */
 std::recursive_mutex& value_mutex()
 {
     static auto* const mutex = new std::recursive_mutex;

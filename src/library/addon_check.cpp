@@ -44,7 +44,7 @@ void warn_of_lost_rights(const QString& addon_dir)
 {
     const QFileInfo process(addon_dir + QStringLiteral("QtWebEngineProcess.exe"));
     if (process.exists() && !process.isExecutable())
-        qWarning("\"%s\" may not be executed, so that no page will show: chmod +x",
+        qWarning("\"%s\" is not executable, so no page can be shown: run chmod +x",
                  qUtf8Printable(process.filePath()));
 }
 
@@ -62,7 +62,7 @@ void warn_of_missing_files(const std::string& addon_dir)
     const QString others = missing.size() > 1
         ? QStringLiteral(" and %1 more files").arg(missing.size() - 1)
         : QString();
-    qWarning("the add-on directory \"%s\" lacks %s%s: copy it again, as a whole",
+    qWarning("the add-on directory \"%s\" lacks %s%s: copy the complete directory again",
              qUtf8Printable(directory), qUtf8Printable(missing.front()), qUtf8Printable(others));
 }
 

@@ -128,8 +128,8 @@ void request_and_wait()
         return;
     given_up = true;
     std::fprintf(stderr,
-                 "marlune: the Qt thread is still at work 10 s after M::destroy; "
-                 "is a host callback waiting for something?\n");
+                 "marlune: the Qt thread is still busy 10 s after M::destroy; "
+                 "does a host callback block it?\n");
 }
 
 }  // namespace marlune::shutdown

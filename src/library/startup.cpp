@@ -134,8 +134,9 @@ void warn_of_other_qt(const QVersionNumber& running)
     if (running.majorVersion() == QT_VERSION_MAJOR && running.minorVersion() == QT_VERSION_MINOR)
         return;
     qWarning(
-        "this library was built with Qt %d.%d and uses parts of it that change between versions; "
-        "it runs with Qt %s and may crash: use Qt %d.%d, or build the library with the other",
+        "this library was built with Qt %d.%d and uses private parts of it, which differ between "
+        "versions; it runs with Qt %s and may crash: use Qt %d.%d, or build the library with that "
+        "version",
         QT_VERSION_MAJOR, QT_VERSION_MINOR, qUtf8Printable(running.toString()), QT_VERSION_MAJOR,
         QT_VERSION_MINOR);
 }
@@ -146,7 +147,7 @@ void warn_of_relative_root(const std::string& root)
     if (QDir::isAbsolutePath(path))
         return;
     qWarning("PATH_PROJECT_ROOT \"%s\" is not an absolute path, and the web engine will end the "
-             "program: write it in full",
+             "program: use an absolute path",
              qUtf8Printable(QString::fromLocal8Bit(root)));
 }
 

@@ -1,4 +1,4 @@
-// The slots of CameraView that tell the host of its camera's signals.
+// The slots of CameraView that report its camera's signals to the host.
 
 #include "media/camera_view.h"
 

@@ -11,7 +11,7 @@ CameraChoice choose_by_number(int number, const QString& hint, qsizetype count)
                                             "available: %2), returning default primary screen");
         return {0, warning.arg(hint, QString::number(count))};
     }
-    // Hosts write -1 for the default, and so mean the same by what is below.
+    // Hosts use -1 for the default, so other negative numbers mean the same.
     return {number < 0 ? 0 : number, QString()};
 }
 

@@ -5,7 +5,7 @@
 
 namespace marlune {
 
-/** A camera by its place in the list, and what there is to say about the choice; mostly nothing. */
+/** A camera by its index in the list, and a warning about the choice, usually empty. */
 struct CameraChoice {
     qsizetype index = 0;
     QString warning;
@@ -13,7 +13,7 @@ struct CameraChoice {
     bool operator==(const CameraChoice&) const = default;
 };
 
-/** Which of the cameras, of which there is at least one, a hint means. */
+/** Returns the camera that a hint selects. There must be at least one camera. */
 CameraChoice choose_camera(const QString& hint, const QStringList& descriptions);
 
 }  // namespace marlune

@@ -14,10 +14,10 @@ namespace marlune {
 
 namespace {
 
-// Those that views have replaced, which stay with what they are children of. On the Qt thread only.
+// Cameras that views have replaced. Their parents still own them. Only on the Qt thread.
 std::vector<QPointer<QCamera>> former_cameras;
 
-/** Even one that is off keeps its device, so that nobody else could open it. */
+/** A camera that is off still keeps its device open, so that no other camera could open it. */
 void release_device(const QCameraDevice& device)
 {
     std::erase_if(former_cameras, [&](const QPointer<QCamera>& former) {
@@ -29,7 +29,7 @@ void release_device(const QCameraDevice& device)
 
 void register_type()
 {
-    // Once: each registration would only add to Qt's tables.
+    // Register once: each registration adds to Qt's tables.
     [[maybe_unused]] static const int id = qmlRegisterUncreatableType<CameraView>(
         "Custom", 1, 0, "CameraView", QStringLiteral("Don't try to add to a qml definition"));
 }
@@ -47,14 +47,14 @@ QStringList descriptions_of(const QList<QCameraDevice>& devices)
 CameraView::CameraView() : QuickView("CameraView")
 {
     trace("CameraView::CameraView()", "T");
-    // Queued on the Qt thread too: a callback of the camera must not lose it while it runs.
+    // Queued even on the Qt thread: a callback of the camera must not delete it while it runs.
     connect(this, &CameraView::camera_hintChanged, this, &CameraView::onCameraHintChanged,
             Qt::QueuedConnection);
 }
 
 CameraView::~CameraView()
 {
-    // While this is still a CameraView: the scene may call back into it until it has gone.
+    // While this is still a CameraView: the scene may call it until the scene is deleted.
     withdraw();
     reset();
     delete camera_;
@@ -68,7 +68,7 @@ void CameraView::prepare_context(QQmlContext* root_context)
 
 void CameraView::post_setup(QQmlEngine*, QObject* root)
 {
-    // The one that was chosen has gone with the scene before.
+    // The chosen camera was deleted with the previous scene.
     if (is_chosen_ && !camera_)
         choose_by_hint();
     if (camera_)
@@ -98,7 +98,8 @@ QString CameraView::camera_hint() const
 
 void CameraView::onCameraHintChanged()
 {
-    // A callback that lets events be served may stand on a signal of the camera that is to go.
+    // A callback that processes events may have been called by a signal of the camera that is to be
+    // deleted.
     run_outside_callbacks(*this, [](CameraView& view) { view.choose_by_hint(); });
 }
 
@@ -125,7 +126,7 @@ void CameraView::install(const QCameraDevice& device)
     connect_callbacks();
     follow_devices();
     emit cameraChanged();
-    // That it cannot be opened shows while it is made, when nobody listens yet.
+    // A failure to open the device is reported during construction, before anything is connected.
     if (camera_ && !has_device_) {
         onErroroccurred(camera_->error(), camera_->errorString());
         onErrorchanged();
@@ -140,7 +141,7 @@ void CameraView::follow_devices()
     connect(devices_, &QMediaDevices::videoInputsChanged, this, &CameraView::look_for_device);
 }
 
-/** One that is plugged again has to be chosen again. */
+/** A camera that is plugged in again has to be chosen again. */
 void CameraView::look_for_device()
 {
     const bool is_plugged =
@@ -158,7 +159,7 @@ void CameraView::retire_camera()
     former_cameras.emplace_back(former);
 }
 
-/** Before anything else listens: the host hears of a change first, then the scene. */
+/** Connected first, so that the host is notified of a change before the scene. */
 void CameraView::connect_callbacks()
 {
 #define MARLUNE_CONNECT_CAMERA_CALLBACK(kind, name, parameters, signal, slot) \

@@ -17,7 +17,7 @@ class QMediaDevices;
 
 namespace marlune {
 
-/** The functions of the host that a camera calls. */
+/** The callbacks of the host that a camera calls. */
 struct CameraCallbacks {
 #define MARLUNE_CAMERA_CALLBACK_SLOT(kind, name, parameters, signal, slot) \
     CallbackSlot<void parameters> name;
@@ -25,7 +25,7 @@ struct CameraCallbacks {
 #undef MARLUNE_CAMERA_CALLBACK_SLOT
 };
 
-/** The view that shows a camera: what its scene, the component "Camera", binds to. */
+/** The view that shows a camera. Its scene, the component "Camera", binds to its properties. */
 class CameraView : public QuickView {
     Q_OBJECT
     Q_PROPERTY(QCamera* camera MEMBER camera_ NOTIFY cameraChanged)
@@ -39,30 +39,30 @@ public:
     void post_setup(QQmlEngine* engine, QObject* root) override;
     void before_reset() override;
 
-    /** Null until one has been chosen, and when it has gone with its scene. */
+    /** Null until a camera has been chosen, and after it has been deleted with its scene. */
     QCamera* camera() const { return camera_; }
     /**
-     * Whether its controls can be asked and set. Without a device to ask, because it could not be opened
-     * or was unplugged, Qt's camera would follow a null pointer.
+     * Whether the camera's controls can be read and set. Without a device, because it could not be
+     * opened or was unplugged, QCamera (Qt 6.8) would dereference a null pointer.
      */
     bool has_device() const { return camera_ && has_device_; }
-    /** The camera, where it has a device. */
+    /** Returns the camera if it has a device, or null. */
     QCamera* device() const { return has_device() ? camera_.data() : nullptr; }
 
-    // What only the device knows; -1 where there is a camera without one.
+    // Known only to the device; -1 for a camera without a device.
     float exposure_time() const;
     int iso_sensitivity() const;
-    /** x and y, from 0 to 1. */
+    /** The first two numbers are x and y, each from 0 to 1. */
     void set_custom_focus_point(const std::vector<float>& point);
 
-    /** Its slots may be filled by any thread. */
+    /** Callbacks may be set on any thread. */
     CameraCallbacks& callbacks() { return callbacks_; }
 
-    /** On any thread. The choice follows in the event loop. */
+    /** Callable on any thread. The event loop makes the choice later. */
     void set_camera_hint(const QString& hint);
     QString camera_hint() const;
 
-    /** In the place of the camera that there is. */
+    /** Replaces the current camera. */
     void install(const QCameraDevice& device);
 
     void set_active(bool active);
@@ -111,7 +111,7 @@ private:
     void look_for_device();
     void connect_callbacks();
 
-    // A child of the view, and with a scene one of the scene, with which it goes.
+    // A child of the view, or of the scene, with which it is deleted, if there is one.
     QPointer<QCamera> camera_;
     bool is_chosen_ = false;
     bool has_device_ = false;

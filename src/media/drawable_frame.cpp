@@ -14,13 +14,13 @@ namespace {
 
 using PixelFormat = QVideoFrameFormat::PixelFormat;
 
-/** How the bytes of a frame are read. */
+/** The layout of a frame's bytes. */
 struct Layout {
     QImage::Format format;
-    bool alpha_first;  // where images have it, or what is unused, last
+    bool alpha_first;  // alpha or unused byte first; in QImage it is last
 };
 
-/** Nothing for frames that are drawn as they are. */
+/** Returns nothing for formats that need no conversion. */
 std::optional<Layout> layout_of(PixelFormat format)
 {
     switch (format) {
@@ -45,7 +45,7 @@ std::optional<Layout> layout_of(PixelFormat format)
     }
 }
 
-/** Puts the first byte of each pixel last. */
+/** Moves the first byte of each pixel to the end. */
 QImage rotated(const QImage& image)
 {
     static_assert(std::endian::native == std::endian::little);

@@ -5,8 +5,9 @@
 namespace marlune {
 
 /**
- * The frame as Qt's video output draws it right: with premultiplied alpha, and opaque where it has no
- * alpha channel. The frame itself where that is so already, as it is of all but RGB films.
+ * Returns the frame in a format that Qt's video output draws correctly: with premultiplied alpha,
+ * and opaque if it has no alpha channel. Returns the frame itself if it needs no conversion, which
+ * is the case for all videos except RGB.
  */
 QVideoFrame drawable(const QVideoFrame& frame);
 

@@ -12,10 +12,10 @@ namespace marlune {
 
 namespace {
 
-// What each Vulkan device can do, for frames that come before the scene has one.
+// The minimum limit of Vulkan devices, for frames that arrive before the scene has a device.
 constexpr int smallest_limit = 4096;
 
-// Colours come for each second pixel.
+// Chroma is stored for every second pixel.
 constexpr int smallest_side = 2;
 
 }  // namespace
@@ -65,7 +65,7 @@ void FrameFilter::take_subtitle(const QString& text)
         QMetaObject::invokeMethod(this, &FrameFilter::announce_subtitle, Qt::QueuedConnection);
 }
 
-/** The scene reads the last of those that have come until then. */
+/** The scene reads the latest subtitle that has arrived until then. */
 void FrameFilter::announce_subtitle()
 {
     {

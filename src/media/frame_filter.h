@@ -11,12 +11,12 @@
 namespace marlune {
 
 /**
- * Stands between a player and the video output of its scene, and passes on only what that can draw: it
- * would show alpha channels that are not premultiplied, take unused bytes for one, and crash the game with
- * a frame that is larger than the device's textures can be.
+ * Connects a player to the video output of its scene and passes on only frames that the output can
+ * draw. The output would draw alpha channels that are not premultiplied, interpret unused bytes as
+ * alpha, and crash with a frame that is larger than the device's textures can be.
  *
- * Subtitles end here, as plain text for the scene: the output would show new ones with the next frame
- * only, and so none while the player is paused.
+ * The filter also keeps the subtitles, as plain text for the scene: the output would show a new
+ * subtitle only with the next frame, and thus none while the player is paused.
  */
 class FrameFilter : public QObject {
     Q_OBJECT
@@ -27,7 +27,7 @@ class FrameFilter : public QObject {
 public:
     explicit FrameFilter(QObject* parent = nullptr);
 
-    /** What the player gives its frames to, on a thread of its own. */
+    /** The sink that receives the player's frames, on another thread. */
     QVideoSink* video_sink() { return &sink_; }
     QString subtitle_text() const;
 
@@ -41,7 +41,7 @@ private:
     void announce_subtitle();
     bool fits_output(QSize size);
 
-    // Set before the player gets the sink, and there until the player has let go of it.
+    // Set before the player gets the sink, and valid until the player has released it.
     QVideoSink* output_ = nullptr;
     QSize refused_size_;
     mutable std::mutex subtitle_mutex_;

@@ -19,7 +19,10 @@ static std::vector<float> convert(const QPointF& point, To<std::vector<float>>)
 
 namespace {
 
-/** Null for a number that is none of the modes: such a value would not even be one of the type's. */
+/**
+ * Returns nothing for a number that is not a mode: such a value would be outside the range of the
+ * type.
+ */
 template <typename Mode>
 std::optional<Mode> to_mode(int number)
 {
@@ -31,7 +34,7 @@ std::optional<Mode> to_mode(int number)
     return std::nullopt;
 }
 
-/** A member that takes a mode, as work that takes a number. */
+/** Wraps a member that takes a mode as work that takes a number. */
 template <typename Mode>
 auto with_mode(bool (QCamera::*is_supported)(Mode) const)
 {
@@ -50,7 +53,7 @@ auto with_mode(void (QCamera::*set)(Mode))
     };
 }
 
-// Where the calls go; nothing where the view has no camera, or the camera no device.
+// The objects that the calls run on; null if the view has no camera, or the camera no device.
 constexpr auto camera = &CameraView::camera;
 constexpr auto device = &CameraView::device;
 

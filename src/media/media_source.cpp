@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 
 constexpr auto patience = 250ms;
 
-// On Windows, the scheme that a path with a drive seems to have.
+// On Windows, the drive letter of a path looks like a scheme of this length.
 constexpr qsizetype longest_drive = 1;
 
 FileKind look_at(const std::filesystem::path& path)
@@ -67,7 +67,8 @@ MediaSource to_source(const QString& text)
 
     const QString path = QDir().absoluteFilePath(text);
     const FileKind kind = kind_of(path);
-    // Qt would take a percent sign for the beginning of an escape, and wait for a share by itself.
+    // Qt would interpret a percent sign as the start of an escape sequence, and would block on a
+    // network share.
     const bool has_to_be_url = text.contains(u'%') && kind == FileKind::File;
     if (has_to_be_url || kind == FileKind::Unknown)
         return {QUrl::fromLocalFile(path)};

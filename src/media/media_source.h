@@ -5,25 +5,28 @@
 
 namespace marlune {
 
-/** What a path names, as far as players are concerned. */
+/** The kinds of file that players distinguish. */
 enum class FileKind {
-    File,     // or a disk, which is read in the same way
-    Other,    // a pipe, a terminal, a folder
-    Missing,  // or out of reach
-    Unknown,  // nobody has answered in time
+    File,     // or a block device, which is read in the same way
+    Other,    // a pipe, a terminal, a directory
+    Missing,  // or not accessible
+    Unknown,  // the system has not answered in time
 };
 
-/** Waits a moment at most: a network share whose server has gone keeps whoever asks. */
+/**
+ * Returns the kind of a file. Waits for a short time at most: access to a network share whose
+ * server is gone blocks.
+ */
 FileKind kind_of(const QString& path);
 
-/** A source as the host has set it. */
+/** A source that the host has set. */
 struct MediaSource {
     QUrl url;
-    // Opening or reading it might never end, and with it the player.
+    // True if opening or reading the source could block forever, and the player with it.
     bool is_refused = false;
 };
 
-/** From a URL, or a path as it is. */
+/** Converts a URL or a path. */
 MediaSource to_source(const QString& text);
 
 }  // namespace marlune

@@ -18,11 +18,11 @@ namespace marlune {
 
 namespace {
 
-// Numbers of VideoOutput's fill modes, but for the first, which hosts may set all the same.
+// The fill modes of VideoOutput, and -1, which hosts may also set.
 constexpr int lowest_fill_mode = -1;
 constexpr int highest_fill_mode = 2;
 
-constexpr int longest_opening = 3'000;  // ms, that the library's end waits for
+constexpr int longest_opening = 3'000;  // in ms; the stop of the library waits this long
 
 std::vector<QPointer<QObject>> ending_objects;
 
@@ -35,7 +35,10 @@ protected:
     qint64 writeData(const char*, qint64) override { return -1; }
 };
 
-/** Such a player cannot be ended before the system has answered, whereas networks are given up. */
+/**
+ * Whether the player opens a file. Such a player cannot be deleted before the system has answered,
+ * whereas Qt aborts network access.
+ */
 bool is_opening_file(const QObject* object)
 {
     const auto* const player = qobject_cast<const QMediaPlayer*>(object);
@@ -52,7 +55,8 @@ void end_when_loaded(QMediaPlayer* player)
     player->stop();
     player->setVideoSink(nullptr);
     player->setAudioOutput(nullptr);
-    // The thread that it keeps waiting is made up for, or there would soon be none for other sources.
+    // The player blocks a thread of the pool. Another thread replaces it, since otherwise the pool
+    // would soon have none for other sources.
     QThreadPool::globalInstance()->releaseThread();
     const auto end = [player] {
         player->deleteLater();
@@ -64,7 +68,7 @@ void end_when_loaded(QMediaPlayer* player)
 
 QIODevice* refusing_device()
 {
-    // Never destroyed: threads may still look at it.
+    // Never destroyed: threads may still use it.
     static auto* const device = new RefusingDevice;
     return device;
 }

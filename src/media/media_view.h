@@ -7,25 +7,28 @@ class QMediaPlayer;
 class QObject;
 class QQmlContext;
 
-/** What the views of this part have in common. On the Qt thread only. */
+/** Helpers that all media views share. Only on the Qt thread. */
 namespace marlune {
 
 /**
- * Ends the object, and with it its threads, when the library stops, if it stands then. What it is in
- * stays: the host may have taken the device of its scenes down already.
+ * Deletes the object, and with it its threads, when the library stops, if it still exists then. The
+ * scene that contains it remains: the host may have released the scene's device already.
  */
 void delete_at_shutdown(QObject* object);
 
-/** Takes the player from its scene and ends it when it has opened its source, for which nobody waits. */
+/**
+ * Removes the player from its scene and deletes it after it has opened its source. Does not wait
+ * for that.
+ */
 void end_when_loaded(QMediaPlayer* player);
 
-/** What cannot be opened: for a source that a player must not even try. */
+/** Returns a device that fails to open: for a source that a player must not try to open. */
 QIODevice* refusing_device();
 
-/** Gives a scene its view, as "ctx", and the components of this part. */
+/** Sets the context property "ctx" to the view and publishes the components of the module. */
 void prepare_media_context(QQmlContext* root_context, QObject* view);
 
-/** The number of a fill mode that hosts may set; 0 for any other. */
+/** Returns the fill mode if hosts may set it, otherwise 0. */
 uint accepted_fill_mode(uint fill_mode);
 
 }  // namespace marlune

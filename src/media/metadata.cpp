@@ -10,7 +10,8 @@ namespace marlune {
 
 namespace {
 
-// In the order of QMediaMetaData::Key. Written down, since hosts look for these names whatever Qt does.
+// In the order of QMediaMetaData::Key. The names are constants, because hosts rely on them
+// independently of Qt.
 constexpr const char* key_names[] = {
     "Title",
     "Author",
@@ -43,7 +44,7 @@ constexpr const char* key_names[] = {
     "HasHdrContent",
 };
 
-/** Empty for a key that a later Qt has added. */
+/** Empty for a key that a later Qt version has added. */
 std::string key_name(QMediaMetaData::Key key)
 {
     const auto index = static_cast<std::size_t>(key);

@@ -10,10 +10,13 @@ class QMediaMetaData;
 
 namespace marlune {
 
-/** The entries by the names of their keys, as in "Title"; what has no text is empty. */
+/**
+ * Returns the entries by the names of their keys, such as "Title"; entries without a text are
+ * empty.
+ */
 std::map<std::string, std::string> to_host(const QMediaMetaData& metadata);
 
-/** One map a track. */
+/** Returns one map per track. */
 std::vector<std::map<std::string, std::string>> to_host(const QList<QMediaMetaData>& tracks);
 
 }  // namespace marlune

@@ -21,7 +21,7 @@ void MScreenCaptureView::set_active(bool active) const
 
 void MScreenCaptureView::set_physical_screen(std::string screen) const
 {
-    // On the Qt thread the scene follows at once, and nothing may be locked while it does.
+    // On the Qt thread the scene reacts immediately, and no lock may be held while it does.
     if (on_qt_thread())
         tell(view_, &ScreenCaptureView::set_physical_screen_hint, std::move(screen));
     else

@@ -27,7 +27,7 @@ static std::vector<Metadata> convert(const QList<QMediaMetaData>& tracks, To<std
 
 namespace {
 
-/** A member of the player as work that belongs to a source. */
+/** Wraps a member of the player as work that belongs to a source. */
 template <typename... Parameters>
 auto in_turn(void (QMediaPlayer::*member)(Parameters...))
 {
@@ -36,7 +36,7 @@ auto in_turn(void (QMediaPlayer::*member)(Parameters...))
     };
 }
 
-// Where the calls go; nothing where the scene has ended them.
+// The objects that the calls run on; null if the scene has deleted them.
 constexpr auto player = &VideoView::player;
 constexpr auto output = &VideoView::audio_output;
 

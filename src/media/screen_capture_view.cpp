@@ -12,7 +12,7 @@ namespace {
 
 void register_type()
 {
-    // Once: each registration would only add to Qt's tables.
+    // Register once: each registration adds to Qt's tables.
     [[maybe_unused]] static const int id =
         qmlRegisterType<ScreenRecorder>("Custom", 1, 0, "ScreenRecorder");
 }
@@ -58,7 +58,7 @@ void ScreenCaptureView::set_physical_screen_hint(const QString& hint)
     emit physical_screen_hintChanged();
 }
 
-// What a scene writes is reported only when it differs, as with any property.
+// Values that a scene writes are reported only if they differ, as with any property.
 
 void ScreenCaptureView::write_active(uint active)
 {

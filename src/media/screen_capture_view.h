@@ -8,7 +8,9 @@
 
 namespace marlune {
 
-/** The view that shows a screen: what its scene, the component "ScreenCapture", binds to. */
+/**
+ * The view that shows a screen. Its scene, the component "ScreenCapture", binds to its properties.
+ */
 class ScreenCaptureView : public QuickView {
     Q_OBJECT
     Q_PROPERTY(uint active READ active WRITE write_active NOTIFY activeChanged)
@@ -26,7 +28,9 @@ public:
     bool active() const { return active_; }
     void set_active(bool active);
 
-    /** For any thread, and so is its setter, on whose thread the signal is emitted. */
+    /**
+     * Callable on any thread, like its setter. The setter emits the signal on the calling thread.
+     */
     QString physical_screen_hint() const;
     void set_physical_screen_hint(const QString& hint);
 

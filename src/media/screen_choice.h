@@ -7,7 +7,7 @@
 
 namespace marlune {
 
-/** By what a host may name a screen. */
+/** The texts by which a host can select a screen. */
 struct ScreenNames {
     QString serial_number;
     QString model;
@@ -15,11 +15,14 @@ struct ScreenNames {
 };
 
 struct ScreenChoice {
-    std::optional<qsizetype> index;  // in the list; the primary screen when there is none
-    QString warning;                 // empty when the hint could be followed
+    std::optional<qsizetype> index;  // in the list; without a value, the primary screen
+    QString warning;                 // empty if the hint selects a screen
 };
 
-/** What a hint means: "-1" or nothing for the first screen, a number, or a part of one of the names. */
+/**
+ * Returns the screen that a hint selects: "-1" or nothing means the first screen; otherwise a
+ * number, or a part of one of the names.
+ */
 ScreenChoice choose_screen(const QString& hint, const QList<ScreenNames>& screens);
 
 }  // namespace marlune

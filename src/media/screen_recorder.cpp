@@ -11,7 +11,7 @@ namespace marlune {
 
 namespace {
 
-/** Null where there is no screen at all. */
+/** Returns null if there is no screen at all. */
 QScreen* screen_for(const QString& hint)
 {
     const QList<QScreen*> screens = QGuiApplication::screens();
@@ -27,9 +27,9 @@ QScreen* screen_for(const QString& hint)
 }  // namespace
 
 /**
- * In a session of X11 Qt takes pictures in a way of its own, which takes the whole desktop for the first
- * screen and cannot find the others; the other way is slower. Chosen here and not at the first capture:
- * threads of a running game may be reading the environment.
+ * In an X11 session, Qt 6.8 uses a capture method that captures the whole desktop for the first
+ * screen and does not find the others; the other method is slower. The library chooses here and not
+ * at the first capture, because threads of a running game may be reading the environment.
  */
 void media_part::choose_screen_capture()
 {
@@ -46,12 +46,12 @@ ScreenRecorder::ScreenRecorder(QObject* parent)
     delete_at_shutdown(screen_capture_);
     connect(this, &ScreenRecorder::activeChanged, this, &ScreenRecorder::on_set_active);
     connect(screen_capture_, &QScreenCapture::errorChanged, this, &ScreenRecorder::take_error);
-    take_error();  // a system that cannot do it at all says so from the start
+    take_error();  // a system without support reports it from the start
 }
 
 ScreenRecorder::~ScreenRecorder()
 {
-    // Before the session, whose sink its thread still feeds.
+    // Deleted before the session, because its thread still writes to the session's sink.
     delete screen_capture_;
 }
 
@@ -82,9 +82,9 @@ void ScreenRecorder::on_set_active()
         return;
     screen_capture_->setActive(active_);
     take_error();
-    // Where a display does not know its own screens, Qt gives up without a word.
+    // If a display does not report its own screens, Qt 6.8 fails without an error.
     if (active_ && !screen_capture_->isActive() && error_string_.value().isEmpty())
-        error_string_ = tr("The display gives no picture");
+        error_string_ = tr("The display provides no picture");
 }
 
 void ScreenRecorder::take_error()

@@ -11,18 +11,18 @@
 namespace marlune {
 
 /**
- * Captures a screen into the sink that its scene gives it. The screen is chosen at that moment, by the
- * hint as it then is.
+ * Captures a screen into the sink that its scene sets. Setting the sink chooses the screen by the
+ * current hint.
  *
- * Capturing follows changes of `active`, which is true at first: a scene that has set all up emits
- * activeChanged() once, to begin.
+ * Capturing follows changes of `active`, which is initially true: a scene that has set all
+ * properties emits activeChanged() once to start.
  */
 class ScreenRecorder : public QObject {
     Q_OBJECT
     Q_PROPERTY(uint active READ active WRITE set_active NOTIFY activeChanged)
     Q_PROPERTY(QString physical_screen_hint MEMBER physical_screen_hint_)
     Q_PROPERTY(QVideoSink* videoSink READ video_sink WRITE set_video_sink NOTIFY videoSinkChanged)
-    // For the scene alone, which says it in words: hosts are not told of errors.
+    // Only for the scene, which displays it: hosts are not notified of errors.
     Q_PROPERTY(QString errorString READ error_string BINDABLE bindable_error_string)
 
 public:

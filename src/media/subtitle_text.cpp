@@ -13,14 +13,15 @@ namespace {
 constexpr qsizetype most_characters = 2'000;
 constexpr qsizetype most_lines = 40;
 
-// So much is looked at: marks may take more room than the words.
+// The number of characters that are read: formatting may be longer than the text.
 constexpr qsizetype most_read = 20'000;
 
 }  // namespace
 
 QString plain_subtitle(const QString& text)
 {
-    // Of the kind that FFmpeg makes of all others: "{\b1}bold{\b0}", with "\h" for a wide blank.
+    // The format into which FFmpeg converts all others: "{\b1}bold{\b0}", with "\h" for a hard
+    // space.
     static const QRegularExpression marks(QStringLiteral(R"(\{\\[^}]*\})"));
     QString plain = text.first(std::min(text.size(), most_read));
     plain.remove(marks);

@@ -5,8 +5,8 @@
 namespace marlune {
 
 /**
- * A subtitle as people read it: without the marks for its looks that decoders leave in it, and of no more
- * than 2,000 characters and 40 lines. For any thread.
+ * Returns a subtitle as plain text: without the formatting that decoders leave in it, and with at
+ * most 2,000 characters and 40 lines. Callable on any thread.
  */
 QString plain_subtitle(const QString& text);
 

@@ -4,7 +4,7 @@
 
 namespace marlune {
 
-/** Hours, minutes and seconds with two digits each, or more: "01:02:05", "100:00:00". */
+/** Returns hours, minutes and seconds with at least two digits each: "01:02:05", "100:00:00". */
 QString time_text(qint64 seconds);
 
 }  // namespace marlune

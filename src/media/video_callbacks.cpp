@@ -1,4 +1,4 @@
-// The slots of VideoView that tell the host of its player's signals.
+// The slots of VideoView that report its player's signals to the host.
 
 #include "media/video_view.h"
 

@@ -24,12 +24,12 @@ using namespace std::chrono_literals;
 constexpr auto position_interval = 500ms;
 constexpr qint64 ms_a_second = 1000;
 constexpr int no_track = -1;
-// No device draws more, in px of a side.
+// No device draws larger frames, in px per side.
 constexpr int most_drawn = 32768;
 
 void register_type()
 {
-    // Once: each registration would only add to Qt's tables.
+    // Register once: each registration adds to Qt's tables.
     [[maybe_unused]] static const int id = qmlRegisterUncreatableType<VideoView>(
         "Custom", 1, 0, "VideoView", QStringLiteral("Don't try to add to a qml definition"));
     [[maybe_unused]] static const int filter =
@@ -55,7 +55,7 @@ VideoView::VideoView() : QuickView("VideoView")
 
 VideoView::~VideoView()
 {
-    // While this is still a VideoView: the scene may call back into it until it has gone.
+    // While this is still a VideoView: the scene may call it until the scene is deleted.
     withdraw();
     is_ending_ = true;
     if (is_loading(player_)) {
@@ -92,7 +92,7 @@ void VideoView::make_output()
     audio_output_->setMuted(old->isMuted());
 }
 
-/** Before anything else listens: the host hears of a change first, then the scene. */
+/** Connected first, so that the host is notified of a change before the scene. */
 void VideoView::connect_callbacks()
 {
 #define MARLUNE_CONNECT_Player(signal, slot) \
@@ -120,7 +120,7 @@ void VideoView::connect_player()
     connect(player_, &QMediaPlayer::playbackStateChanged, this, &VideoView::follow_state);
     connect(player_, &QMediaPlayer::activeTracksChanged, this, &VideoView::activeTracksChanged);
     connect(player_, &QMediaPlayer::tracksChanged, this, &VideoView::count_tracks);
-    // Before it plays: Qt knows the size as soon as it knows the tracks.
+    // Before playback starts: Qt knows the size as soon as it knows the tracks.
     connect(player_, &QMediaPlayer::tracksChanged, this, &VideoView::leave_out_stretched_video);
 }
 
@@ -133,8 +133,9 @@ void VideoView::connect_output()
 }
 
 /**
- * Pixels need not be square, and Qt makes them so: a file that claims that its pixels are thousands of
- * times as wide as high would have it ask for gigabytes, or scale a frame without what it needs for that.
+ * Pixels need not be square, and Qt scales frames to square pixels. For a file that declares pixels
+ * thousands of times as wide as high, Qt 6.8 would allocate gigabytes, or scale a frame without the
+ * resources for it.
  */
 void VideoView::leave_out_stretched_video()
 {
@@ -144,7 +145,7 @@ void VideoView::leave_out_stretched_video()
     const QSize size = sink->videoSize();
     const bool is_sane = size.width() <= most_drawn
         && size.height() <= most_drawn
-        // Negative where it is more than Qt can count.
+        // Negative if it exceeds Qt's integer range.
         && (size == QSize() || size.isValid());
     if (!is_sane) {
         qWarning("%s: the video is %d x %d px and is not shown; each side can be at most %d px",
@@ -183,13 +184,13 @@ void VideoView::before_reset()
         replace_player();
 }
 
-/** For the next scene: what is there now goes with the old one. */
+/** Creates a player for the next scene; the current one is deleted with its scene. */
 void VideoView::replace_player()
 {
     const QPointer old = player_;
     make_player(this);
     make_output();
-    // From here on what changes is told.
+    // From here on, changes are reported.
     connect_callbacks();
     connect_player();
     connect_output();
@@ -201,7 +202,10 @@ void VideoView::replace_player()
         end_when_loaded(old);
 }
 
-/** It would hold the Qt thread until its source is open, and a share whose server has gone never is. */
+/**
+ * Deleting a loading player would block the Qt thread until its source is open, which never happens
+ * on a network share whose server is gone.
+ */
 void VideoView::leave_loading_player()
 {
     const QPointer old = player_;
@@ -211,7 +215,7 @@ void VideoView::leave_loading_player()
     connect_callbacks();
     connect_player();
     emit playerChanged();
-    // The new one finds nothing to tell of what was there with the source before.
+    // The new player has no change to report about the previous source.
     if (old->isSeekable())
         onSeekableChanged(false);
     if (old->hasAudio())
@@ -268,7 +272,7 @@ void VideoView::open(const QString& text)
         player_->setSource(source.url);
 }
 
-/** For a new player, to which having none is no change. */
+/** For a new player: having no source is not a change for it. */
 void VideoView::report_no_source()
 {
     onMediaStatusChanged(QMediaPlayer::NoMedia);
@@ -281,7 +285,7 @@ void VideoView::take_source(const QUrl& source)
     const QString path = source.path(QUrl::FullyDecoded);
     const bool is_file = kind_of(path) == FileKind::File;
     path_or_url_humanized_ = is_file ? QFileInfo(path).fileName() : source.toString();
-    // Not that of the property: scenes listen to this one.
+    // Not the notify signal of the property: scenes listen to this one.
     emit m_ui_controls_source_humanizedChanged();
     path_or_url_ = source.toString();
     emit m_path_or_urlChanged();

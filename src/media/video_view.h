@@ -20,7 +20,7 @@ class QTimer;
 
 namespace marlune {
 
-/** The functions of the host that a player calls. */
+/** The callbacks of the host that a player calls. */
 struct VideoCallbacks {
 #define MARLUNE_VIDEO_CALLBACK_SLOT(source, name, parameters, signal, slot) \
     CallbackSlot<void parameters> name;
@@ -28,7 +28,10 @@ struct VideoCallbacks {
 #undef MARLUNE_VIDEO_CALLBACK_SLOT
 };
 
-/** The view that plays a source: what its scene, the component "VideoPlayer", binds to and calls. */
+/**
+ * The view that plays a source. Its scene, the component "VideoPlayer", binds to its properties and
+ * calls its functions.
+ */
 class VideoView : public QuickView {
     Q_OBJECT
     Q_PROPERTY(QString path_or_url MEMBER path_or_url_ NOTIFY m_path_or_urlChanged)
@@ -62,16 +65,21 @@ public:
     void post_setup(QQmlEngine* engine, QObject* root) override;
     void before_reset() override;
 
-    /** Null when the scene has put another one in its place, and ended that. */
+    /** Null if the scene has replaced the player with another one and deleted that. */
     QMediaPlayer* player() const { return player_; }
     QAudioOutput* audio_output() const { return audio_output_; }
-    /** Its slots may be filled by any thread. */
+    /** Callbacks may be set on any thread. */
     VideoCallbacks& callbacks() { return callbacks_; }
 
-    /** In a callback it waits for its end: the player may be in the midst of loading another source. */
+    /**
+     * In a callback, runs after the callback has returned: the player may be loading another
+     * source.
+     */
     void set_source(const QString& source);
 
-    /** Runs work on the player, if there is one: at once, but after any source that waits. */
+    /**
+     * Runs work on the player, if there is one: immediately, but after any source that is waiting.
+     */
     void in_turn(std::function<void(QMediaPlayer& player)> work);
 
     void set_active_video_track(int track);
@@ -82,7 +90,7 @@ public:
     bool controls_auto_hide() const { return controls_auto_hide_; }
     void set_controls_auto_hide(bool enabled);
 
-    /** What the timer does while it plays: the texts change once in each whole second. */
+    /** Called by the timer during playback: the texts change once per whole second. */
     void show_position(qint64 position);
 
     Q_INVOKABLE void play();
@@ -157,7 +165,7 @@ private:
     void leave_out_stretched_video();
     void tick();
 
-    // Children of the view, and from post_setup() on of the scene, with which they go.
+    // Children of the view, and from post_setup() on of the scene, with which they are deleted.
     QPointer<QMediaPlayer> player_;
     QPointer<QAudioOutput> audio_output_;
     VideoCallbacks callbacks_;
@@ -178,7 +186,7 @@ private:
     bool controls_enabled_ = true;
     bool controls_auto_hide_ = false;
     uint fill_mode_ = 1;
-    std::vector<std::function<void()>> waiting_;  // for the end of a callback
+    std::vector<std::function<void()>> waiting_;  // until a callback has returned
     bool is_ending_ = false;
 };
 

@@ -96,7 +96,7 @@ Result call_host(QObject* caller, const std::function<Result(Parameters...)>& fu
     try {
         return function(std::forward<Arguments>(arguments)...);
     } catch (...) {
-        report_exception(caller, "a host callback has thrown an unknown exception");
+        report_exception(caller, "a host callback threw an unknown exception");
     }
     return Result();
 }

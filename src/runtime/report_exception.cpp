@@ -30,7 +30,7 @@ void report_exception(QObject* receiver, const char* unknown)
     const bool named =
         LiveObjects::instance().contains(receiver) && !receiver->objectName().isEmpty();
     const QString name = named ? receiver->objectName() : QStringLiteral("marlune");
-    qCritical("%s: %s (the call was given up and returns its default)", qUtf8Printable(name),
+    qCritical("%s: %s (the call was aborted and returns its default)", qUtf8Printable(name),
               current_message(unknown).c_str());
 }
 

@@ -124,7 +124,7 @@ void View::report_missing_frame()
         qCritical("%s: the Vulkan device is lost; load again with a new one, or destroy the view",
                   qUtf8Printable(objectName()));
     } else if (texture_.is_drawn() && !std::exchange(frame_is_missing_, true)) {
-        qWarning("%s: a frame could not be drawn; the texture keeps the one before",
+        qWarning("%s: a frame could not be drawn; the texture keeps the previous frame",
                  qUtf8Printable(objectName()));
     }
 }

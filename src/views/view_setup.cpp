@@ -44,7 +44,7 @@ bool View::load_module(const QString& module, const QString& name)
 {
     trace("QuickView::load_module()", "T");
     if (HostCallbackScope::active()) {
-        qWarning("%s: a callback cannot load a scene; load it once the callback has returned",
+        qWarning("%s: a callback cannot load a scene; load it after the callback has returned",
                  qUtf8Printable(objectName()));
         return false;
     }

@@ -4,14 +4,14 @@
 
 namespace marlune {
 
-/** The right edge of a popup that goes on beyond the view: it fades out, with an ellipsis. */
+/** Marks the right edge of a truncated popup: the popup fades out, with an ellipsis. */
 class CutEdge : public QQuickPaintedItem {
     Q_OBJECT
 
 public:
     CutEdge();
 
-    /** Shows itself at the right edge of `popup`. */
+    /** Shows the mark at the right edge of `popup`. */
     void mark(QQuickItem& popup);
     void hide() { setVisible(false); }
 

@@ -4,7 +4,10 @@
 
 namespace marlune {
 
-/** The engine is one after that of Qt 6.8. What is done for such ones was seen with that of 6.11. */
+/**
+ * True for engines after that of Qt 6.8. The workarounds for these engines were tested with Qt
+ * 6.11.
+ */
 constexpr bool engine_is_new = QT_VERSION >= QT_VERSION_CHECK(6, 9, 0);
 
 }  // namespace marlune

@@ -13,7 +13,7 @@ struct MimeType {
     QLatin1StringView type;
 };
 
-// No two of these can end the same text, so their order does not matter.
+// No text can end with two of these, so their order does not matter.
 constexpr MimeType mime_types[] = {
     {QLatin1StringView(".css"), QLatin1StringView("text/css")},
     {QLatin1StringView(".gif"), QLatin1StringView("image/gif")},
@@ -29,7 +29,7 @@ constexpr MimeType mime_types[] = {
     {QLatin1StringView(".ogg"), QLatin1StringView("audio/ogg")},
     {QLatin1StringView(".pdf"), QLatin1StringView("application/pdf")},
     {QLatin1StringView(".png"), QLatin1StringView("image/png")},
-    // A game's own image container: what it holds is a PNG.
+    // An image container of games, whose content is a PNG.
     {QLatin1StringView(".sorel"), QLatin1StringView("image/png")},
     {QLatin1StringView(".svg"), QLatin1StringView("image/svg+xml")},
     {QLatin1StringView(".txt"), QLatin1StringView("text/plain")},

@@ -4,7 +4,10 @@
 
 namespace marlune {
 
-/** The MIME type for a text that ends in a known extension, in any case; else "application/octet-stream". */
+/**
+ * Returns the MIME type for a text that ends with a known extension, ignoring case; otherwise
+ * "application/octet-stream".
+ */
 QString mime_type_for(const QString& text);
 
 }  // namespace marlune

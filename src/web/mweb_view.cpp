@@ -132,7 +132,7 @@ std::string MWebView::get_background_color() const
 
 double MWebView::_translate_zoom_factor(int percent)
 {
-    // The steps of a browser's zoom; whatever is between them is the default.
+    // The zoom steps of browsers; any other value means the default.
     constexpr int step = 25, last = 500;
     const bool is_step = percent >= step && percent <= last && percent % step == 0;
     return is_step ? percent / 100.0 : default_zoom;
@@ -150,7 +150,7 @@ void MWebView::set_zoom_factor(int percent) const
 
 double MWebView::get_zoom_factor() const
 {
-    // Whether there is a zoom, not which: hosts rely on it.
+    // Returns whether there is a zoom, not which: the interface requires it.
     return ask(view_, false, [](WebView& view) { return view.zoom_factor() != 0.0; });
 }
 

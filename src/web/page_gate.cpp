@@ -14,10 +14,13 @@ namespace {
 
 QLoggingCategory::CategoryFilter filter_before = nullptr;
 
-/** The engine logs each message that is no JSON object, at any length. Pages choose both. */
+/**
+ * Silences the engine's log of each message that is not a JSON object: pages can send any number of
+ * them, of any length.
+ */
 void silence_transport(QLoggingCategory* category)
 {
-    if (filter_before)  // not while this is being installed: all categories have been through it
+    if (filter_before)  // null during the installation; by then all categories have been filtered
         filter_before(category);
     if (std::strcmp(category->categoryName(), "qt.webengine.webchanneltransport") == 0)
         category->setEnabled(QtCriticalMsg, false);
@@ -29,18 +32,20 @@ void silence_transport_once()
         filter_before = QLoggingCategory::installFilter(silence_transport);
 }
 
-/** Who has emitted the signal that an object is serving. */
+/** Returns the object whose signal another object is handling. */
 class SenderOf : public QObject {
 public:
     static QObject* of(const QObject* object) { return (object->*&SenderOf::sender)(); }
 };
 
-/** What the channel is serving; null while it serves nothing. A part of it receives all messages. */
+/**
+ * Returns the transport whose message the channel is handling; null if it handles none. A part of
+ * the channel receives all messages.
+ */
 QWebChannelAbstractTransport* served_by(const QWebChannel& channel)
 {
     for (const QObject* const part : channel.children()) {
-        if (auto* const page =
-                qobject_cast<QWebChannelAbstractTransport*>(SenderOf::of(part)))
+        if (auto* const page = qobject_cast<QWebChannelAbstractTransport*>(SenderOf::of(part)))
             return page;
     }
     return nullptr;

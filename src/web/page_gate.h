@@ -15,24 +15,28 @@ class PageTransport;
 }  // namespace db
 
 /**
- * Leads a view's pages to its channel. The browser item has a channel of its own, on which there is this
- * gate and nothing else. When a page asks there what is published, which the page script does before
- * any script of the page can run, its end is taken from that channel and connected to the real one by a
- * PageTransport. No page reaches the real one in another way.
+ * Connects a view's pages to its channel. The browser item has a channel of its own, which contains
+ * only this gate. When a page requests the list of published objects there, which the page script
+ * does before any script of the page can run, the page's transport is taken from that channel and
+ * connected to the real one by a PageTransport. There is no other way for a page to reach the real
+ * channel.
  */
 class PageGate : public QObject {
     Q_OBJECT
-    /** Read by the browser item's channel, for a page that asks. */
+    /** The browser item's channel reads this property for a page that requests it. */
     Q_PROPERTY(bool let_in READ let_in CONSTANT FINAL)
 
 public:
     PageGate();
     ~PageGate() override;
 
-    /** From the browser item's channel to the view's, both of the present scene. `view` is for messages. */
+    /**
+     * Connects the browser item's channel to the view's channel, both of the current scene. `view`
+     * is the name for messages.
+     */
     void lead(QWebChannel* from, QWebChannel* to, const QString& view);
 
-    /** Another page is about to come. */
+    /** A new page is about to load. */
     void expect_page();
 
 private:

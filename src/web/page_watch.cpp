@@ -31,14 +31,15 @@ void PageWatch::answer()
 
 void PageWatch::end_process(qlonglong id)
 {
-    // There may be none by now. One that is the game's own is what engines can be told to use.
+    // The process may have ended by now. It can also be the game's own, since engines can be
+    // configured to use that.
     if (id > 0 && id != QCoreApplication::applicationPid())
         platform::end_process(id);
 }
 
 void PageWatch::ask()
 {
-    // What hangs takes no more questions: they would only pile up.
+    // A hanging page gets no further requests, which would only accumulate.
     if (hanging_)
         return;
     if (unanswered_ == PATIENCE)

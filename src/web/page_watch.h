@@ -8,17 +8,17 @@
 namespace marlune {
 
 /**
- * Notices when a page answers no more. It asks the page for a sign of life at intervals; the scene
- * carries the question there and the answer back. Belongs to a web view.
+ * Detects pages that do not respond. It requests a sign of life from the page at intervals; the
+ * scene passes the request to the page and the response back. Belongs to a web view.
  */
 class PageWatch : public QObject {
     Q_OBJECT
-    /** Off where there is no page, or one that waits for the user. */
+    /** Inactive while there is no page, or while the page waits for the user. */
     Q_PROPERTY(bool active READ is_active WRITE set_active)
     Q_PROPERTY(bool hanging READ is_hanging NOTIFY hangingChanged)
 
 public:
-    /** The page hangs when it leaves so many questions unanswered. */
+    /** The page counts as hanging after this many requests without a response. */
     static constexpr int PATIENCE = 5;
 
     explicit PageWatch(QObject* parent,
@@ -28,10 +28,10 @@ public:
     void set_active(bool active);
     bool is_hanging() const { return hanging_; }
 
-    /** The page has answered, or there is another one. */
+    /** The page has responded, or has been replaced by another one. */
     Q_INVOKABLE void answer();
 
-    /** Ends a page's process, by its number, without asking the page. */
+    /** Ends a page's process by its id, without asking the page. */
     Q_INVOKABLE void end_process(qlonglong id);
 
 signals:
@@ -43,7 +43,7 @@ private:
     void set_hanging(bool hanging);
 
     QTimer timer_;
-    // Counted and not timed: while the Qt thread stands still, nobody's answer can come.
+    // A count instead of a time, because no response can arrive while the Qt thread is busy.
     int unanswered_ = 0;
     bool hanging_ = false;
 };

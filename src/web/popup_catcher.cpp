@@ -15,7 +15,9 @@ namespace marlune {
 
 namespace {
 
-/** The deepest page of the engine that covers `point` of the scene; null without one. */
+/**
+ * Returns the deepest page of the engine that covers `point` of the scene; null if there is none.
+ */
 QQuickItem* page_at(QQuickItem* item, QPointF point)
 {
     const QList<QQuickItem*> children = item->childItems();
@@ -27,30 +29,30 @@ QQuickItem* page_at(QQuickItem* item, QPointF point)
     return is_page && item->contains(item->mapFromScene(point)) ? item : nullptr;
 }
 
-// A popup that is longer or wider than the view is drawn smaller, but not beyond these scales.
+// A popup that is longer or wider than the view is scaled down, but not below these scales.
 constexpr qreal smallest_for_length = 0.25;
 constexpr qreal smallest_for_width = 0.5;
 
-// What the engine may draw of a popup that is cut, in px: as much as any list needs that a person is to
-// read. Of rows that are longer still, it shows the end.
+// The size of a truncated popup that the engine may draw, in px: enough for any list that a person
+// can read. Of longer rows, the end is shown.
 constexpr qreal longest_row = 8192;
 constexpr qreal largest_area = 4.0 * 1024 * 1024;
 
-// The engine of Qt 6.11 draws the whole of a popup that is drawn smaller, whatever is cut of it.
+// The engine of Qt 6.11 draws a scaled popup as a whole, even where it is clipped.
 constexpr bool draws_whole_if_scaled = engine_is_new;
 
-/** How a popup gets into the view. */
+/** The size and scale with which a popup fits into the view. */
 struct Fit {
-    QSizeF size;  // of the popup itself
+    QSizeF size;  // size of the popup itself
     qreal scale = 1;
-    QSizeF shown;  // in px of the view
-    bool cut = false;  // at the right
+    QSizeF shown;      // size in the view, in px
+    bool cut = false;  // truncated at the right
 };
 
 /**
- * The engine knows the screen, but not the view: to it there is always room enough, and a page can want
- * a popup of any size. Nor can the engine be told, so what is too large is drawn smaller; what would
- * be too narrow to read then is cut.
+ * The engine knows the screen but not the view: it always assumes enough room, and a page can
+ * request a popup of any size. The engine cannot be given another limit, so popups that are too
+ * large are scaled down, and popups that would become too narrow to read are truncated.
  */
 Fit fit(QSizeF wanted, QSizeF room)
 {
@@ -73,18 +75,21 @@ Fit fit(QSizeF wanted, QSizeF room)
     return result;
 }
 
-/** Where a popup of this length begins, so that it ends inside the view if there is any room. */
+/**
+ * Returns the position at which a popup of this length ends inside the view, if there is enough
+ * room.
+ */
 qreal kept_inside(qreal begin, qreal length, qreal room)
 {
     return std::clamp(begin, 0.0, std::max(0.0, room - length));
 }
 
-/** One popup's window, from its creation to its end. Child of that window. */
+/** Handles the window of one popup, from its creation to its destruction. Child of that window. */
 class Popup : public QObject {
 public:
     explicit Popup(QWindow* window) : QObject(window), window_(window)
     {
-        // Emitted first thing in show(), before there would be a platform window.
+        // Emitted at the start of show(), before a platform window is created.
         connect(window, &QWindow::visibleChanged, this, &Popup::follow_visibility);
         connect(window, &QWindow::xChanged, this, &Popup::place);
         connect(window, &QWindow::yChanged, this, &Popup::place);
@@ -97,11 +102,13 @@ public:
 
     bool eventFilter(QObject* watched, QEvent* event) override
     {
-        // In Qt 6.11 the content has its window's focus. When it loses that, the engine ends the popup.
+        // In Qt 6.11 the content has its window's focus, and the engine closes the popup when the
+        // content loses it.
         if (watched == content_)
             return event->type() == QEvent::FocusOut;
-        // The window is deleted while it is shown, by the engine or with its parent. Its destructor
-        // takes it from the parent, and a shown window without one is made in the window system.
+        // The window is deleted while it is visible, by the engine or with its parent. Its
+        // destructor removes it from the parent, and Qt creates a window of the window system for a
+        // visible window without a parent.
         if (event->type() == QEvent::ParentWindowAboutToChange)
             window_->setVisible(false);
         return QObject::eventFilter(watched, event);
@@ -122,8 +129,8 @@ private:
         content_ = popup->contentItem()->childItems().first();
         content_->installEventFilter(this);
         content_->setParentItem(&frame_);
-        // The engine makes frames of the size that its item has once all have heard of a new one. So
-        // it is to be bounded at once: when the window changes, it is too late.
+        // The engine renders frames of its item's size once all receivers have handled a change of
+        // it. The size must therefore be limited immediately: the window's signal comes too late.
         connect(content_, &QQuickItem::widthChanged, this, &Popup::bound);
         connect(content_, &QQuickItem::heightChanged, this, &Popup::bound);
         place();
@@ -146,11 +153,12 @@ private:
         if (!content_ || !frame_.parentItem())
             return;
         const QQuickItem& page = *frame_.parentItem();
-        // A calendar that changes its size moves its window to the corner as well.
+        // A calendar that changes its size also moves its window to the corner.
         if (!window_->position().isNull())
             anchor_ = window_->position();
         const QPointF at = page.mapFromGlobal(anchor_);
-        // The window also follows what its content has been given here: that is no new wish.
+        // The window also follows the size that place() has given the content: that is not a new
+        // request.
         if (window_->size() != given_)
             wanted_ = window_->size();
         const Fit found = fit(wanted_, page.size());
@@ -176,11 +184,11 @@ private:
     QSize wanted_;
     QSize given_;
     QPointer<QQuickItem> content_;
-    QQuickItem frame_;  // cuts it
+    QQuickItem frame_;  // clips the popup
     CutEdge edge_;
 };
 
-/** The window whose content `object` is; null where it is none. */
+/** Returns the window whose content item `object` is; null if it is none. */
 QQuickWindow* window_with_content(QObject* object)
 {
     auto* const item = qobject_cast<QQuickItem*>(object);
@@ -188,7 +196,7 @@ QQuickWindow* window_with_content(QObject* object)
     return window && window->contentItem() == item ? window : nullptr;
 }
 
-/** Windows that a scene's own QML makes are of other classes. */
+/** Only for the engine's windows: windows that a scene's QML creates are of other classes. */
 void adopt_popup(QWindow* popup, QWindow* scene)
 {
     if (popup->metaObject() == &QQuickWindow::staticMetaObject
@@ -198,14 +206,15 @@ void adopt_popup(QWindow* popup, QWindow* scene)
 
 void catch_popup(QObject* parent, QObject* child)
 {
-    // Its constructor is still running: it calls itself a QWindow, but is not marked as one.
+    // The window's constructor is still running: its meta-object is that of a QWindow already, but
+    // QObject does not mark it as a window yet.
     if (qobject_cast<QQuickWindow*>(parent)
         && child->metaObject()->inherits(&QWindow::staticMetaObject)) {
         new Popup(static_cast<QWindow*>(child));
         return;
     }
-    // In Qt 6.11 the engine makes the window without a parent and gives it the page's window as its
-    // transient one. Before that, as every window does, it has given its content a child.
+    // In Qt 6.11 the engine creates the window without a parent and sets the page's window as its
+    // transient parent. Before that, like every window, it adds a child to its content item.
     if (QQuickWindow* const window = window_with_content(parent))
         QObject::connect(window, &QWindow::transientParentChanged, window,
                          [window](QWindow* scene) { adopt_popup(window, scene); });

@@ -3,11 +3,11 @@
 namespace marlune {
 
 /**
- * Keeps the lists and calendars of web pages (`<select>`, `<input type=date>`) inside the textures.
+ * Keeps the popups of web pages (`<select>`, `<input type=date>`) inside the textures.
  *
- * The engine shows each of them in a QQuickWindow of its own, which belongs to the window that the page is
- * in. From the installation on, its content is moved into that window's scene instead, above the page,
- * and no window of the window system ever comes to be. Once a process.
+ * The engine shows each popup in a QQuickWindow of its own, which belongs to the page's window.
+ * After the installation, the content of each popup is moved into the scene of that window instead,
+ * above the page, and no window of the window system is ever created. Call once per process.
  */
 void install_popup_catcher();
 

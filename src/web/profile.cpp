@@ -19,17 +19,17 @@ namespace marlune {
 namespace {
 
 /**
- * What the engine of Qt 6.11 has looked up of a profile's settings for its extensions, it goes on using
- * when the profile has got other ones: it crashes with the next page. So a profile that has had pages is
- * left as it is, and another one takes its place.
+ * The engine of Qt 6.11 caches settings of a profile for its extensions. If the settings of a
+ * profile that has had pages change, the engine crashes with the next page. Such a profile is
+ * therefore left unchanged, and another one replaces it.
  */
 constexpr bool keeps_settings = engine_is_new;
 
-/** Stays where it is once it has had pages. */
+/** Keeps its storage location once it has had pages. */
 struct Profile {
     QQuickWebEngineProfile* engine_profile;
     Record record;
-    // Calls are carried to it until the library stops; only then does Qt delete it.
+    // Calls run on this object until the library stops; only then does Qt delete it.
     LiveObject live{engine_profile};
 };
 
@@ -79,7 +79,7 @@ QQuickWebEngineProfile& configure(QQuickWebEngineProfile& profile)
     profile.setSpellCheckEnabled(false);
     profile.setStorageName(QStringLiteral("Default"));
     profile.setPersistentCookiesPolicy(QQuickWebEngineProfile::ForcePersistentCookies);
-    // The settings of the view that is asked decide, not what another one has answered once.
+    // The settings of the requesting view decide, not an answer that another view has given.
     profile.setPersistentPermissionsPolicy(
         QQuickWebEngineProfile::PersistentPermissionsPolicy::AskEveryTime);
     return profile;
@@ -93,7 +93,7 @@ bool is_elsewhere(const Record& record, const Record& other)
 void move(Profile& profile, const Record& next)
 {
     QQuickWebEngineProfile& engine_profile = *profile.engine_profile;
-    // Off the record it is of no use, so what has had pages need not get it.
+    // Off the record, the folder is not used, so a profile that has had pages need not get it.
     const bool uses_folder = !next.off || !keeps_settings || !has_had_pages;
     if (uses_folder && profile.record.folder != next.folder) {
         engine_profile.setPersistentStoragePath(next.folder);
@@ -107,17 +107,20 @@ void move(Profile& profile, const Record& next)
     set_pipeline_folder(next.folder);
 }
 
-/** Off the record. */
+/** Returns a new profile, off the record. */
 QQuickWebEngineProfile* make_profile(QObject* parent)
 {
 #if QT_VERSION >= QT_VERSION_CHECK(6, 9, 0)
-    return new QQuickWebEngineProfile(QString(), parent);  // the other constructor warns of itself
+    return new QQuickWebEngineProfile(QString(), parent);  // the other constructor logs a warning
 #else
     return new QQuickWebEngineProfile(parent);
 #endif
 }
 
-/** The one that is there already, or a new one: no two may keep their files in the same place. */
+/**
+ * Returns the existing profile with this record, or a new one: no two profiles may use the same
+ * folder.
+ */
 Profile& profile_with(const Record& wanted)
 {
     for (Profile& profile : profiles()) {

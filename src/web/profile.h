@@ -10,37 +10,49 @@ class QWebEngineUrlSchemeHandler;
 
 namespace marlune {
 
-/** Configures the engine's default profile for all web views. Once, when there is an application object. */
+/**
+ * Configures the engine's default profile for all web views. Call once, after the application
+ * object has been created.
+ */
 void set_up_shared_profile();
 
-/** Has the handler serve "res" for all web views. Once, after set_up_shared_profile(). */
+/**
+ * Installs the handler for the "res" scheme of all web views. Call once, after
+ * set_up_shared_profile().
+ */
 void serve_res(QWebEngineUrlSchemeHandler* handler);
 
-/** The profile of all web views, for any thread; null before set_up_shared_profile(). */
+/**
+ * Returns the profile of all web views; null before set_up_shared_profile(). Callable on any
+ * thread.
+ */
 QQuickWebEngineProfile* shared_profile();
 
-/** The same, for a view that is about to have pages. */
+/** Like shared_profile(), but records that a view is about to create pages in it. */
 QQuickWebEngineProfile* profile_for_pages();
 
-/** What is kept of pages. All on the Qt thread. */
+/** Whether and where the profile stores data of pages. Only on the Qt thread. */
 struct Record {
     bool off = true;
-    QString folder;  // the engine's own where it is empty
+    QString folder;  // empty: the engine's default
 };
 
-/** As it is now. */
+/** Returns the current record. */
 const Record& record();
 
-/** Whether pages do not survive the change, so that none may be there. */
+/** Whether the change requires that no pages exist. */
 bool record_ends_pages(const Record& next);
 
-/** Changes it, which may make shared_profile() another one. */
+/** Changes the record. After that, shared_profile() may return another profile. */
 void set_record(const Record& next);
 
-/** An empty one is the engine's own. On the Qt thread. */
+/** Sets the user agent; an empty text restores the engine's own. On the Qt thread. */
 void set_user_agent(const QString& text);
 
-/** `same_site` is "none", "lax" or "strict", else the default; `expiry` is in s since 1970. */
+/**
+ * Sets a cookie. `same_site` is "none", "lax" or "strict"; anything else means the default.
+ * `expiry` is in s since 1970.
+ */
 void set_cookie(QQuickWebEngineProfile& profile, const QString& domain, const QString& path,
                 const std::string& name, const std::string& value, bool secure,
                 const std::string& same_site, int64_t expiry);

@@ -21,11 +21,12 @@ using db::DBAbstractContextObject;
 
 namespace {
 
-// Both on the Qt thread only: all managers by the order of their views, and all that listen to them.
+// Both only on the Qt thread: all managers in the order of their views, and all instances that
+// listen to them.
 std::multimap<int, DataBindingContextManager*> managers;
 std::unordered_set<PublishedObjects*> listeners;
 
-/** The manager whose object of that name is found; null without one. */
+/** Returns the manager whose object is found under that name; null if there is none. */
 const DataBindingContextManager* publisher_of(const std::string& name)
 {
     const auto found = std::ranges::find_if(
@@ -40,7 +41,7 @@ DBAbstractContextObject* object_of(const QString& object_name)
     return publisher ? publisher->object(name) : nullptr;
 }
 
-/** As pages send them: hosts need to know of one kind of number only. */
+/** Converts numbers to double, as pages send them, so that hosts get only one kind of number. */
 QVariantList with_numbers_as_double(QVariantList args)
 {
     for (QVariant& arg : args) {
@@ -50,7 +51,7 @@ QVariantList with_numbers_as_double(QVariantList args)
     return args;
 }
 
-/** Script that is given an object must not take it for its own and collect it. */
+/** Prevents scripts from taking ownership of the object and collecting it. */
 QObject* lent_to_script(QObject* object)
 {
     if (object)
@@ -120,16 +121,20 @@ QVariant PublishedObjects::call(const QString& object_name, const QString& metho
     if (!object) {
         qWarning().noquote().nospace()
             << "cannot call method '" << object_name << '.' << method_name
-            << "', no web view publishes the object. Look for its name in PublishedObjects.names.";
+            << "', no web view publishes the object. See PublishedObjects.names for "
+               "the published objects.";
         return {};
     }
     return object->___invoke_method(method_name, with_numbers_as_double(args));
 }
 
-/** Signal by signal: what hears one of them may end this scene, and this object with it. */
+/**
+ * Connects each signal separately: a receiver of one signal may destroy this scene, and this object
+ * with it.
+ */
 void PublishedObjects::listen_to(DataBindingContextManager& manager)
 {
-    // First, so that bindings are up to date for who hears of the object.
+    // First, so that bindings are up to date when others receive the signal.
     connect(&manager, &DataBindingContextManager::objectRegistered, this,
             &PublishedObjects::namesChanged);
     connect(&manager, &DataBindingContextManager::objectdeRegistered, this,

@@ -13,15 +13,18 @@ class DataBindingContextManager;
 
 /**
  * The objects that hosts publish on web views, for the scenes of all views: the singleton
- * PublishedObjects of the module "Web", one for each QML engine. Where several views publish an object
- * under the same name, the view that was made first has it.
+ * PublishedObjects of the module "Web", one instance per QML engine. If several views publish an
+ * object under the same name, the one of the view that was created first is used.
  *
- * The objects stay those of the web views. One that is withdrawn answers no more and is deleted soon
- * after; a scene that finds it in a binding which reads `names` lets go of it in time.
+ * The web views own the objects. A withdrawn object no longer responds and is deleted soon; a scene
+ * that gets the object in a binding that reads `names` releases it in time.
  */
 class PublishedObjects : public QObject {
     Q_OBJECT
-    /** In order, each once. Announced whenever an object comes or goes, whether or not its name does. */
+    /**
+     * The names in order, without duplicates. Notified whenever an object is added or removed, even
+     * if its name remains.
+     */
     Q_PROPERTY(QStringList names READ names NOTIFY namesChanged FINAL)
 
 public:
@@ -30,23 +33,32 @@ public:
 
     static void register_type();
 
-    /** Adds what a web view publishes, now and later; `order` is the view's place among all views. */
+    /**
+     * Adds the objects that a web view publishes, now and later; `order` is the view's position
+     * among all views.
+     */
     static void add(int order, db::DataBindingContextManager& manager);
-    /** For a view that goes: its objects are not found any more, but their withdrawal is still told. */
+    /**
+     * For a view that is being destroyed: its objects are no longer found, but their withdrawal is
+     * still reported.
+     */
     static void remove(const db::DataBindingContextManager& manager);
 
     QStringList names() const;
 
-    /** The object that is published under the name, or null. */
+    /** Returns the object that is published under the name, or null. */
     Q_INVOKABLE QObject* find(const QString& object_name) const;
 
-    /** A property of it, whose `value` can be bound to and written; null when either is not there. */
+    /**
+     * Returns a property of the object, whose `value` can be bound and written; null if either does
+     * not exist.
+     */
     Q_INVOKABLE QObject* findProperty(const QString& object_name,
                                       const QString& property_name) const;
 
     /**
-     * Calls a method of it, as a page would, and gives its result at once; undefined, with a warning,
-     * where that cannot be done.
+     * Calls a method of the object like a page does, and returns its result immediately; undefined,
+     * with a warning, if that is not possible.
      */
     Q_INVOKABLE QVariant call(const QString& object_name, const QString& method_name,
                               const QVariantList& args) const;
@@ -55,7 +67,7 @@ signals:
     void namesChanged();
     void objectRegistered(QString name);
     void objectRemoved(QString name);
-    /** Not for an object that another one of its name keeps from being found. */
+    /** Not emitted for an object that is hidden by another one of the same name. */
     void signalEmitted(QString object_name, QString signal_name, QVariantList args);
 
 private:

@@ -15,7 +15,7 @@ namespace marlune {
 
 namespace {
 
-// All that a page has not read to the end yet. On the Qt thread only.
+// All replies that pages have not read to the end. Only on the Qt thread.
 std::vector<ResourceReply*> open_replies;
 
 bool holds(const ResourceReply& reply, const uint8_t* bytes, qsizetype size)
@@ -36,7 +36,7 @@ QByteArray copy_of(const uint8_t* bytes, uint64_t size)
     return QByteArray(reinterpret_cast<const char*>(bytes), length);
 }
 
-/** True when all of it, or a part that is there, is certainly asked for. */
+/** Whether the request is for the whole content, or for a part that certainly exists. */
 bool is_within(const QByteArray& range, qsizetype size)
 {
     if (range.isEmpty())
@@ -102,7 +102,7 @@ qint64 ResourceReply::readData(char* data, qint64 size)
     return QBuffer::readData(data, size);
 }
 
-/** The engine looks for a failure when it reads next, which is what it is told to do. */
+/** The engine checks for a failure at its next read, which the signal triggers. */
 void ResourceReply::end()
 {
     if (auto* const request = qobject_cast<QWebEngineUrlRequestJob*>(parent()))

@@ -12,13 +12,14 @@ namespace marlune {
 
 namespace {
 
-// What pages may leave unread before the next one has to wait, in bytes.
+// The number of bytes that pages may leave unread before the next request has to wait.
 constexpr qsizetype most_held = 512 * 1024 * 1024;
 constexpr size_t most_waiting = 10'000;
-// What is not read for so long is given up where requests wait: one page must not hold up all.
+// While requests wait, replies that a page has not read for this time fail: one page must not block
+// all.
 constexpr std::chrono::seconds longest_unread(5);
 
-/** The part of the file that a page asks for. It may write the header's name in either case. */
+/** Returns the requested part of the file. Pages may write the header's name in any case. */
 QByteArray range_of(const QWebEngineUrlRequestJob& request)
 {
     const QMap<QByteArray, QByteArray> headers = request.requestHeaders();
@@ -61,7 +62,7 @@ void GodotSchemeHandler::serve(QWebEngineUrlRequestJob& job)
 
     bool flag = false;
     uint64_t size = 0;
-    // A callback may send the page elsewhere, and its request goes with it.
+    // The callback may navigate the page, which deletes its request.
     const QPointer<QWebEngineUrlRequestJob> request(&job);
     const uint8_t* const bytes = m_resource_file.call(this, path.toStdString(), flag, size);
     if (!request)
@@ -87,8 +88,8 @@ void GodotSchemeHandler::put_off(QWebEngineUrlRequestJob& job)
     std::erase(waiting_, nullptr);
     if (waiting_.empty()) {
         qWarning(
-            "marlune: pages have left %lld MiB of the game's files unread, so the next requests "
-            "wait: let pages read or cancel what they fetch",
+            "marlune: pages have left %lld MiB of the game's files unread, so further requests "
+            "wait until pages read or cancel their responses",
             static_cast<long long>(ResourceReply::held() / (1024 * 1024)));
     }
     if (waiting_.size() >= most_waiting)
@@ -105,13 +106,13 @@ void GodotSchemeHandler::make_room()
         return room_timer_.stop();
     if (const qsizetype count = ResourceReply::end_unread(longest_unread); count > 0) {
         qWarning(
-            "marlune: %lld of the game's files have failed: pages have read nothing of them for "
-            "5 s, and requests wait for their memory",
+            "marlune: %lld requests for the game's files failed: pages read nothing of them for "
+            "5 s while other requests waited for their memory",
             static_cast<long long>(count));
     }
 }
 
-/** The bytes stay the host's, which may use their place again once the callback is called again. */
+/** The bytes belong to the host, which may reuse their memory at the next call of the callback. */
 void GodotSchemeHandler::send(QWebEngineUrlRequestJob& job, const QString& type,
                               const uint8_t* bytes, uint64_t size)
 {
@@ -122,7 +123,7 @@ void GodotSchemeHandler::send(QWebEngineUrlRequestJob& job, const QString& type,
         job.reply(type.toUtf8(), reply);
     } catch (const std::bad_alloc&) {
         qWarning(
-            "marlune: the resource callback has given a size of %llu bytes, for which there is no "
+            "marlune: the resource callback returned a size of %llu bytes, for which there is no "
             "memory",
             static_cast<unsigned long long>(size));
         job.fail(QWebEngineUrlRequestJob::RequestFailed);

@@ -14,8 +14,8 @@
 namespace marlune {
 
 /**
- * Serves the "res" scheme from the host's packed files. One instance for the process, on the Qt
- * thread; never destroyed, since the profile that it is installed on is never destroyed either.
+ * Serves the "res" scheme from the host's packed files. One instance per process, on the Qt thread.
+ * It is never destroyed, because the profile on which it is installed is never destroyed either.
  */
 class GodotSchemeHandler : public QWebEngineUrlSchemeHandler {
     Q_OBJECT
@@ -23,7 +23,7 @@ class GodotSchemeHandler : public QWebEngineUrlSchemeHandler {
 public:
     GodotSchemeHandler();
 
-    /** The function that gives the files' bytes. */
+    /** The host's callback that returns the bytes of files. */
     ResourceFile& resource_file() { return m_resource_file; }
 
     void requestStarted(QWebEngineUrlRequestJob* job) override;
@@ -37,9 +37,9 @@ private:
               uint64_t size);
 
     ResourceFile m_resource_file;
-    /** Until pages have read what they have been sent. */
+    /** Requests that wait until pages have read previous replies. */
     std::deque<QPointer<QWebEngineUrlRequestJob>> waiting_;
-    /** Runs while any waits. */
+    /** Runs while requests are waiting. */
     QTimer room_timer_;
     LiveObject live_{this};
 };

@@ -8,7 +8,7 @@ namespace marlune {
 
 namespace {
 
-// By the engine's numbers.
+// Indexed by the engine's numbers.
 constexpr const char* resource_types[] = {
     "ResourceTypeMainFrame = 0, // top level page",
     "ResourceTypeSubFrame, // frame or iframe",

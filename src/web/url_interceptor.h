@@ -6,12 +6,12 @@
 
 namespace marlune {
 
-/** What the engine's code of a resource's type stands for. */
+/** Returns the description of the engine's code for a resource type. */
 const char* describe_resource_type(int type);
 
 /**
- * Sees each request of a profile that a scene sets it on, tells its kind, and lets it pass as it is.
- * A scene can make one: it is the type GodotURLInterceptor of the module "Web".
+ * Receives each request of a profile on which a scene installs it, determines its type, and lets it
+ * pass unchanged. Scenes can create it: it is the type GodotURLInterceptor of the module "Web".
  */
 class GodotURLInterceptor : public QWebEngineUrlRequestInterceptor {
     Q_OBJECT

@@ -32,10 +32,10 @@ constexpr auto default_user_agent =
     "Mozilla/5.0 (X11; U; Linux x86_64) AppleWebKit/537.36 (KHTML, like Gecko) Ubuntu "
     "Chromium/124.0.6310.208 Chrome/122.0.6310.208 Safari/537.36";
 
-/** The engine's number for it. */
+/** The engine's number for a load that has started. */
 constexpr int loading_started = 0;
 
-// All that stand. On the Qt thread only.
+// All existing web views. Only on the Qt thread.
 std::unordered_set<WebView*> web_views;
 bool software_rendering_found = false;
 
@@ -53,7 +53,10 @@ QStringList setting_names()
 #undef MARLUNE_WEB_SETTING_NAME
 }
 
-/** True once that is known: from the flags, or from an earlier view. */
+/**
+ * Whether the engine is known to use software rendering: because of the flags, or because an
+ * earlier view has found out.
+ */
 bool engine_renders_in_software()
 {
     static const bool wanted = qgetenv("QTWEBENGINE_CHROMIUM_FLAGS").contains("--disable-gpu");
@@ -93,13 +96,13 @@ WebView::WebView()
 
 WebView::~WebView()
 {
-    // While this is still a WebView: script that ends with the scene may call back into it.
+    // While this is still a WebView: script that ends with the scene may call it.
     withdraw();
     web_views.erase(this);
     reset();
     if (!manager_)
         return;
-    // Scenes of other views may have found the objects.
+    // Scenes of other views may use the objects.
     PublishedObjects::remove(*manager_);
     manager_->deregister_all();
     delete manager_;
@@ -130,8 +133,8 @@ void WebView::post_setup(QQmlEngine*, QObject* root)
     publish_on(root);
     db::DataBindingContextManager::register_types();
     publish_pending();
-    // The engine draws a page's next frame once the last one has been taken. If that waited for the
-    // host's next frame, each would be one or two frames of the page old when it is seen.
+    // The engine draws a page's next frame after the last one has been consumed. If that waited for
+    // the host's next frame, each frame of the page would be displayed one or two frames late.
     sync_on_scene_change();
 }
 
@@ -139,7 +142,7 @@ void WebView::publish_on(QObject* root)
 {
     auto* const channel = root->property("webChannel").value<QWebChannel*>();
     page_gate_.lead(root->property("gate").value<QWebChannel*>(), channel, objectName());
-    // No timer of the channel: what changes is told when it changes.
+    // Without the channel's timer: changes are reported immediately.
     channel->setPropertyUpdateInterval(-1);
     if (manager_) {
         manager_->move_to(channel, root);
@@ -173,7 +176,7 @@ bool WebView::has_pages()
 
 void WebView::close_pages()
 {
-    // The scenes stay: the host may have taken its device down already.
+    // The scenes remain: the host may have released its device already.
     for (WebView* const view : web_views)
         view->close_page();
 }
@@ -184,7 +187,7 @@ void WebView::change_record(const std::function<void(Record&)>& change)
     change(next);
     if (!record_ends_pages(next))
         return set_record(next);
-    // The scenes bring their pages back with their next frames.
+    // The scenes create their pages again with their next frames.
     HostCallbackScope::run_outside([change] {
         Record latest = record();
         change(latest);
@@ -202,14 +205,15 @@ void WebView::take_profile()
         engine->rootContext()->setContextProperty(QStringLiteral("customWebProfile"), profile_);
 }
 
-/** Also one that is still being made, or that the scene uses for itself. */
+/** Also closes a page that is still being created, or that the scene uses internally. */
 void WebView::close_page()
 {
     if (!root_item())
         return;
     const std::vector<QPointer<QObject>> pages = engine_views_of(*root_item());
     call_root("close_page");
-    // The scene has let go of them; left to themselves they would stay until the event loop's next turn.
+    // The scene has released them; without this, they would exist until the next turn of the event
+    // loop.
     for (QObject* const page : pages)
         delete page;
 }
@@ -224,8 +228,8 @@ bool WebView::load()
 }
 
 /**
- * Sends the page elsewhere. The engine of Qt 6.11 ends the program where it is at another navigation, which
- * a callback may be about.
+ * Runs work that navigates the page. The engine of Qt 6.11 terminates the program if a navigation
+ * starts while it handles another one, which a callback may be part of.
  */
 template <typename Work>
 void WebView::order(Work work)
@@ -239,10 +243,9 @@ void WebView::order(Work work)
 void WebView::set_url(const QString& url)
 {
     if (QUrl(url).isRelative()) {
-        qWarning(
-            "%s: \"%s\" is not an absolute URL and cannot be loaded; write the scheme too, as in "
-            "\"https://\"",
-            qUtf8Printable(objectName()), qUtf8Printable(url));
+        qWarning("%s: \"%s\" is not an absolute URL and cannot be loaded; include the scheme, for "
+                 "example \"https://\"",
+                 qUtf8Printable(objectName()), qUtf8Printable(url));
     }
     url_ = url;
     order([url](WebView& view) { emit view.urlChanged(url); });
@@ -260,7 +263,7 @@ void WebView::set_background_color(const QString& color)
     emit backgroundColorChanged(color);
 }
 
-/** False when there is no scene, or its root has no such function. */
+/** Returns false if there is no scene, or if its root has no such function. */
 template <typename... Arguments>
 bool WebView::call_root(const char* function, Arguments&&... arguments)
 {

@@ -21,7 +21,10 @@ class DataBindingContextManager;
 struct AbstractContextObjectStd;
 }  // namespace db
 
-/** The view that shows a web page: what its scene, the component "Webview", binds to and calls. */
+/**
+ * The view that shows a web page. Its scene, the component "Webview", binds to its properties and
+ * calls its functions.
+ */
 class WebView : public View {
     Q_OBJECT
     Q_PROPERTY(int idx READ idx WRITE set_idx)
@@ -44,18 +47,23 @@ public:
     void post_setup(QQmlEngine* engine, QObject* root) override;
     void before_reset() override;
 
-    /** Whether any view has one. */
+    /** Whether any view has a page. */
     static bool has_pages();
 
-    /** Ends the pages of all views and leaves their scenes. For the library's stop. */
+    /** Closes the pages of all views and keeps their scenes. Called when the library stops. */
     static void close_pages();
-    /** Changes what is kept of pages, after a callback that runs. Pages that do not survive it begin anew. */
+    /**
+     * Changes the record of the profile, after the running callback has returned. Pages that the
+     * change would end are loaded again.
+     */
     static void change_record(const std::function<void(Record&)>& change);
 
-    /** @throws std::runtime_error without a profile, and as load_module() does. */
+    /**
+     * @throws std::runtime_error without a profile, and like load_module().
+     */
     bool load();
 
-    /** True when this view's scene knows that the engine draws without the graphics hardware. */
+    /** Whether this view's scene has found out that the engine uses software rendering. */
     bool uses_software_rendering() const;
 
     int idx() const { return idx_; }
@@ -88,10 +96,10 @@ public:
 
     bool register_object(const std::string& name, db::AbstractContextObjectStd* object);
     bool deregister_object(const std::string& name);
-    /** For any thread. */
+    /** Callable on any thread. */
     db::AbstractContextObjectStd* find_object(const std::string& name) const;
 
-    /** The scene asks before each navigation. */
+    /** The scene calls it before each navigation. */
     Q_INVOKABLE bool navigation_handler(QString url, QString navigationType);
     Q_INVOKABLE void onLoadingChanged(int status, QString url, QString errorDomain,
                                       QString errorString, int errorCode);
@@ -114,11 +122,11 @@ private:
     template <typename... Arguments>
     bool call_root(const char* function, Arguments&&... arguments);
 
-    // Objects that the host has registered before there was a channel to publish them on.
+    // Objects that the host has registered before there was a channel.
     std::map<std::string, db::AbstractContextObjectStd*> pending_;
-    // Other threads look objects up, so the pointer has a lock of its own.
+    // Other threads look up objects, so the pointer has its own lock.
     mutable std::mutex manager_mutex_;
-    // On the channel, so it is not this view alone that could end it.
+    // On the channel, so not only this view could delete it.
     QPointer<db::DataBindingContextManager> manager_;
     PageGate page_gate_;
     NavigationHandler navigation_handler_;

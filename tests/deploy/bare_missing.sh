@@ -53,6 +53,6 @@ without libmarlune.so "error while loading shared libraries: libmarlune.so"
 chmod -x "$addon/QtWebEngineProcess.exe"
 said=$(show scene)
 chmod +x "$addon/QtWebEngineProcess.exe"
-[[ $said == *'QtWebEngineProcess.exe" may not be executed'* ]] \
+[[ $said == *'QtWebEngineProcess.exe" is not executable'* ]] \
     || fail "a process without the right to run is not named" "$said"
 exit "$failed"

@@ -1,17 +1,17 @@
-// Drag and drop inside a page, made of the page's mouse events.
+// Drag and drop inside a page, emulated with the page's mouse events.
 //
-// A drag of the window system cannot be had in a texture (see native_drag.js). So the event that would
-// begin one is stopped, the page gets another one in its place, and from then on until the button is
-// let go each move of the mouse becomes the events that a drag has. The page sees no others of the
-// mouse meanwhile, as in any drag.
+// A texture cannot have a drag of the window system (see native_drag.js). The script therefore
+// stops the event that would start one and dispatches an event of its own in its place. From then
+// on, until the button is released, it turns each mouse move into the events of a drag. The page
+// receives no other mouse events meanwhile, as in any drag.
 //
-// It runs in the page's own world, for a page has to see the properties that are put on the data. It
-// is the first script there, so that its listeners are the first to hear of anything. A drag stays
-// within the frame that it begins in.
+// The script runs in the page's own world, because the page must see the properties that are
+// defined on the data. It is the first script there, so its listeners run first. A drag stays
+// within the frame in which it starts.
 "use strict";
 
 (() => {
-    // How often a drag goes on while the mouse rests, in ms. Pages scroll by it.
+    // The interval of drag events while the mouse rests, in ms. Pages scroll by them.
     const PULSE = 100;
 
     const OPERATIONS = {
@@ -27,16 +27,17 @@
         uninitialized: ["copy", "move", "link"],
     };
 
-    // The drag that is under way, or null.
+    // The current drag, or null.
     let drag = null;
-    // The last move of the mouse. A drag begins at the place of the press, which it has left by then.
+    // The last mouse move. A drag starts at the position of the press, which the mouse has left by
+    // then.
     let lastMove = null;
-    // A drag has ended before the button was let go: the rest of the gesture means nothing.
+    // A drag has ended before the release of the button: the rest of the gesture is ignored.
     let idle = false;
-    // After a drag, the click that its last release would be.
+    // True after a drag: suppresses the click that its last release would cause.
     let swallowClick = false;
 
-    // --- data --------------------------------------------------------------------------------------
+    // --- data ------------------------------------------------------------------------------------
 
     function copyData(from) {
         const to = new DataTransfer();
@@ -46,7 +47,8 @@
             else if (item.getAsFile())
                 to.items.add(item.getAsFile());
         }
-        // The engine's own are dead in data that it has not made for a drag.
+        // The engine's properties have no effect in data that was not made for a drag of the
+        // engine.
         let effectAllowed = "uninitialized";
         let dropEffect = "none";
         Object.defineProperties(to, {
@@ -71,13 +73,14 @@
     }
 
     function preferredOperation() {
-        // A selection of an editable place moves when it is dropped, everything else is copied.
+        // A selection in editable content is moved when it is dropped; everything else is copied.
         if (drag.data.effectAllowed === "uninitialized" && drag.removeSelection)
             return "move";
         return OPERATIONS[drag.data.effectAllowed][0] ?? "none";
     }
 
-    // --- places ------------------------------------------------------------------------------------
+    // --- positions
+    // ---------------------------------------------------------------------------------
 
     function elementAt(x, y) {
         let element = document.elementFromPoint(x, y);
@@ -97,14 +100,15 @@
             && ["text", "search", "url", "tel", "password", "email", "number"].includes(element.type);
     }
 
-    // What takes dropped text at an element: a text control, an editable element, or null.
+    // Returns the element that accepts text dropped at `element`: a text control, an editable
+    // element, or null.
     function editableAt(element) {
         if (isTextControl(element))
             return element;
         return element?.isContentEditable ? element : null;
     }
 
-    // --- events ------------------------------------------------------------------------------------
+    // --- events ----------------------------------------------------------------------------------
 
     function fire(type, target, mouse, options = {}) {
         const event = new DragEvent(type, {
@@ -132,7 +136,7 @@
         event.stopImmediatePropagation();
     }
 
-    // --- the course of a drag ----------------------------------------------------------------------
+    // --- the course of a drag --------------------------------------------------------------------
 
     function begin(event) {
         const source = event.target;
@@ -147,7 +151,7 @@
         drag.mouse = lastMove ?? event;
         drag.ghost = makeGhost(ghostText || (source.innerText ?? source.textContent ?? ""));
         drag.pulse = setInterval(guarded(() => step(drag.mouse)), PULSE);
-        // What the engine tells a page whose pointer has been taken for a drag.
+        // The event that the engine sends when it takes the pointer for a drag.
         source.dispatchEvent(new PointerEvent("pointercancel", {
             bubbles: true, composed: true, pointerId: 1, pointerType: "mouse", isPrimary: true,
         }));
@@ -217,9 +221,10 @@
         drag = null;
     }
 
-    // --- dropped text ------------------------------------------------------------------------------
+    // --- dropped text ----------------------------------------------------------------------------
 
-    // Takes the selected text out of the place that it is dragged from; null where none is edited.
+    // Returns a function that removes the selected text from its source; null if the source is not
+    // editable.
     function selectionRemover(source) {
         const element = source instanceof Element ? source : source.parentElement;
         if (isTextControl(element) && element.selectionStart !== element.selectionEnd) {
@@ -245,7 +250,7 @@
         getSelection().addRange(range);
     }
 
-    // Kept from the start on: engines may put it elsewhere when the mouse gets to a text control.
+    // Stored at the start: engines may move the caret when the mouse reaches a text control.
     function caret() {
         const field = document.activeElement;
         return { field, at: isTextControl(field) ? field.selectionEnd : null };
@@ -267,11 +272,12 @@
             select(place);
         else if (isTextControl(field) && value === field.value && selectionEnd !== null)
             field.setSelectionRange(...Array(2).fill(focused === field ? at : value.length));
-        // Unlike a change of the value, this can be undone and lets the page know.
+        // Unlike setting the value, this can be undone and notifies the page.
         document.execCommand("insertText", false, text);
     }
 
-    // --- what is seen of it ------------------------------------------------------------------------
+    // --- the visible drag
+    // --------------------------------------------------------------------------
 
     function makeGhost(text) {
         const host = document.createElement("div");
@@ -290,10 +296,11 @@
         };
     }
 
-    // --- what drives it ----------------------------------------------------------------------------
+    // --- event listeners
+    // ---------------------------------------------------------------------------
 
-    // A page can break what this script makes use of: built-in functions, members of the document. A
-    // drag that fails by it must not keep the mouse from the page for good.
+    // A page can break built-in functions and members of the document that this script uses. A drag
+    // that fails because of that must not keep the mouse from the page permanently.
     function guarded(work) {
         return argument => {
             try {
@@ -333,7 +340,7 @@
         if (!event.isTrusted)
             return;
         lastMove = event;
-        // The button may have been let go where this frame did not hear of it.
+        // The button may have been released outside this frame.
         const held = (event.buttons & 1) !== 0;
         idle &&= held;
         if (!drag && !idle)
@@ -374,7 +381,7 @@
         swallowClick = false;
     });
 
-    // Without a drag of the system the engine would go on selecting text.
+    // Without a drag of the window system the engine would continue to select text.
     listen(["selectstart", "contextmenu", "mouseover", "mouseout", "mouseenter", "mouseleave",
         "pointermove", "pointerup", "pointerover", "pointerout", "pointerenter", "pointerleave"], event => {
         if ((drag || idle) && event.isTrusted)

@@ -1,5 +1,5 @@
-// Escape leaves the full screen, whatever the page makes of the key: as the first to hear of it, for
-// this script runs before any of the page's own. No browser window is there to do it.
+// Escape leaves full screen, since there is no browser window that would do it. This script runs
+// before any script of the page, so its listener is the first and the page cannot prevent it.
 "use strict";
 
 addEventListener("keydown", event => {

@@ -1,6 +1,7 @@
-// No drag of the window system ever begins: it would open a window of its own, and would keep the Qt
-// thread until a mouse button is let go that the system knows nothing of. In a world of its own, this
-// holds for pages that run no scripts, too. Where they do, drag_and_drop.js takes the drag over.
+// Prevents all drags of the window system: such a drag would open a window of its own, and would
+// block the Qt thread until the release of a mouse button that the system does not know of. This
+// script runs in a world of its own, so that it also works in pages whose scripts are disabled.
+// Where scripts are enabled, drag_and_drop.js replaces the drag.
 "use strict";
 
 addEventListener("dragstart", event => {

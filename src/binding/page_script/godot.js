@@ -1,4 +1,4 @@
-// What a page sees of the objects that the game publishes to it. Comes after Qt's qwebchannel.js.
+// The page's access to the objects that the game publishes to it. Runs after Qt's qwebchannel.js.
 //
 //     window.addEventListener("godot.ready", async () => {
 //         $g.player.health.on("changed", health => show(health));
@@ -7,10 +7,10 @@
 //         show(await $g.player.heal(25));
 //     });
 //     ...
-//     $g.objectRegistered("enemy", () => $g.enemy.taunt());   // for one that comes later
+//     $g.objectRegistered("enemy", () => $g.enemy.taunt());   // for an object that is added later
 //
-// Each object that has no point in its name becomes $g[name], which is also godot[name]. All names are
-// the game's to choose, so none of them is ever looked up along a prototype.
+// Each object whose name contains no point becomes $g[name], which is also godot[name]. The game
+// chooses all names, so the script never looks them up along a prototype chain.
 
 var $g = null;
 var godot = null;
@@ -22,7 +22,7 @@ var ___godot_channel = null;
     if (typeof QWebChannel === "undefined" || typeof qt === "undefined" || !qt.webChannelTransport)
         return;
 
-    // The page may define its own things under these names later.
+    // The page may define other values under these names later.
     const ChannelObject = QObject;
     const MessageTypes = QWebChannelMessageTypes;
 
@@ -30,23 +30,26 @@ var ___godot_channel = null;
 
     const has_own = (object, key) => Object.prototype.hasOwnProperty.call(object, key);
 
-    /** Sets a property of the object itself, whatever its name. */
+    /** Sets an own property of the object, whatever its name. */
     function define(object, key, value) {
         Object.defineProperty(object, key,
             {value: value, writable: true, enumerable: true, configurable: true});
     }
 
-    /** An error whose text is the message and nothing else. */
+    /** Returns an error whose text is only the message. */
     function failure(message) {
         const error = new Error(message);
         error.name = "";
         return error;
     }
 
-    // As for an error that nobody catches.
+    // Reports an error like an uncaught one.
     const report = self.reportError;
 
-    /** Does it for each, also when it fails for some; then fails with the first failure. */
+    /**
+     * Runs the action for each item, even if it throws for some of them; then throws the first
+     * error.
+     */
     function for_each_of(items, action) {
         const failures = [];
         for (const item of items) {
@@ -60,10 +63,13 @@ var ___godot_channel = null;
             throw failures[0];
     }
 
-    /** What is nested more deeply does not get through the engine, which then gives no answer either. */
+    /** The engine drops values that are nested more deeply, and sends no answer either. */
     const DEEPEST_NESTING = 1000;
 
-    /** Fails for what has no JSON that arrives, before the channel has kept it or waits for an answer. */
+    /**
+     * Throws for values that cannot be sent as JSON, before the channel stores them or waits for an
+     * answer.
+     */
     function check_value(value, levels_left = DEEPEST_NESTING) {
         if (typeof value === "bigint")
             throw failure("a BigInt cannot be sent to the game, send a number or a text");
@@ -71,19 +77,19 @@ var ___godot_channel = null;
             return;
         if (levels_left === 0)
             throw failure("a value that is nested more than " + DEEPEST_NESTING
-                + " levels deep, or without an end, cannot be sent to the game");
+                + " levels deep, or circular, cannot be sent to the game");
         for (const key of Object.keys(value))
             check_value(value[key], levels_left - 1);
     }
 
-    /** Keeps a callback under a key, beside those that are there. */
+    /** Adds a callback to those under a key. */
     function keep(callbacks, key, callback) {
         if (!callbacks.has(key))
             callbacks.set(key, []);
         callbacks.get(key).push(callback);
     }
 
-    /** Calls kept callbacks; one that keeps another one meanwhile does not disturb. */
+    /** Calls the stored callbacks; callbacks that are added meanwhile are not called. */
     function call_all(callbacks, values) {
         for_each_of([...callbacks], callback => callback(...values));
     }
@@ -92,10 +98,15 @@ var ___godot_channel = null;
 
     const SKIPPED_MEMBERS = ["name", "call", "hasOwnProperty", "indexOf", "__proto__"];
 
-    /** What pages do not see of their objects: a member of any name has its place there. */
+    /**
+     * The internal state of the objects, which pages do not see: members may thus have any name.
+     */
     const insides = new WeakMap();
 
-    /** Tells of a call with a wrong number of arguments. The signature comes too late to be thrown. */
+    /**
+     * Reports a call with a wrong number of arguments. The signature arrives too late to be part of
+     * the error.
+     */
     function refuse_call(channel_object, object_name, method_name, required, provided) {
         const message = "[" + object_name + "] function call '" + method_name + "' requires "
             + required + " parameter(s), but " + provided + " provided";
@@ -108,7 +119,8 @@ var ___godot_channel = null;
     function make_method(channel_object, object_name, method_name, entry) {
         const required = Object.keys(entry.args).length;
         const method = function (...values) {
-            // The result comes by the channel's promise. A callback is taken for politeness only.
+            // The channel's promise returns the result. A callback as last argument is accepted,
+            // but ignored.
             if (typeof values[values.length - 1] === "function")
                 values.pop();
             if (values.length !== required)
@@ -131,7 +143,7 @@ var ___godot_channel = null;
         });
     }
 
-    /** Stands for the property. */
+    /** Creates the object that represents a property. */
     function make_property(channel_property, property_name, inside) {
         return new Proxy({}, {
             get(_, key) {
@@ -177,7 +189,7 @@ var ___godot_channel = null;
     const registration_callbacks = new Map();
 
     class Godot {
-        /** With a callback: calls it whenever an object of that name has come. */
+        /** With a callback: calls it whenever an object of that name has been registered. */
         objectRegistered(name, callback) {
             const key = name + ".registered";
             if (callback)
@@ -186,7 +198,7 @@ var ___godot_channel = null;
                 call_all(registration_callbacks.get(key), [name]);
         }
 
-        /** With a callback: calls it whenever an object of that name has gone. */
+        /** With a callback: calls it whenever an object of that name has been removed. */
         objectRemoved(name, callback) {
             const key = name + ".removed";
             if (callback)
@@ -196,7 +208,7 @@ var ___godot_channel = null;
         }
     }
 
-    /** What is behind $g[name]. */
+    /** Returns the internal state of $g[name]. */
     function inside_of(name) {
         const inside = has_own($g, name) ? insides.get($g[name]) : undefined;
         if (!inside)
@@ -204,7 +216,7 @@ var ___godot_channel = null;
         return inside;
     }
 
-    // --- Coming and going
+    // --- Registration and removal
 
     /** The names of the channel's objects that belong to a published one: itself and its members. */
     function names_of_parts(name, methods, variables) {
@@ -212,12 +224,12 @@ var ___godot_channel = null;
         return [name, ...members.map(member => name + "." + member)];
     }
 
-    /** What the channel's objects would look for references to others in is plain data. */
+    /** Data is plain: the channel's objects must not look for references to other objects in it. */
     function take_data_as_it_is(channel_object) {
         channel_object.unwrapQObject = data => data;
     }
 
-    /** Makes the channel know objects as they are described now, in place of what it knew before. */
+    /** Replaces the channel's descriptions of these objects by the current ones. */
     function learn(channel, descriptions, names) {
         for (const name of names.filter(name => has_own(descriptions, name)))
             take_data_as_it_is(new ChannelObject(name, descriptions[name], channel));
@@ -236,22 +248,23 @@ var ___godot_channel = null;
     }
 
     /**
-     * Asks for descriptions of what is published when the question arrives: by `question.objects`, which
-     * are names, of these objects and their members, else of all.
+     * Requests descriptions of the objects that are published when the request arrives: if
+     * `question.objects` is set, of the objects with these names and their members, otherwise of
+     * all.
      */
     function describe(channel, question, callback) {
         channel.exec(Object.assign({type: MessageTypes.init}, question), callback);
     }
 
     /**
-     * Sets up objects that come later. A client of the channel is not told what they are, so it asks, for
-     * all that have come in the meantime at once.
+     * Sets up objects that are published later. The channel does not describe them to a client, so
+     * this class requests descriptions, for all objects registered in the meantime at once.
      */
     class Newcomers {
         constructor(channel) {
             this.channel = channel;
             this.waiting = new Set();
-            this.asked_for = null;  // the names that the question under way is about
+            this.asked_for = null;  // the names in the current request
         }
 
         add(name) {
@@ -302,15 +315,18 @@ var ___godot_channel = null;
 
     let is_parsed = typeof document === "undefined" || document.readyState !== "loading";
 
-    /** Once, and not before the page's own scripts have had their turn: they have to listen. */
+    /**
+     * Dispatches the event once, after the page's own scripts have had the chance to listen for it.
+     */
     function announce_if_ready() {
         if ($g && is_parsed)
             window.dispatchEvent(new Event("godot.ready"));
     }
 
     /**
-     * After all listeners of the page's own to the same event. The page can keep later ones from hearing
-     * it, but not the very first; document.open() takes that away, so the time tells as well.
+     * Runs after all listeners of the page for the same event. The page can stop the event for
+     * later listeners, but not for the first one; document.open() removes that one, so a timer
+     * checks as well.
      */
     function watch_parsing() {
         const when_parsed = () => {
@@ -333,13 +349,19 @@ var ___godot_channel = null;
         setTimeout(look, 50);
     }
 
-    /** Reached as properties of the global object, where they do not show up among the page's own. */
+    /**
+     * Defines the functions on the global object, not enumerable, so that they do not appear among
+     * the page's own.
+     */
     function offer_globally(functions) {
         for (const name of Object.keys(functions))
             Object.defineProperty(self, name, {value: functions[name], configurable: true});
     }
 
-    /** What the manager tells before $g is there is part of what $g is made from. */
+    /**
+     * Signals of the manager that arrive before $g exists are already part of the descriptions from
+     * which $g is created.
+     */
     function connect_manager(manager, channel) {
         const when_ready = handler => (...values) => {
             if ($g)
@@ -364,8 +386,8 @@ var ___godot_channel = null;
     }
 
     /**
-     * Lets the page have channels of its own beside this one. The engine calls `onmessage`, which is one
-     * place for all, so what the page puts there is called after `handler`.
+     * Lets the page use channels of its own beside this one. The engine calls `onmessage`, which
+     * exists only once, so the page's function is called after `handler`.
      */
     function share_transport(transport, handler) {
         const BUNDLE = 100;  // several messages in one
@@ -382,7 +404,7 @@ var ___godot_channel = null;
         };
         const receive = message => {
             if (handed_out.has(message))
-                return;  // by a handler of the page that calls what it has found here
+                return;  // called by a handler of the page that has found this function
             const data = JSON.parse(message.data);
             const parts = data.type === BUNDLE ? data.data : [data];
             for (const part of parts) {
@@ -392,7 +414,7 @@ var ___godot_channel = null;
                     report(error);
                 }
             }
-            // Once for all, which lets the game send more.
+            // One acknowledgement for all parts, which lets the game send more.
             if (parts.some(part => part.type === MessageTypes.propertyUpdate))
                 transport.send(JSON.stringify({type: MessageTypes.idle}));
         };
@@ -405,13 +427,13 @@ var ___godot_channel = null;
     }
 
     /**
-     * Makes the page's last write of a property the value that it has until the game has answered: what
-     * the game has said before it knew of that write is out of date.
+     * Keeps the page's last write to a property as its value until the game has answered: updates
+     * that the game sent before it received the write are out of date.
      */
     class Writes {
         constructor(channel) {
             this.channel = channel;
-            this.under_way = new Map();  // by the channel's objects: how many, and of which property
+            this.under_way = new Map();  // by channel object: the number of writes and the property
         }
 
         send(message, exec) {
@@ -430,7 +452,7 @@ var ___godot_channel = null;
                 target.__propertyCache__[write.property] = value;
         }
 
-        /** Takes out of an update what is out of date. */
+        /** Removes outdated values from an update. */
         correct(update) {
             for (const {object, properties} of update.data) {
                 const write = this.under_way.get(this.channel.objects[object]);
@@ -441,15 +463,16 @@ var ___godot_channel = null;
     }
 
     /**
-     * What the page that was here before has asked for is answered to this one, by the number of the
-     * question. So the numbers begin elsewhere in each page, and answers to others are dropped.
+     * Answers to requests of the previous page arrive at this one, with the ids of those requests.
+     * Ids therefore start at a random number in each page, and answers with other ids are dropped.
      */
     function open_channel(when_open) {
         let channel = null;
         let writes = null;
         const transport = {
-            // The first question, which opens the view's gate, need not be answered with anything. It
-            // begins the page: the game sends it nothing of before, and several messages in one.
+            // The first request, which opens the view's gate, needs no description in its answer.
+            // It starts the page: the game sends nothing of before, and may send several messages
+            // in one.
             send: message => qt.webChannelTransport.send(channel ? message
                 : JSON.stringify(Object.assign(JSON.parse(message), {bundles: true, objects: []}))),
         };
@@ -460,7 +483,7 @@ var ___godot_channel = null;
                 writes.correct(data);
             transport.onmessage({data: data});
         });
-        // The channel counts from 0, and asks its first question as it is made.
+        // The channel counts from 0 and sends its first request during construction.
         Object.defineProperty(QWebChannel.prototype, "execId", {
             configurable: true,
             set(first) {
@@ -475,7 +498,7 @@ var ___godot_channel = null;
         channel.exec = (message, callback) => {
             if (message.type === MessageTypes.setProperty && !callback)
                 writes.send(message, exec);
-            else if (message.type !== MessageTypes.idle)  // which is said where messages come in
+            else if (message.type !== MessageTypes.idle)  // sent in share_transport()
                 exec(message, callback);
         };
         return channel;
@@ -502,19 +525,19 @@ var ___godot_channel = null;
                 newcomers.remove(name);
                 forget(channel, name);
             },
-            // An object may have the name of these members, so they are not looked up in $g.
+            // An object may have the names of these members, so they are not looked up in $g.
             ___godot_announce_registered: name => Godot.prototype.objectRegistered.call($g, name),
             ___godot_announce_removed: name => Godot.prototype.objectRemoved.call($g, name),
         });
-        // A description that is asked for after this is followed by every change to it.
+        // Every change after the requested description is reported.
         connect_manager(manager, channel);
         describe(channel, {}, descriptions => begin(channel, manager, descriptions));
     }
 
     open_channel(channel => {
-        // A map without a prototype takes any name.
+        // A map without a prototype accepts any name.
         channel.objects = Object.create(null);
-        // Who was let in by the first question begins the page by this one.
+        // The first request has opened the gate; this one starts the page.
         describe(channel, {bundles: true, objects: ["___cm"]}, descriptions => {
             learn(channel, descriptions, ["___cm"]);
             if (channel.objects.___cm)
