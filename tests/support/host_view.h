@@ -3,7 +3,7 @@
 #include "support/console_log.h"
 #include "support/image.h"
 #include "support/library.h"
-#include "support/vulkan_host.h"
+#include "support/vulkan/vulkan_host.h"
 #include "support/wait.h"
 
 #include <marlune/mquick_view.h>

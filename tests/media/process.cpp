@@ -1,0 +1,151 @@
+// The end of a process whose players still play, load or wait: it is clean all the same. Each case runs
+// in a process of its own.
+
+#include "support/library.h"
+#include "support/media/host_video_view.h"
+#include "support/process/lives.h"
+#include "support/process/processes.h"
+#include "support/process/sanitizers.h"
+
+#include <marlune/app.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace marlune::test {
+
+namespace {
+
+/** The threads of players that are at work. */
+int player_threads()
+{
+    int count = 0;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::string name;
+        std::ifstream(task.path() / "comm") >> name;
+        count += name.starts_with("QFFmpeg");
+    }
+    return count;
+}
+
+MVideoPlayerView playing_view(const std::string& clip)
+{
+    MVideoPlayerView view;
+    view.set_view_monitor(host().instance());
+    view.set_statistics_monitor(host().physical_device(), host().device());
+    view.set_resolution({640, 360});
+    view.set_loops(static_cast<unsigned int>(-1));
+    view.set_source(clip_url(clip));
+    require(view.load("Multimedia", "VideoPlayer"), "the scene loads");
+    require(wait_until([&] {
+                view.render();
+                return view.get_position() > 200;
+            }),
+            "it plays");
+    return view;
+}
+
+void orderly_end()
+{
+    start_library();
+    MVideoPlayerView view = playing_view("numbered.mp4");
+    view.destroy();
+    M::destroy();
+    release_host();
+}
+
+void stop_while_it_plays()
+{
+    leave_views_behind();
+    start_library();
+    const MVideoPlayerView view = playing_view("numbered.mp4");
+    playing_view("tracks.mkv");
+    require(player_threads() >= 4, "players work on threads");
+    M::destroy();
+    require(player_threads() == 0, "which end before the host leaves main");
+    require(view.get_position() == 0, "calls after the stop return their defaults");
+    view.set_func_on_position_changed([](int64_t) {});
+    view.reset();
+}
+
+void stop_while_it_loads()
+{
+    leave_views_behind();
+    start_library();
+    std::vector<MVideoPlayerView> views(4);
+    for (const MVideoPlayerView& view : views)
+        view.set_source(clip_url("long.mp4"));
+    M::destroy();
+}
+
+void stop_with_a_view_that_was_reset()
+{
+    leave_views_behind();
+    start_library();
+    const MVideoPlayerView view = playing_view("numbered.mp4");
+    view.reset();
+    M::destroy();
+}
+
+void exit_while_it_plays()
+{
+    leave_views_behind();
+    start_library();
+    playing_view("numbered.mp4");
+    M::destroy();
+    std::exit(EXIT_SUCCESS);
+}
+
+void return_while_it_plays()
+{
+    leave_views_behind();
+    start_library();
+    playing_view("numbered.mp4");
+}
+
+void exit_in_a_position_callback()
+{
+    leave_views_behind();
+    start_library();
+    const MVideoPlayerView view = playing_view("numbered.mp4");
+    view.set_func_on_position_changed([](int64_t) { std::exit(EXIT_SUCCESS); });
+    wait_until([&] {
+        view.render();
+        return false;
+    });
+    require(false, "exit() does not return");
+}
+
+const Lives LIVES = {
+    {"orderly_end", orderly_end},
+    {"stop_while_it_plays", stop_while_it_plays},
+    {"stop_while_it_loads", stop_while_it_loads},
+    {"stop_with_a_view_that_was_reset", stop_with_a_view_that_was_reset},
+    {"exit_while_it_plays", exit_while_it_plays},
+    {"return_while_it_plays", return_while_it_plays},
+    {"exit_in_a_position_callback", exit_in_a_position_callback},
+};
+
+class PlayersLives : public testing::TestWithParam<std::string> {};
+
+TEST_P(PlayersLives, end_cleanly_and_leave_no_process_behind)
+{
+    EXPECT_TRUE(ends_cleanly(GetParam()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Process, PlayersLives, testing::ValuesIn(names_of(LIVES)),
+                         [](const auto& test) { return test.param; });
+
+}  // namespace
+
+}  // namespace marlune::test
+
+int main(int argc, char** argv)
+{
+    return marlune::test::run_life_or_tests(argc, argv, marlune::test::LIVES);
+}
