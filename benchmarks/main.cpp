@@ -7,11 +7,11 @@
 //
 // The project root, in which the library finds Qt's files, is read from MARLUNE_PROJECT_ROOT.
 
-#include "bench_view.h"
-#include "fresh_process.h"
-#include "measures.h"
-#include "raw_scheme.h"
-#include "screen_painter.h"
+#include "measures/measures.h"
+#include "ours/view.h"
+#include "raw/scheme.h"
+#include "support/fresh_process.h"
+#include "support/screen_painter.h"
 
 #include <marlune/app.h>
 

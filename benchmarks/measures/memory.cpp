@@ -1,0 +1,108 @@
+#include "support/fresh_process.h"
+
+#include "ours/view.h"
+#include "raw/application.h"
+#include "raw/view.h"
+
+#include <malloc.h>
+
+#include <fstream>
+#include <limits>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace marlune::bench {
+
+namespace {
+
+constexpr Picture picture{1280, 720};
+constexpr int view_count = 16;
+constexpr int frames_drawn = 4;
+
+struct Memory {
+    double resident = 0;
+    double proportional = 0;
+};
+
+/** This process's memory in MiB, without what the allocator merely keeps. */
+Memory memory_now()
+{
+    malloc_trim(0);
+    std::ifstream file("/proc/self/smaps_rollup");
+    Memory memory;
+    std::string field;
+    while (file >> field) {
+        if (field == "Rss:" && file >> memory.resident)
+            memory.resident /= 1024;
+        else if (field == "Pss:" && file >> memory.proportional)
+            memory.proportional /= 1024;
+    }
+    if (memory.resident <= 0 || memory.proportional <= 0)
+        throw std::runtime_error("cannot read /proc/self/smaps_rollup");
+    return memory;
+}
+
+/** What a view costs beyond the first, which pays for all that views share. */
+template <typename View, typename Make>
+Numbers memory_a_view(Make make)
+{
+    std::vector<std::unique_ptr<View>> views;
+    const auto draw_a_while = [&views] {
+        for (int frame = 0; frame < frames_drawn; ++frame) {
+            wait_for_next_frame();
+            for (const auto& view : views)
+                view->render();
+        }
+        return memory_now();
+    };
+
+    views.push_back(make());
+    const Memory before = draw_a_while();
+    for (int i = 0; i < view_count; ++i)
+        views.push_back(make());
+    const Memory after = draw_a_while();
+    return {(after.resident - before.resident) / view_count,
+            (after.proportional - before.proportional) / view_count};
+}
+
+auto sampled(Samples& resident, Samples& proportional, const char* name)
+{
+    return [&resident, &proportional, name](bool counts) {
+        const Numbers memory = sample_in_fresh_process(name);
+        if (!counts)
+            return;
+        resident.add(memory.at(0));
+        proportional.add(memory.at(1));
+    };
+}
+
+}  // namespace
+
+Numbers memory_of_library()
+{
+    Gpu gpu;
+    const Library library;
+    return memory_a_view<BenchView>([&] { return std::make_unique<BenchView>(gpu, picture); });
+}
+
+Numbers memory_of_raw_qt()
+{
+    const Gpu gpu;
+    const RawApplication application;
+    return memory_a_view<RawView>(
+        [&] { return std::make_unique<RawView>(application.qt_thread(), gpu, picture); });
+}
+
+void measure_memory(Table& table, Thoroughness much)
+{
+    Comparison resident;
+    Comparison proportional;
+    alternate({much(3), 15s}, sampled(resident.library, proportional.library, "memory-library"),
+              sampled(resident.raw, proportional.raw, "memory-raw"), [] {});
+    table.add({"memory a view, 1280x720, RSS", "MiB", resident, false});
+    table.add({"memory a view, 1280x720, PSS", "MiB", proportional, false});
+}
+
+}  // namespace marlune::bench

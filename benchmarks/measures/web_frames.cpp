@@ -1,0 +1,155 @@
+#include "measures/measures.h"
+
+#include "support/pixel_reader.h"
+#include "support/process_tree.h"
+#include "support/web_pages.h"
+
+#include <cmath>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace marlune::bench {
+
+namespace {
+
+constexpr Picture picture{1280, 720};
+
+constexpr auto host_step = std::chrono::nanoseconds(1'000'000'000 / 60);
+constexpr int frames_to_settle = 20;
+constexpr int frames_a_turn = 60;
+
+// The page's stamp: tenths of a millisecond, in the three bytes of a colour.
+constexpr double stamps_a_millisecond = 10;
+constexpr double stamps_in_all = 1 << 24;
+constexpr double oldest_age =
+    2000;  // in ms; older is no age, but a colour that is none of the page's
+constexpr int32_t place_of_stamp = 16;
+
+/** What one side has done in its turn. */
+struct Turn {
+    double frames_a_second = 0;
+    double processor_time_a_frame = 0;
+    std::vector<double> ages;
+};
+
+double now_as_stamp()
+{
+    const Milliseconds now = std::chrono::system_clock::now().time_since_epoch();
+    return std::fmod(now.count() * stamps_a_millisecond, stamps_in_all);
+}
+
+double age_in_milliseconds(double now, double stamp)
+{
+    const double age = std::fmod(now - stamp + stamps_in_all, stamps_in_all) / stamps_a_millisecond;
+    if (age > oldest_age)
+        throw std::runtime_error("the texture does not show the page's stamp");
+    return age;
+}
+
+/** Draws sixty times a second, as a host does, and sees what becomes of the page's frames. */
+template <typename Page>
+class Watch {
+public:
+    /** The steps begin at the given share of those that the clock has had from its beginning on. */
+    Watch(Page& page, PixelReader& reader, double phase)
+        : page_(page), reader_(reader), texture_(page.texture())
+    {
+        const auto whole_steps = Clock::now().time_since_epoch() / host_step + 1;
+        next_ += whole_steps * host_step
+            + std::chrono::duration_cast<Clock::duration>(phase * host_step);
+    }
+
+    Turn watch()
+    {
+        for (int i = 0; i < frames_to_settle; ++i)
+            draw();
+
+        Turn turn;
+        const double processor_time = processor_time_of_tree();
+        const auto start = Clock::now();
+        for (int i = 0; i < frames_a_turn; ++i) {
+            const double previous = stamp_;
+            const double drawn_at = draw();
+            if (stamp_ != previous)
+                turn.ages.push_back(age_in_milliseconds(drawn_at, stamp_));
+        }
+        const std::chrono::duration<double> time = Clock::now() - start;
+        if (turn.ages.empty())
+            throw std::runtime_error("no frame of the page has reached the texture");
+        const auto count = static_cast<double>(turn.ages.size());
+        turn.frames_a_second = count / time.count();
+        turn.processor_time_a_frame = (processor_time_of_tree() - processor_time) / count;
+        return turn;
+    }
+
+private:
+    /** Returns when the frame's pixels were there, as a stamp. */
+    double draw()
+    {
+        next_ += host_step;
+        std::this_thread::sleep_until(next_);
+        page_.render();
+        const double drawn_at = now_as_stamp();
+        const Colour colour = reader_.read(texture_, place_of_stamp, place_of_stamp);
+        stamp_ = colour.red * 65536.0 + colour.green * 256.0 + colour.blue;
+        return drawn_at;
+    }
+
+    Page& page_;
+    PixelReader& reader_;
+    uint64_t texture_;
+    Clock::time_point next_{};
+    double stamp_ = -1;
+};
+
+/** The rows of the table, filled turn by turn. */
+class Turns {
+public:
+    explicit Turns(Gpu& gpu) : reader_(gpu) {}
+
+    template <typename Page>
+    void take(Page& page, Samples Comparison::*side, bool counts)
+    {
+        page.run("animate(true)");
+        // The page's clock and the host's go at the same rate, so chance decides how they meet for all
+        // of a turn. Each round has another phase, the same for both sides, and all phases come evenly.
+        const int round = turns_++ / 2;
+        const Turn turn = Watch(page, reader_, std::fmod(round * golden_section, 1)).watch();
+        page.run("animate(false)");
+        if (!counts)
+            return;
+        (rates.*side).add(turn.frames_a_second);
+        (processor_times.*side).add(turn.processor_time_a_frame);
+        (ages.*side).add(turn.ages);
+    }
+
+    Comparison rates{.kind = Kind::Rate};
+    Comparison processor_times;
+    Comparison ages;
+
+private:
+    static constexpr double golden_section = 0.6180339887;
+
+    PixelReader reader_;
+    int turns_ = 0;
+};
+
+}  // namespace
+
+void measure_web_frames(Table& table, Thoroughness much, Gpu& gpu)
+{
+    WebPages pages(gpu, picture, "frames.html");
+    Turns turns(gpu);
+    alternate(
+        {much(30), 75s},
+        [&](bool counts) { turns.take(pages.library, &Comparison::library, counts); },
+        [&](bool counts) { turns.take(pages.raw, &Comparison::raw, counts); }, [] {});
+    table.add({"page's frames, 1280x720", "1/s", turns.rates, false});
+    table.add({"processor time a page's frame", "ms", turns.processor_times, false});
+    table.add({"age of a page's frame", "ms", turns.ages});
+}
+
+}  // namespace marlune::bench

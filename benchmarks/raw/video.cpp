@@ -1,0 +1,130 @@
+#include "raw/video.h"
+
+#include "raw/scene.h"
+
+#include <QAudioOutput>
+#include <QMediaMetaData>
+#include <QMediaPlayer>
+#include <QMetaObject>
+#include <QUrl>
+#include <QVideoFrame>
+#include <QVideoSink>
+
+namespace marlune::bench {
+
+namespace {
+
+constexpr auto blocking = Qt::BlockingQueuedConnection;
+constexpr auto component = "qrc:/Bench/RawVideo.qml";
+
+QMediaPlayer* make_player(const std::string& clip)
+{
+    auto* const player = new QMediaPlayer;
+    player->setAudioOutput(new QAudioOutput(player));
+    player->setLoops(QMediaPlayer::Infinite);
+    player->setSource(QUrl(QString::fromStdString(clip)));
+    return player;
+}
+
+std::map<std::string, std::string> texts_of(const QMediaMetaData& metadata)
+{
+    std::map<std::string, std::string> texts;
+    for (const QMediaMetaData::Key key : metadata.keys())
+        texts[QMediaMetaData::metaDataKeyToString(key).toStdString()] =
+            metadata.value(key).toString().toStdString();
+    return texts;
+}
+
+}  // namespace
+
+RawPlayer::RawPlayer(QObject* qt_thread, const std::string& clip) : qt_thread_(qt_thread)
+{
+    QMetaObject::invokeMethod(
+        qt_thread_, [&] { player_ = make_player(clip); }, blocking);
+}
+
+RawPlayer::~RawPlayer()
+{
+    QMetaObject::invokeMethod(
+        qt_thread_, [player = player_] { delete player; }, blocking);
+}
+
+void RawPlayer::set_sink(QVideoSink* sink)
+{
+    QMetaObject::invokeMethod(
+        player_, [player = player_, sink] { player->setVideoSink(sink); }, blocking);
+}
+
+void RawPlayer::play() const
+{
+    QMetaObject::invokeMethod(
+        player_, [player = player_] { player->play(); }, blocking);
+}
+
+void RawPlayer::stop() const
+{
+    QMetaObject::invokeMethod(
+        player_, [player = player_] { player->stop(); }, blocking);
+}
+
+uint64_t RawPlayer::position() const
+{
+    qint64 position = 0;
+    QMetaObject::invokeMethod(
+        player_, [player = player_] { return player->position(); }, blocking, &position);
+    return static_cast<uint64_t>(position);
+}
+
+std::map<std::string, std::string> RawPlayer::metadata() const
+{
+    std::map<std::string, std::string> texts;
+    QMetaObject::invokeMethod(
+        player_, [player = player_] { return texts_of(player->metaData()); }, blocking, &texts);
+    return texts;
+}
+
+RawVideo::RawVideo(QObject* qt_thread, const Gpu& gpu, Picture picture, const std::string& clip)
+    : player_(qt_thread, clip)
+{
+    QVideoSink* sink = nullptr;
+    const auto set_up = [&] {
+        scene_ = new RawScene(gpu, picture, component);
+        texture_ = scene_->texture();
+        sink = scene_->video_sink();
+    };
+    QMetaObject::invokeMethod(qt_thread, set_up, blocking);
+    player_.set_sink(sink);
+}
+
+RawVideo::~RawVideo()
+{
+    player_.set_sink(nullptr);
+    QMetaObject::invokeMethod(
+        scene_, [scene = scene_] { scene->deleteLater(); }, blocking);
+}
+
+void RawVideo::render() const
+{
+    QMetaObject::invokeMethod(
+        scene_, [scene = scene_] { scene->render(); }, blocking);
+}
+
+BareVideo::BareVideo(QObject* qt_thread, const std::string& clip) : player_(qt_thread, clip)
+{
+    const auto set_up = [this] {
+        sink_ = new QVideoSink;
+        QObject::connect(sink_, &QVideoSink::videoFrameChanged, sink_,
+                         [this](const QVideoFrame& frame) { pictures_ += frame.isValid(); });
+    };
+    QMetaObject::invokeMethod(qt_thread, set_up, blocking);
+    player_.set_sink(sink_);
+}
+
+BareVideo::~BareVideo()
+{
+    player_.set_sink(nullptr);
+    QMetaObject::invokeMethod(
+        sink_, [sink = sink_] { sink->deleteLater(); }, blocking);
+}
+
+}  // namespace marlune::bench

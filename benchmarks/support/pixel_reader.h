@@ -1,0 +1,48 @@
+#pragma once
+
+#include "support/gpu.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace marlune::bench {
+
+struct Colour {
+    uint8_t red, green, blue, alpha;
+    bool operator==(const Colour&) const = default;
+};
+
+/**
+ * Reads single pixels of the textures that both sides have drawn, as a host does who samples them. Uses
+ * the device's queue: never while a view draws.
+ */
+class PixelReader {
+public:
+    explicit PixelReader(const Gpu& gpu);
+    ~PixelReader();
+    PixelReader(const PixelReader&) = delete;
+    PixelReader& operator=(const PixelReader&) = delete;
+
+    /** The pixel at (x, y) of a texture that rests in the layout of a colour attachment. */
+    Colour read(uint64_t texture, int32_t x, int32_t y);
+    /** The pixels at up to 16 places of it. They hold until the next call. */
+    std::span<const Colour> read(uint64_t texture, std::span<const VkOffset3D> places);
+
+private:
+    static constexpr std::size_t most_pixels = 16;
+
+    void create_buffer(VkPhysicalDevice physical_device);
+    void create_commands();
+    void record_copy(VkImage image, std::span<const VkOffset3D> places);
+
+    VkDevice device_;
+    VkQueue queue_ = VK_NULL_HANDLE;
+    VkCommandPool pool_ = VK_NULL_HANDLE;
+    VkCommandBuffer commands_ = VK_NULL_HANDLE;
+    VkBuffer buffer_ = VK_NULL_HANDLE;
+    VkDeviceMemory memory_ = VK_NULL_HANDLE;
+    const Colour* pixels_ = nullptr;
+};
+
+}  // namespace marlune::bench
