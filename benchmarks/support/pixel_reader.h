@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/gpu.h"
+#include "support/vulkan/kit.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -20,9 +21,6 @@ struct Colour {
 class PixelReader {
 public:
     explicit PixelReader(const Gpu& gpu);
-    ~PixelReader();
-    PixelReader(const PixelReader&) = delete;
-    PixelReader& operator=(const PixelReader&) = delete;
 
     /** The pixel at (x, y) of a texture that rests in the layout of a colour attachment. */
     Colour read(uint64_t texture, int32_t x, int32_t y);
@@ -32,17 +30,8 @@ public:
 private:
     static constexpr std::size_t most_pixels = 16;
 
-    void create_buffer(VkPhysicalDevice physical_device);
-    void create_commands();
-    void record_copy(VkImage image, std::span<const VkOffset3D> places);
-
-    VkDevice device_;
-    VkQueue queue_ = VK_NULL_HANDLE;
-    VkCommandPool pool_ = VK_NULL_HANDLE;
-    VkCommandBuffer commands_ = VK_NULL_HANDLE;
-    VkBuffer buffer_ = VK_NULL_HANDLE;
-    VkDeviceMemory memory_ = VK_NULL_HANDLE;
-    const Colour* pixels_ = nullptr;
+    vulkan::ReadableBuffer buffer_;
+    vulkan::TextureReader reader_;
 };
 
 }  // namespace marlune::bench

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "support/image.h"
+#include "support/vulkan/kit.h"
 
 #include <vulkan/vulkan.h>
 
 #include <cstdint>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -46,15 +48,12 @@ public:
 
 private:
     void create_instance(const std::vector<const char*>& layers);
-    void choose_physical_device();
-    void create_device(uint32_t queues);
 
     VkInstance instance_ = VK_NULL_HANDLE;
     VkDebugUtilsMessengerEXT messenger_ = VK_NULL_HANDLE;
     VkPhysicalDevice physical_device_ = VK_NULL_HANDLE;
     VkDevice device_ = VK_NULL_HANDLE;
-    VkQueue queue_ = VK_NULL_HANDLE;
-    VkCommandPool command_pool_ = VK_NULL_HANDLE;
+    std::optional<vulkan::TextureReader> reader_;
     std::mutex queue_mutex_;
 };
 
