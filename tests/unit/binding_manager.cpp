@@ -77,40 +77,6 @@ void expect_occupied(const std::string& name)
 
 }  // namespace
 
-TEST_F(Manager, has_the_interface_that_pages_know_by_its_order)
-{
-    const QMetaObject& meta = DataBindingContextManager::staticMetaObject;
-    struct Member {
-        QMetaMethod::MethodType type;
-        QByteArray signature;
-        QList<QByteArray> names;
-    };
-    const std::vector<Member> members = {
-        {QMetaMethod::Signal,
-         "propChanged(QString,QString,QVariant)",
-         {"object_name", "variable_name", "value"}},
-        {QMetaMethod::Signal,
-         "gdscriptSignalEmitted(QString,QString,QVariantList)",
-         {"object_name", "signal_name", "args"}},
-        {QMetaMethod::Signal, "objectRegistered(QString)", {"object_name"}},
-        {QMetaMethod::Signal, "objectdeRegistered(QString)", {"object_name"}},
-        {QMetaMethod::Method,
-         "registerObject(std::string,marlune::db::AbstractContextObjectStd*)",
-         {"name", "obj"}},
-        {QMetaMethod::Method, "deregisterObject(std::string)", {"name_str"}},
-    };
-    ASSERT_EQ(meta.methodCount() - meta.methodOffset(), static_cast<int>(members.size()));
-    for (int i = 0; i < static_cast<int>(members.size()); ++i) {
-        const QMetaMethod method = meta.method(meta.methodOffset() + i);
-        const Member& member = members[static_cast<size_t>(i)];
-        EXPECT_EQ(method.methodType(), member.type);
-        EXPECT_EQ(method.methodSignature(), member.signature);
-        EXPECT_EQ(method.parameterNames(), member.names);
-    }
-    EXPECT_EQ(meta.method(meta.methodOffset() + 4).returnMetaType(), QMetaType::fromType<bool>());
-    EXPECT_EQ(meta.method(meta.methodOffset() + 5).returnMetaType(), QMetaType::fromType<bool>());
-}
-
 TEST_F(Manager, can_be_called_by_name_through_qt)
 {
     bool done = false;

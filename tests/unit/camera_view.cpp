@@ -9,12 +9,10 @@
 #include "support/fill_slot.h"
 #include "support/media/fake_camera.h"
 #include "support/message_log.h"
-#include "support/meta_methods.h"
 #include "support/qt_loop.h"
 #include "support/told.h"
 
 #include <QMediaDevices>
-#include <QMetaProperty>
 #include <QPointer>
 #include <QQmlComponent>
 #include <QQmlContext>
@@ -148,67 +146,6 @@ TEST(CameraHints, that_no_name_contains_mean_the_first_camera_with_a_warning)
     EXPECT_EQ(
         choose("%1 %s", two_cameras),
         (CameraChoice{0, QStringLiteral("Could not find camera by hint: %1 %s, setting default")}));
-}
-
-// --- The meta-object -------------------------------------------------------------------------------
-
-TEST_F(CameraViews, have_their_properties_in_order)
-{
-    const QMetaObject& meta = *view->metaObject();
-    EXPECT_STREQ(meta.className(), "marlune::CameraView");
-    ASSERT_EQ(meta.propertyCount() - meta.propertyOffset(), 2);
-    const QMetaProperty camera = meta.property(meta.propertyOffset());
-    EXPECT_STREQ(camera.name(), "camera");
-    EXPECT_STREQ(camera.typeName(), "QCamera*");
-    EXPECT_EQ(camera.notifySignal().name(), "cameraChanged");
-    const QMetaProperty fill_mode = meta.property(meta.propertyOffset() + 1);
-    EXPECT_STREQ(fill_mode.name(), "fill_mode");
-    EXPECT_STREQ(fill_mode.typeName(), "uint");
-    EXPECT_EQ(fill_mode.notifySignal().name(), "fill_modeChanged");
-}
-
-TEST_F(CameraViews, have_their_signals_in_order)
-{
-    const QStringList expected{"fill_modeChanged()", "cameraChanged()", "camera_hintChanged()"};
-    EXPECT_EQ(own_methods(CameraView::staticMetaObject, QMetaMethod::Signal), expected);
-}
-
-TEST_F(CameraViews, have_their_slots_in_order)
-{
-    const QStringList expected{
-        "onActivechanged()",
-        "onCameradevicechanged()",
-        "onCameraformatchanged()",
-        "onColortemperaturechanged()",
-        "onCustomfocuspointchanged()",
-        "onErrorchanged()",
-        "onErroroccurred(QCamera::Error,QString)",
-        "onExposurecompensationchanged(float)",
-        "onExposuremodechanged()",
-        "onExposuretimechanged(float)",
-        "onFlashmodechanged()",
-        "onFlashready(bool)",
-        "onFocusdistancechanged()",
-        "onFocusmodechanged()",
-        "onFocuspointchanged()",
-        "onIsosensitivitychanged(int)",
-        "onManualexposuretimechanged(float)",
-        "onManualisosensitivitychanged()",
-        "onMaximumzoomfactorchanged()",
-        "onMinimumzoomfactorchanged()",
-        "onSupportedfeatureschanged()",
-        "onTorchmodechanged()",
-        "onWhitebalancemodechanged()",
-        "onZoomfactorchanged()",
-        "onCameraHintChanged()",
-    };
-    EXPECT_EQ(own_methods(CameraView::staticMetaObject, QMetaMethod::Slot), expected);
-}
-
-TEST_F(CameraViews, have_one_invokable_method)
-{
-    EXPECT_EQ(own_methods(CameraView::staticMetaObject, QMetaMethod::Method),
-              QStringList{"set_fill_mode(uint)"});
 }
 
 TEST_F(CameraViews, begin_without_a_camera)

@@ -235,21 +235,6 @@ TEST_F(ContextObject, tells_of_changed_texts_of_a_property_and_only_of_changed_o
     }
 }
 
-TEST_F(ContextObject, has_no_signals_but_the_one_that_means_nothing)
-{
-    for (const QMetaObject* const meta :
-         {&DBAbstractContextObject::staticMetaObject, &DBMethodInfo::staticMetaObject,
-          &DBPropertyInfo::staticMetaObject}) {
-        ASSERT_GT(meta->methodCount(), meta->methodOffset());
-        EXPECT_EQ(meta->method(meta->methodOffset()).methodSignature(), "NOPSignal()");
-        for (int i = meta->methodOffset() + 1; i < meta->methodCount(); ++i)
-            EXPECT_NE(meta->method(i).methodType(), QMetaMethod::Signal);
-        // The web channel wants to know of every property when it changes.
-        for (int i = meta->propertyOffset(); i < meta->propertyCount(); ++i)
-            EXPECT_TRUE(meta->property(i).hasNotifySignal());
-    }
-}
-
 TEST_F(ContextObject, writes_signatures)
 {
     player.method("f", {{INT, "a"}, {STRING, "b"}});

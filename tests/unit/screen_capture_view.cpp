@@ -8,8 +8,6 @@
 #include "support/qt_loop.h"
 
 #include <QGuiApplication>
-#include <QMetaMethod>
-#include <QMetaProperty>
 #include <QQmlComponent>
 #include <QQmlContext>
 #include <QQmlEngine>
@@ -32,30 +30,6 @@ namespace marlune::test {
 namespace {
 
 constexpr auto NO_SCREEN_OF_THAT_NAME = "CaptureScreen: returning default primary screen";
-
-/** The type, the name, and the signal that tells of it. */
-QStringList own_properties(const QMetaObject& meta)
-{
-    QStringList texts;
-    for (int i = meta.propertyOffset(); i < meta.propertyCount(); ++i) {
-        const QMetaProperty property = meta.property(i);
-        texts +=
-            QStringLiteral("%1 %2 %3")
-                .arg(QLatin1StringView(property.typeName()), QLatin1StringView(property.name()),
-                     QLatin1StringView(property.notifySignal().name()));
-    }
-    return texts;
-}
-
-QStringList own_methods(const QMetaObject& meta, QMetaMethod::MethodType type)
-{
-    QStringList signatures;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
-        if (meta.method(i).methodType() == type)
-            signatures += QString::fromLatin1(meta.method(i).methodSignature());
-    }
-    return signatures;
-}
 
 /** Before anything else of a test: an application that has screens, as a QCoreApplication has not. */
 class WithApplication : public testing::Test {
@@ -190,19 +164,6 @@ protected:
 
 }  // namespace
 
-TEST_F(ScreenCaptureViews, have_their_properties_and_signals_in_order)
-{
-    const QMetaObject& meta = ScreenCaptureView::staticMetaObject;
-    EXPECT_STREQ(meta.className(), "marlune::ScreenCaptureView");
-    const QStringList properties{"uint active activeChanged",
-                                 "QString physical_screen_hint physical_screen_hintChanged"};
-    EXPECT_EQ(own_properties(meta), properties);
-    const QStringList signals_in_order{"activeChanged()", "physical_screen_hintChanged()"};
-    EXPECT_EQ(own_methods(meta, QMetaMethod::Signal), signals_in_order);
-    EXPECT_TRUE(own_methods(meta, QMetaMethod::Slot).isEmpty());
-    EXPECT_TRUE(own_methods(meta, QMetaMethod::Method).isEmpty());
-}
-
 TEST_F(ScreenCaptureViews, begin_active_and_without_a_wish)
 {
     EXPECT_EQ(view->property("active"), 1u);
@@ -312,20 +273,6 @@ protected:
 };
 
 }  // namespace
-
-TEST_F(ScreenRecorders, have_their_properties_signals_and_slots_in_order)
-{
-    const QMetaObject& meta = ScreenRecorder::staticMetaObject;
-    EXPECT_STREQ(meta.className(), "marlune::ScreenRecorder");
-    const QStringList properties{"uint active activeChanged", "QString physical_screen_hint ",
-                                 "QVideoSink* videoSink videoSinkChanged", "QString errorString "};
-    EXPECT_EQ(own_properties(meta), properties);
-    const QStringList signals_in_order{"videoSinkChanged()", "activeChanged()"};
-    EXPECT_EQ(own_methods(meta, QMetaMethod::Signal), signals_in_order);
-    EXPECT_EQ(own_methods(meta, QMetaMethod::Slot), QStringList{"on_set_active()"});
-    EXPECT_EQ(meta.method(meta.indexOfSlot("on_set_active()")).access(), QMetaMethod::Private);
-    EXPECT_TRUE(own_methods(meta, QMetaMethod::Method).isEmpty());
-}
 
 TEST_F(ScreenRecorders, begin_with_their_defaults_and_capture_nothing)
 {

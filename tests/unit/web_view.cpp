@@ -80,28 +80,12 @@ const QMetaObject& meta()
     return WebView::staticMetaObject;
 }
 
-QByteArrayList own_methods(QMetaMethod::MethodType type)
-{
-    QByteArrayList result;
-    for (int i = meta().methodOffset(); i < meta().methodCount(); ++i) {
-        const QMetaMethod method = meta().method(i);
-        if (method.methodType() == type)
-            result += method.methodSignature() + ' ' + method.parameterNames().join(',');
-    }
-    return result;
-}
-
 std::vector<QMetaProperty> own_properties()
 {
     std::vector<QMetaProperty> result;
     for (int i = meta().propertyOffset(); i < meta().propertyCount(); ++i)
         result.push_back(meta().property(i));
     return result;
-}
-
-QByteArray text(const char* word)
-{
-    return QByteArray(word);
 }
 
 class WebViewObject : public testing::Test {
@@ -121,64 +105,6 @@ protected:
 };
 
 }  // namespace
-
-TEST(WebViewMetaObject, has_its_signals_in_order)
-{
-    QByteArrayList expected{"audioMutedChanged(bool) status", "urlChanged(QString) url",
-                            "backgroundColorChanged(QString) color",
-                            "userAgentChanged(QString) user_agent",
-                            "zoomFactorChanged(double) factor"};
-    for (const auto& [property, initial] : SETTINGS)
-        expected += text(property) + "Changed(" + initial.typeName() + ") status";
-    EXPECT_EQ(own_methods(QMetaMethod::Signal), expected);
-}
-
-TEST(WebViewMetaObject, offers_two_methods_to_the_scene)
-{
-    EXPECT_EQ(own_methods(QMetaMethod::Method),
-              (QByteArrayList{
-                  "navigation_handler(QString,QString) url,navigationType",
-                  "onLoadingChanged(int,QString,QString,QString,int) "
-                  "status,url,errorDomain,errorString,errorCode",
-              }));
-    EXPECT_EQ(own_methods(QMetaMethod::Slot), QByteArrayList());
-}
-
-TEST(WebViewMetaObject, has_its_properties_in_order)
-{
-    QByteArrayList expected{"int idx", "QString url", "bool audio_muted", "double zoom_factor",
-                            "QString backgroundColor"};
-    for (const auto& [property, initial] : SETTINGS)
-        expected += text(initial.typeName()) + ' ' + property;
-    QByteArrayList actual;
-    for (const QMetaProperty& property : own_properties())
-        actual += text(property.typeName()) + ' ' + property.name();
-    EXPECT_EQ(actual, expected);
-}
-
-TEST(WebViewMetaObject, lets_all_properties_be_read_and_all_but_one_be_written)
-{
-    for (const QMetaProperty& property : own_properties()) {
-        EXPECT_TRUE(property.isReadable() && property.isStored() && property.isScriptable()
-                    && property.isDesignable())
-            << property.name();
-        EXPECT_EQ(property.isWritable(), text(property.name()) != "audio_muted") << property.name();
-    }
-}
-
-TEST(WebViewMetaObject, tells_of_changes_of_all_properties_but_one)
-{
-    const QMap<QByteArray, QByteArray> signals_of_other_names{
-        {"idx", ""},
-        {"audio_muted", "audioMutedChanged"},
-        {"zoom_factor", "zoomFactorChanged"},
-    };
-    for (const QMetaProperty& property : own_properties()) {
-        const QByteArray usual = text(property.name()) + "Changed";
-        EXPECT_EQ(property.notifySignal().name(),
-                  signals_of_other_names.value(property.name(), usual));
-    }
-}
 
 TEST_F(WebViewObject, starts_with_its_defaults)
 {
