@@ -5,18 +5,14 @@
 #include "marlune/app.h"
 #include "media/camera_hint.h"
 #include "runtime/host_callback.h"
-#include "runtime/media_part.h"
 #include "support/fill_slot.h"
+#include "support/media/callback_recorder.h"
 #include "support/media/fake_camera.h"
 #include "support/message_log.h"
 #include "support/qt_loop.h"
-#include "support/told.h"
 
 #include <QMediaDevices>
 #include <QPointer>
-#include <QQmlComponent>
-#include <QQmlContext>
-#include <QQmlEngine>
 #include <QScopedValueRollback>
 #include <QSignalSpy>
 
@@ -64,15 +60,9 @@ protected:
         view = std::make_unique<CameraView>();
     }
 
-    void follow_all()
-    {
-        CameraCallbacks& callbacks = view->callbacks();
-#define MARLUNE_FOLLOW(kind, name, parameters, signal, slot) told.follow(callbacks.name, #name);
-        MARLUNE_CAMERA_CALLBACKS(MARLUNE_FOLLOW)
-#undef MARLUNE_FOLLOW
-    }
+    void follow_all() { recorder.follow_all(view->callbacks()); }
 
-    Told told;
+    CallbackRecorder recorder;
     std::unique_ptr<CameraView> view;
 };
 
@@ -148,6 +138,8 @@ TEST(CameraHints, that_no_name_contains_mean_the_first_camera_with_a_warning)
         (CameraChoice{0, QStringLiteral("Could not find camera by hint: %1 %s, setting default")}));
 }
 
+// --- Choosing one ----------------------------------------------------------------------------------
+
 TEST_F(CameraViews, begin_without_a_camera)
 {
     EXPECT_EQ(view->camera(), nullptr);
@@ -157,8 +149,6 @@ TEST_F(CameraViews, begin_without_a_camera)
     EXPECT_TRUE(view->auto_play());
 }
 
-// --- Choosing one ----------------------------------------------------------------------------------
-
 TEST_F(CameraViews, look_for_a_camera_when_their_turn_comes)
 {
     follow_all();
@@ -166,9 +156,9 @@ TEST_F(CameraViews, look_for_a_camera_when_their_turn_comes)
     view->set_camera_hint(QStringLiteral("usb"));
     EXPECT_EQ(view->camera_hint(), u"usb") << "at once";
     EXPECT_EQ(hint_changed.count(), 1);
-    EXPECT_EQ(told.take(), u"") << "not before its turn, not even on the Qt thread";
+    EXPECT_EQ(recorder.take(), u"") << "not before its turn, not even on the Qt thread";
     serve_events();
-    EXPECT_EQ(told.take(), u"error_occurred 1 no cameras found");
+    EXPECT_EQ(recorder.take(), u"error_occurred 1 no cameras found");
     EXPECT_EQ(view->camera(), nullptr);
 }
 
@@ -193,10 +183,10 @@ TEST_F(CameraViews, do_not_look_for_a_camera_under_a_callback)
         const HostCallbackScope scope;
         view->set_camera_hint(QStringLiteral("0"));
         serve_events();
-        EXPECT_EQ(told.take(), u"") << "it may be one of the camera that there is";
+        EXPECT_EQ(recorder.take(), u"") << "it may be one of the camera that there is";
     }
     serve_events();
-    EXPECT_EQ(told.take(), u"error_occurred 1 no cameras found");
+    EXPECT_EQ(recorder.take(), u"error_occurred 1 no cameras found");
 }
 
 TEST_F(CameraViews, keep_the_camera_they_have_when_there_is_none_to_choose)
@@ -312,7 +302,7 @@ TEST_F(CameraViews, tell_of_a_camera_that_cannot_be_opened)
     view->install(QCameraDevice());
     ASSERT_NE(view->camera()->errorString(), u"");
     EXPECT_EQ(
-        told.take(),
+        recorder.take(),
         QStringLiteral("error_occurred 1 %1 error_changed").arg(view->camera()->errorString()));
 }
 
@@ -335,33 +325,7 @@ TEST_F(CameraViews, remember_whether_they_play_by_themselves)
     EXPECT_TRUE(view->auto_play());
 }
 
-TEST_F(CameraViews, take_fill_modes_that_there_are_and_tell_of_each)
-{
-    QSignalSpy spy(view.get(), &CameraView::fill_modeChanged);
-    const std::pair<uint, uint> modes[] = {
-        {2, 2}, {2, 2}, {3, 0}, {1, 1}, {7, 0}, {0, 0}, {uint(-1), uint(-1)}, {uint(-2), 0}};
-    int told_of = 0;
-    for (const auto& [given, stored] : modes) {
-        view->set_fill_mode(given);
-        EXPECT_EQ(view->fill_mode(), stored) << given;
-        EXPECT_EQ(spy.count(), ++told_of) << given;
-    }
-}
-
 // --- Set-up and end of the scene -------------------------------------------------------------------
-
-TEST_F(CameraViews, are_the_context_of_their_scene_and_a_type_that_cannot_be_made)
-{
-    QQmlEngine engine;
-    view->prepare_context(engine.rootContext());
-    view->prepare_context(engine.rootContext());
-    EXPECT_EQ(engine.rootContext()->contextProperty("ctx").value<QObject*>(), view.get());
-    QQmlComponent component(&engine);
-    component.setData("import Custom 1.0\nCameraView {}", QUrl());
-    ASSERT_TRUE(component.isError());
-    EXPECT_EQ(component.errors().first().description(), u"Don't try to add to a qml definition");
-    serve_events();
-}
 
 TEST_F(CameraViews, give_the_camera_to_the_scene_with_which_it_goes)
 {
@@ -389,79 +353,7 @@ TEST_F(CameraViews, survive_a_scene_that_takes_their_camera_along)
     EXPECT_TRUE(view->camera());
 }
 
-TEST_F(CameraViews, end_their_camera_with_themselves)
-{
-    view->install(QCameraDevice());
-    const QPointer camera = view->camera();
-    view.reset();
-    EXPECT_FALSE(camera);
-}
-
-TEST_F(CameraViews, end_all_cameras_when_the_library_stops)
-{
-    CameraView other;
-    other.install(QCameraDevice());
-    view->install(QCameraDevice());
-    media_part::close_players();
-    EXPECT_FALSE(view->camera() || other.camera());
-}
-
 // --- The callbacks ---------------------------------------------------------------------------------
-
-TEST_F(CameraViews, tell_the_host_of_each_signal)
-{
-    view->install(QCameraDevice());
-    follow_all();
-    QCamera& camera = *view->camera();
-    emit camera.activeChanged(true);
-    EXPECT_EQ(told.take(), u"active_changed");
-    emit camera.cameraDeviceChanged();
-    EXPECT_EQ(told.take(), u"camera_device_changed");
-    emit camera.cameraFormatChanged();
-    EXPECT_EQ(told.take(), u"camera_format_changed");
-    emit camera.colorTemperatureChanged();
-    EXPECT_EQ(told.take(), u"color_temperature_changed");
-    emit camera.customFocusPointChanged();
-    EXPECT_EQ(told.take(), u"custom_focus_point_changed");
-    emit camera.errorChanged();
-    EXPECT_EQ(told.take(), u"error_changed");
-    emit camera.errorOccurred(QCamera::CameraError, QStringLiteral("Nein, ölig"));
-    EXPECT_EQ(told.take(), u"error_occurred 1 Nein, ölig");
-    emit camera.exposureCompensationChanged(-0.5f);
-    EXPECT_EQ(told.take(), u"exposure_compensation_changed -0.5");
-    emit camera.exposureModeChanged();
-    EXPECT_EQ(told.take(), u"exposure_mode_changed");
-    emit camera.exposureTimeChanged(0.25f);
-    EXPECT_EQ(told.take(), u"exposure_time_changed 0.25");
-    emit camera.flashModeChanged();
-    EXPECT_EQ(told.take(), u"flash_mode_changed");
-    emit camera.flashReady(true);
-    EXPECT_EQ(told.take(), u"flash_ready true");
-    emit camera.focusDistanceChanged(0.5f);
-    EXPECT_EQ(told.take(), u"focus_distance_changed");
-    emit camera.focusModeChanged();
-    EXPECT_EQ(told.take(), u"focus_mode_changed");
-    emit camera.focusPointChanged();
-    EXPECT_EQ(told.take(), u"focus_point_changed");
-    emit camera.isoSensitivityChanged(400);
-    EXPECT_EQ(told.take(), u"iso_sensitivity_changed 400");
-    emit camera.manualExposureTimeChanged(0.125f);
-    EXPECT_EQ(told.take(), u"manual_exposure_time_changed 0.125");
-    emit camera.manualIsoSensitivityChanged(200);
-    EXPECT_EQ(told.take(), u"manual_iso_sensitivity_changed");
-    emit camera.maximumZoomFactorChanged(4);
-    EXPECT_EQ(told.take(), u"maximum_zoom_factor_changed");
-    emit camera.minimumZoomFactorChanged(1);
-    EXPECT_EQ(told.take(), u"minimum_zoom_factor_changed");
-    emit camera.supportedFeaturesChanged();
-    EXPECT_EQ(told.take(), u"supported_features_changed");
-    emit camera.torchModeChanged();
-    EXPECT_EQ(told.take(), u"torch_mode_changed");
-    emit camera.whiteBalanceModeChanged();
-    EXPECT_EQ(told.take(), u"white_balance_mode_changed");
-    emit camera.zoomFactorChanged(2);
-    EXPECT_EQ(told.take(), u"zoom_factor_changed");
-}
 
 TEST_F(CameraViews, tell_the_host_before_the_scene)
 {
@@ -475,15 +367,6 @@ TEST_F(CameraViews, tell_the_host_before_the_scene)
     fill(view->callbacks().active_changed, [&] { order.push_back("host"); });
     emit view->camera()->activeChanged(true);
     EXPECT_EQ(order, (std::vector<std::string>{"host", "scene"}));
-}
-
-TEST_F(CameraViews, do_without_callbacks)
-{
-    view->install(QCameraDevice());
-    const QPointer camera = view->camera();
-    emit camera->errorOccurred(QCamera::CameraError, QString());
-    emit camera->flashReady(true);
-    EXPECT_EQ(view->camera(), camera) << "it goes on as it was";
 }
 
 }  // namespace marlune::test

@@ -31,16 +31,13 @@ namespace {
 
 constexpr auto NO_SCREEN_OF_THAT_NAME = "CaptureScreen: returning default primary screen";
 
-/** Before anything else of a test: an application that has screens, as a QCoreApplication has not. */
+/** With an application that has screens, as a QCoreApplication has not. */
 class WithApplication : public testing::Test {
 protected:
     WithApplication()
     {
-        static int argument_count = 1;
-        static char name[] = "test";
-        static char* arguments[] = {name, nullptr};
         qputenv("QT_MEDIA_BACKEND", "ffmpeg");
-        static QGuiApplication application(argument_count, arguments);
+        have_application<QGuiApplication>();
     }
 };
 
@@ -186,21 +183,6 @@ TEST_F(ScreenCaptureViews, tell_of_what_the_host_sets_each_time)
     EXPECT_EQ(view->property("physical_screen_hint"), QStringLiteral("Übergröße"));
 }
 
-TEST_F(ScreenCaptureViews, tell_of_a_written_property_only_when_it_differs)
-{
-    QSignalSpy active(view.get(), &ScreenCaptureView::activeChanged);
-    QSignalSpy hint(view.get(), &ScreenCaptureView::physical_screen_hintChanged);
-    EXPECT_TRUE(view->setProperty("active", 1u));
-    EXPECT_TRUE(view->setProperty("physical_screen_hint", QStringLiteral("-1")));
-    EXPECT_EQ(active.count() + hint.count(), 0);
-    EXPECT_TRUE(view->setProperty("active", 0u));
-    EXPECT_TRUE(view->setProperty("physical_screen_hint", QStringLiteral("2")));
-    EXPECT_FALSE(view->active());
-    EXPECT_EQ(view->physical_screen_hint(), u"2");
-    EXPECT_EQ(active.count(), 1);
-    EXPECT_EQ(hint.count(), 1);
-}
-
 TEST_F(ScreenCaptureViews, are_active_with_any_number_but_zero)
 {
     QSignalSpy active(view.get(), &ScreenCaptureView::activeChanged);
@@ -225,28 +207,15 @@ TEST_F(ScreenCaptureViews, take_hints_from_any_thread_while_their_scene_reads_th
     EXPECT_TRUE(serve_until([&] { return scene->property("hint") == "a screen of number 2000"; }));
 }
 
-TEST_F(ScreenCaptureViews, are_the_context_of_their_scene_which_can_make_recorders)
+TEST_F(ScreenCaptureViews, let_their_scene_make_recorders)
 {
     QQmlEngine engine;
     view->prepare_context(engine.rootContext());
-    view->prepare_context(engine.rootContext());
-    EXPECT_EQ(engine.rootContext()->contextProperty("ctx").value<QObject*>(), view.get());
     QQmlComponent component(&engine);
     component.setData("import Custom 1.0\nScreenRecorder {}", QUrl());
     const std::unique_ptr<QObject> recorder(component.create());
     EXPECT_TRUE(qobject_cast<ScreenRecorder*>(recorder.get()))
         << component.errorString().toStdString();
-    serve_events();
-}
-
-TEST_F(ScreenCaptureViews, are_no_type_of_scenes)
-{
-    QQmlEngine engine;
-    view->prepare_context(engine.rootContext());
-    QQmlComponent component(&engine);
-    component.setData("import Custom 1.0\nScreenCaptureView {}", QUrl());
-    ASSERT_TRUE(component.isError());
-    EXPECT_EQ(component.errors().first().description(), u"ScreenCaptureView is not a type");
     serve_events();
 }
 

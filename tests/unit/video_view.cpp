@@ -5,20 +5,15 @@
 #include "media/metadata.h"
 #include "media/subtitle_text.h"
 #include "media/time_text.h"
-#include "runtime/media_part.h"
 #include "support/fill_slot.h"
+#include "support/media/callback_recorder.h"
 #include "support/message_log.h"
 #include "support/qt_loop.h"
-#include "support/told.h"
 
 #include <QFile>
 #include <QMediaMetaData>
 #include <QMetaEnum>
 #include <QMetaMethod>
-#include <QMetaProperty>
-#include <QQmlComponent>
-#include <QQmlContext>
-#include <QQmlEngine>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -103,40 +98,6 @@ TEST_F(VideoViews, own_a_player_with_its_output_until_they_have_a_scene)
     EXPECT_EQ(view->audio_output()->parent(), view.get());
     EXPECT_EQ(view->player()->audioOutput(), view->audio_output());
     EXPECT_EQ(view->player()->source(), QUrl());
-}
-
-TEST_F(VideoViews, tell_of_a_written_property_only_when_it_differs)
-{
-    const std::pair<const char*, QVariant> values[] = {
-        {"path_or_url", QStringLiteral("x")},
-        {"path_or_url_humanized", QStringLiteral("x")},
-        {"fill_mode", 7u},
-        {"ui_controls_source_humanized", false},
-        {"playing_position", qint64(5)},
-        {"playing_position_str", QStringLiteral("x")},
-        {"playing_minus_position_str", QStringLiteral("x")},
-        {"playing_position_pct", 2.5},
-        {"duration", qint64(5)},
-        {"countSubtitleTracks", 3},
-        {"countAudioTracks", 3},
-        {"countVideoTracks", 3},
-        {"controls_enabled", false},
-        {"controls_auto_hide", true},
-        {"player", QVariant::fromValue<QMediaPlayer*>(nullptr)},
-        {"audioOutput", QVariant::fromValue<QAudioOutput*>(nullptr)},
-    };
-    ASSERT_EQ(int(std::size(values)), VideoView::staticMetaObject.propertyCount()
-                  - VideoView::staticMetaObject.propertyOffset());
-    for (const auto& [name, value] : values) {
-        const QMetaObject& meta = *view->metaObject();
-        const QMetaProperty property = meta.property(meta.indexOfProperty(name));
-        QSignalSpy spy(view.get(), property.notifySignal());
-        EXPECT_TRUE(view->setProperty(name, value)) << name;
-        EXPECT_EQ(view->property(name), value) << name << " is stored as it is";
-        EXPECT_EQ(spy.count(), 1) << name;
-        EXPECT_TRUE(view->setProperty(name, value)) << name;
-        EXPECT_EQ(spy.count(), 1) << name << " again";
-    }
 }
 
 TEST_F(VideoViews, survive_a_scene_that_takes_their_player_away)
@@ -302,19 +263,6 @@ TEST_F(VideoViews, name_what_has_no_file_in_its_path_by_its_url)
 
 // --- What the scene asks ---------------------------------------------------------------------------
 
-TEST_F(VideoViews, take_fill_modes_that_there_are_and_tell_of_each)
-{
-    QSignalSpy spy(view.get(), &VideoView::fill_modeChanged);
-    const std::pair<uint, uint> modes[] = {
-        {2, 2}, {2, 2}, {3, 0}, {1, 1}, {0, 0}, {uint(-1), uint(-1)}, {uint(-2), 0}, {1000, 0}};
-    int told = 0;
-    for (const auto& [given, stored] : modes) {
-        view->set_fill_mode(given);
-        EXPECT_EQ(view->fill_mode(), stored) << given;
-        EXPECT_EQ(spy.count(), ++told) << given;
-    }
-}
-
 TEST_F(VideoViews, switch_the_controls_and_tell_of_it_each_time)
 {
     QSignalSpy enabled(view.get(), &VideoView::controls_enabledChanged);
@@ -369,19 +317,6 @@ TEST_F(VideoViews, tell_of_the_tracks_even_where_there_is_no_such_track)
 
 // --- Set-up and end of the scene --------------------------------------------------------------------
 
-TEST_F(VideoViews, are_the_context_of_their_scene_and_a_type_that_cannot_be_made)
-{
-    QQmlEngine engine;
-    view->prepare_context(engine.rootContext());
-    view->prepare_context(engine.rootContext());
-    EXPECT_EQ(engine.rootContext()->contextProperty("ctx").value<QObject*>(), view.get());
-    QQmlComponent component(&engine);
-    component.setData("import Custom 1.0\nVideoView {}", QUrl());
-    ASSERT_TRUE(component.isError());
-    EXPECT_EQ(component.errors().first().description(), u"Don't try to add to a qml definition");
-    serve_events();
-}
-
 TEST_F(VideoViews, give_the_player_to_the_scene_with_the_source)
 {
     // Of Qt 6.11, which opens it at once.
@@ -435,85 +370,7 @@ TEST_F(VideoViews, keep_a_player_that_no_scene_has_taken)
     EXPECT_TRUE(player);
 }
 
-TEST_F(VideoViews, end_their_player_with_themselves)
-{
-    const QPointer player = view->player();
-    const QPointer output = view->audio_output();
-    view.reset();
-    EXPECT_TRUE(!player && !output);
-}
-
-TEST_F(VideoViews, end_all_players_when_the_library_stops)
-{
-    VideoView other;
-    media_part::close_players();
-    EXPECT_FALSE(view->player() || view->audio_output() || other.player());
-}
-
 // --- The callbacks ----------------------------------------------------------------------------------
-
-namespace {
-
-void follow_all(Told& told, VideoCallbacks& callbacks)
-{
-#define MARLUNE_FOLLOW(source, name, parameters, signal, slot) told.follow(callbacks.name, #name);
-    MARLUNE_VIDEO_CALLBACKS(MARLUNE_FOLLOW)
-#undef MARLUNE_FOLLOW
-}
-
-}  // namespace
-
-TEST_F(VideoViews, tell_the_host_of_each_signal)
-{
-    Told told;
-    follow_all(told, view->callbacks());
-    QMediaPlayer& player = *view->player();
-    QAudioOutput& output = *view->audio_output();
-    emit player.activeTracksChanged();
-    EXPECT_EQ(told.take(), u"active_tracks_changed");
-    emit player.audioBufferOutputChanged();
-    EXPECT_EQ(told.take(), u"audio_buffer_output_changed");
-    emit player.audioOutputChanged();
-    EXPECT_EQ(told.take(), u"audio_output_changed");
-    emit player.bufferProgressChanged(0.5f);
-    EXPECT_EQ(told.take(), u"buffer_progress_changed 0.5");
-    emit player.durationChanged(9007199254740993);
-    EXPECT_EQ(told.take(), u"duration_changed 9007199254740993");
-    emit player.errorChanged();
-    EXPECT_EQ(told.take(), u"error_changed");
-    emit player.errorOccurred(QMediaPlayer::AccessDeniedError, QStringLiteral("Nein, ölig"));
-    EXPECT_EQ(told.take(), u"error_occurred 4 Nein, ölig");
-    emit player.hasAudioChanged(true);
-    EXPECT_EQ(told.take(), u"has_audio_changed true");
-    emit player.hasVideoChanged(false);
-    EXPECT_EQ(told.take(), u"has_video_changed false");
-    emit player.loopsChanged();
-    EXPECT_EQ(told.take(), u"loops_changed");
-    emit player.mediaStatusChanged(QMediaPlayer::InvalidMedia);
-    EXPECT_EQ(told.take(), u"media_status_changed 7");
-    emit player.metaDataChanged();
-    EXPECT_EQ(told.take(), u"metadata_changed");
-    emit output.mutedChanged(true);
-    EXPECT_EQ(told.take(), u"muted_changed true");
-    emit player.playbackRateChanged(1.25);
-    EXPECT_EQ(told.take(), u"playback_rate_changed 1.25");
-    emit player.playbackStateChanged(QMediaPlayer::PausedState);
-    EXPECT_EQ(told.take(), u"playback_state_changed 2");
-    emit player.playingChanged(true);
-    EXPECT_EQ(told.take(), u"playing_changed true");
-    emit player.positionChanged(-1);
-    EXPECT_EQ(told.take(), u"position_changed -1");
-    emit player.seekableChanged(true);
-    EXPECT_EQ(told.take(), u"seekable_changed true");
-    emit player.sourceChanged(QUrl(QStringLiteral("http://example.invalid/ä")));
-    EXPECT_EQ(told.take(), u"source_changed http://example.invalid/ä");
-    emit player.tracksChanged();
-    EXPECT_EQ(told.take(), u"tracks_changed");
-    emit player.videoOutputChanged();
-    EXPECT_EQ(told.take(), u"video_output_changed");
-    emit output.volumeChanged(0.75f);
-    EXPECT_EQ(told.take(), u"volume_changed 0.75");
-}
 
 TEST_F(VideoViews, tell_the_host_before_the_scene)
 {
@@ -528,23 +385,15 @@ TEST_F(VideoViews, tell_of_the_next_player_what_they_told_of_the_first)
 {
     auto root = std::make_unique<QObject>();
     view->post_setup(nullptr, root.get());
-    Told told;
-    follow_all(told, view->callbacks());
+    CallbackRecorder recorder;
+    recorder.follow_all(view->callbacks());
     view->before_reset();
-    EXPECT_EQ(told.take(), u"") << "what is taken over is no change";
+    EXPECT_EQ(recorder.take(), u"") << "what is taken over is no change";
     root.reset();
     emit view->player()->durationChanged(1);
-    EXPECT_EQ(told.take(), u"duration_changed 1") << "once";
+    EXPECT_EQ(recorder.take(), u"duration_changed 1") << "once";
     view->audio_output()->setVolume(0.5f);
-    EXPECT_EQ(told.take(), u"volume_changed 0.5");
-}
-
-TEST_F(VideoViews, do_without_callbacks)
-{
-    emit view->player()->errorOccurred(QMediaPlayer::ResourceError, QString());
-    emit view->audio_output()->volumeChanged(1);
-    emit view->player()->durationChanged(1);
-    EXPECT_EQ(view->property("duration"), 1) << "it goes on as it was";
+    EXPECT_EQ(recorder.take(), u"volume_changed 0.5");
 }
 
 // --- Subtitles ---------------------------------------------------------------------------------------
