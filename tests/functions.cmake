@@ -3,13 +3,12 @@
 set(marlune_test_environment "MARLUNE_PROJECT_ROOT=${PROJECT_BINARY_DIR}/project")
 set(marlune_test_clips "${PROJECT_BINARY_DIR}/clips")
 
-# marlune_add_test(<name> [LABELS <label>...] [LIBRARIES <target>...] [WHITEBOX] [OWN_MAIN] [CLIPS]
-#                  [TIMEOUT <seconds>])
-# A program test-<name>, which is one CTest test. Its source is named after it, without the name of
-# the folder: unit_calls is unit/calls.cpp. So is its label, by default. WHITEBOX tests see the
-# library's insides; those with CLIPS need the clips.
+# marlune_add_test(<name> [LIBRARIES <target>...] [WHITEBOX] [CLIPS] [TIMEOUT <seconds>])
+# A program test-<name>, which is one CTest test. Its label is the folder, and its source has the
+# rest of its name: unit_calls is unit/calls.cpp. WHITEBOX tests see the library's insides; those with
+# CLIPS need the clips.
 function(marlune_add_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "WHITEBOX;OWN_MAIN;CLIPS" "TIMEOUT" "LABELS;LIBRARIES")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "WHITEBOX;CLIPS" "TIMEOUT" "LIBRARIES")
     cmake_path(GET CMAKE_CURRENT_SOURCE_DIR FILENAME folder)
     string(REGEX REPLACE "^${folder}_" "" source "${name}")
     set(target test-${name})
@@ -17,26 +16,21 @@ function(marlune_add_test name)
     marlune_configure_target(${target})
     # Compiling them is most of a build, of which optimizing would be a third.
     target_compile_options(${target} PRIVATE -O0)
-    target_link_libraries(${target} PRIVATE marlune_test_support marlune_test_scenes ${arg_LIBRARIES})
+    target_link_libraries(${target} PRIVATE
+        marlune_test_main marlune_test_support marlune_test_scenes ${arg_LIBRARIES})
     if(arg_WHITEBOX)
         target_link_libraries(${target} PRIVATE marlune_objects)
     else()
         set_target_properties(${target} PROPERTIES AUTOMOC OFF)
         target_link_libraries(${target} PRIVATE marlune::marlune)
     endif()
-    if(NOT arg_OWN_MAIN)
-        target_link_libraries(${target} PRIVATE marlune_test_main)
-    endif()
     if(NOT arg_TIMEOUT)
         set(arg_TIMEOUT 120)
-    endif()
-    if(NOT arg_LABELS)
-        set(arg_LABELS ${folder})
     endif()
 
     add_test(NAME ${name} COMMAND ${target} WORKING_DIRECTORY "${PROJECT_BINARY_DIR}")
     set_tests_properties(${name} PROPERTIES
-        LABELS "${arg_LABELS}"
+        LABELS ${folder}
         TIMEOUT ${arg_TIMEOUT}
         ENVIRONMENT "${marlune_test_environment}")
     if(arg_CLIPS)

@@ -4,9 +4,9 @@
 #include "support/host_view.h"
 #include "support/library.h"
 #include "support/message_log.h"
-#include "support/process/lives.h"
 #include "support/process/processes.h"
 #include "support/process/sanitizers.h"
+#include "support/process/scenarios.h"
 
 #include <marlune/marlune.h>
 
@@ -37,9 +37,7 @@ VulkanHost& lasting_host()
 MQuickView view_with(const std::string& scene)
 {
     MQuickView view;
-    view.set_view_monitor(lasting_host().instance());
-    view.set_statistics_monitor(lasting_host().physical_device(), lasting_host().device());
-    view.set_resolution({256, 256});
+    set_up(view, {256, 256}, lasting_host());
     require(view.load("Scenes", scene), "the scene loads");
     return view;
 }
@@ -124,9 +122,7 @@ void go_on_after_the_end()
 {
     start_library();
     MWebView page;
-    page.set_view_monitor(lasting_host().instance());
-    page.set_statistics_monitor(lasting_host().physical_device(), lasting_host().device());
-    page.set_resolution({256, 256});
+    set_up(page, {256, 256}, lasting_host());
     require(page.load(), "the page loads");
     page.load_html("<p>text", "");
     for (int i = 0; i < 50; ++i)
@@ -141,7 +137,7 @@ void go_on_after_the_end()
     delete &lasting_host();
 }
 
-const Lives LIVES = {
+const Scenarios SCENARIOS = {
     {"exit_while_rendering", exit_while_rendering},
     {"return_while_rendering", return_while_rendering},
     {"start_and_return", start_and_return},
@@ -161,7 +157,7 @@ TEST_P(Ends, cleanly)
         EXPECT_TRUE(ends_cleanly(GetParam()));
 }
 
-INSTANTIATE_TEST_SUITE_P(Process, Ends, testing::ValuesIn(names_of(LIVES)),
+INSTANTIATE_TEST_SUITE_P(Process, Ends, testing::ValuesIn(SCENARIOS.names()),
                          [](const auto& test) { return test.param; });
 
 TEST(Library, may_be_unloaded_after_its_end)
@@ -177,8 +173,3 @@ TEST(Library, may_be_unloaded_after_its_end)
 }  // namespace
 
 }  // namespace marlune::test
-
-int main(int argc, char** argv)
-{
-    return marlune::test::run_life_or_tests(argc, argv, marlune::test::LIVES);
-}

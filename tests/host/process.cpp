@@ -1,12 +1,12 @@
-// The library's life in a process, from before its start to the end of main: each case runs in a
+// The library in a process, from before its start to the end of main: each scenario runs in a
 // process of its own, since one start is all that a process has.
 
 #include "support/host_view.h"
 #include "support/library.h"
 #include "support/message_log.h"
-#include "support/process/lives.h"
 #include "support/process/processes.h"
 #include "support/process/sanitizers.h"
+#include "support/process/scenarios.h"
 
 #include <marlune/marlune.h>
 
@@ -29,13 +29,6 @@ namespace {
 
 // --- What happens in the processes -------------------------------------------------------------
 
-void set_up(const MView& view)
-{
-    view.set_view_monitor(host().instance());
-    view.set_statistics_monitor(host().physical_device(), host().device());
-    view.set_resolution({512, 256});
-}
-
 MQuickView loaded_view()
 {
     MQuickView view;
@@ -57,7 +50,7 @@ void require_defaults(const MQuickView& view)
     view.reset();
 }
 
-void ordinary_life()
+void ordinary_run()
 {
     start_library();
     MQuickView view = loaded_view();
@@ -179,7 +172,7 @@ void engine_with_processes_of_its_own()
     view.destroy();
     M::destroy();
     release_host();
-    // They end with this process at the latest: whoever runs this life looks for what is left.
+    // They end with this process at the latest: whoever runs this scenario looks for what is left.
 }
 
 void stop_with_a_loaded_view()
@@ -278,8 +271,8 @@ void exit_instead_of_return()
     std::exit(EXIT_SUCCESS);
 }
 
-const Lives LIVES = {
-    {"ordinary_life", ordinary_life},
+const Scenarios SCENARIOS = {
+    {"ordinary_run", ordinary_run},
     {"second_start", second_start},
     {"start_after_stop", start_after_stop},
     {"two_starts_in_quick_succession", two_starts_in_quick_succession},
@@ -306,10 +299,10 @@ const Lives LIVES = {
 
 using Lines = std::vector<std::string>;
 
-/** Runs a life to its end and returns the lines that it wrote, but for those that always come. */
-Lines live(const std::string& name)
+/** Runs a scenario and returns the lines that it wrote, without those that are always written. */
+Lines lines_of(const std::string& name)
 {
-    const ProgramResult result = run_life(name);
+    const ProgramResult result = run_scenario(name);
     EXPECT_FALSE(result.timed_out) << result.error;
     EXPECT_EQ(result.exit_code, 0) << result.error;
     for (const Process& process : result.left_behind)
@@ -326,15 +319,15 @@ Lines live(const std::string& name)
 
 constexpr const char* ALREADY = "application is already constructed";
 
-class Lives : public testing::TestWithParam<std::string> {};
+class LibraryScenarios : public testing::TestWithParam<std::string> {};
 
-TEST_P(Lives, end_cleanly_without_a_word_and_leave_no_process_behind)
+TEST_P(LibraryScenarios, end_cleanly_without_a_word_and_leave_no_process_behind)
 {
-    EXPECT_EQ(live(GetParam()), Lines());
+    EXPECT_EQ(lines_of(GetParam()), Lines());
 }
 
-INSTANTIATE_TEST_SUITE_P(Process, Lives,
-                         testing::Values("ordinary_life", "engine_with_processes_of_its_own",
+INSTANTIATE_TEST_SUITE_P(Process, LibraryScenarios,
+                         testing::Values("ordinary_run", "engine_with_processes_of_its_own",
                                          "two_starts_in_quick_succession",
                                          "screens_during_the_start", "stop_without_start",
                                          "stop_right_after_start", "stop_twice",
@@ -347,7 +340,7 @@ INSTANTIATE_TEST_SUITE_P(Process, Lives,
 
 TEST(Start, a_second_time_is_refused_on_the_error_stream)
 {
-    EXPECT_EQ(live("second_start"), Lines{ALREADY});
+    EXPECT_EQ(lines_of("second_start"), Lines{ALREADY});
 }
 
 /** Processes of a user whose language writes numbers with commas. */
@@ -378,7 +371,7 @@ private:
 
 TEST_P(GermanProcess, keeps_its_numbers)
 {
-    EXPECT_EQ(live(GetParam()), Lines());
+    EXPECT_EQ(lines_of(GetParam()), Lines());
 }
 
 INSTANTIATE_TEST_SUITE_P(Start, GermanProcess, testing::Values("german_user", "german_game"),
@@ -386,20 +379,15 @@ INSTANTIATE_TEST_SUITE_P(Start, GermanProcess, testing::Values("german_user", "g
 
 TEST(Start, says_that_nobody_reads_the_debug_pipe)
 {
-    EXPECT_EQ(live("start_without_a_reader_of_the_debug_pipe"),
+    EXPECT_EQ(lines_of("start_without_a_reader_of_the_debug_pipe"),
               Lines{"Failed to connect to named pipe. Error: 2"});
 }
 
 TEST(Start, after_the_end_is_refused_on_the_error_stream)
 {
-    EXPECT_EQ(live("start_after_stop"), Lines{ALREADY});
+    EXPECT_EQ(lines_of("start_after_stop"), Lines{ALREADY});
 }
 
 }  // namespace
 
 }  // namespace marlune::test
-
-int main(int argc, char** argv)
-{
-    return marlune::test::run_life_or_tests(argc, argv, marlune::test::LIVES);
-}

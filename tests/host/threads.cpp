@@ -49,9 +49,7 @@ TEST(Threads, make_load_and_destroy_views_of_their_own)
     std::atomic<int> loaded = 0;
     on_several_threads([&] {
         MQuickView view;
-        view.set_view_monitor(host().instance());
-        view.set_statistics_monitor(host().physical_device(), host().device());
-        view.set_resolution({256, 256});
+        set_up(view, {256, 256});
         const std::lock_guard lock(host().queue());
         loaded += view.load("Scenes", "Quadrants");
         view.destroy();

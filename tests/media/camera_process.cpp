@@ -3,9 +3,9 @@
 
 #include "support/library.h"
 #include "support/media/host_camera_view.h"
-#include "support/process/lives.h"
 #include "support/process/processes.h"
 #include "support/process/sanitizers.h"
+#include "support/process/scenarios.h"
 
 #include <marlune/app.h>
 
@@ -28,9 +28,7 @@ void start_with_cameras()
 MCameraView running_view(const std::string& hint)
 {
     MCameraView view;
-    view.set_view_monitor(host().instance());
-    view.set_statistics_monitor(host().physical_device(), host().device());
-    view.set_resolution({640, 360});
+    set_up(view, {640, 360});
     view.set_camera_hint(hint);
     require(view.load("Multimedia", "Camera"), "the scene loads");
     view.start();
@@ -124,7 +122,7 @@ void exit_while_it_runs()
     std::exit(EXIT_SUCCESS);
 }
 
-const Lives LIVES = {
+const Scenarios SCENARIOS = {
     {"orderly_end", orderly_end},
     {"stop_while_they_run", stop_while_they_run},
     {"stop_while_they_start", stop_while_they_start},
@@ -134,21 +132,16 @@ const Lives LIVES = {
     {"exit_while_it_runs", exit_while_it_runs},
 };
 
-class CamerasLives : public testing::TestWithParam<std::string> {};
+class CameraScenarios : public testing::TestWithParam<std::string> {};
 
-TEST_P(CamerasLives, end_cleanly_and_leave_no_process_behind)
+TEST_P(CameraScenarios, end_cleanly_and_leave_no_process_behind)
 {
     EXPECT_TRUE(ends_cleanly(GetParam()));
 }
 
-INSTANTIATE_TEST_SUITE_P(Process, CamerasLives, testing::ValuesIn(names_of(LIVES)),
+INSTANTIATE_TEST_SUITE_P(Process, CameraScenarios, testing::ValuesIn(SCENARIOS.names()),
                          [](const auto& test) { return test.param; });
 
 }  // namespace
 
 }  // namespace marlune::test
-
-int main(int argc, char** argv)
-{
-    return marlune::test::run_life_or_tests(argc, argv, marlune::test::LIVES);
-}

@@ -3,9 +3,9 @@
 
 #include "support/library.h"
 #include "support/media/host_video_view.h"
-#include "support/process/lives.h"
 #include "support/process/processes.h"
 #include "support/process/sanitizers.h"
+#include "support/process/scenarios.h"
 
 #include <marlune/app.h>
 
@@ -36,9 +36,7 @@ int player_threads()
 MVideoPlayerView playing_view(const std::string& clip)
 {
     MVideoPlayerView view;
-    view.set_view_monitor(host().instance());
-    view.set_statistics_monitor(host().physical_device(), host().device());
-    view.set_resolution({640, 360});
+    set_up(view, {640, 360});
     view.set_loops(static_cast<unsigned int>(-1));
     view.set_source(clip_url(clip));
     require(view.load("Multimedia", "VideoPlayer"), "the scene loads");
@@ -121,7 +119,7 @@ void exit_in_a_position_callback()
     require(false, "exit() does not return");
 }
 
-const Lives LIVES = {
+const Scenarios SCENARIOS = {
     {"orderly_end", orderly_end},
     {"stop_while_it_plays", stop_while_it_plays},
     {"stop_while_it_loads", stop_while_it_loads},
@@ -131,21 +129,16 @@ const Lives LIVES = {
     {"exit_in_a_position_callback", exit_in_a_position_callback},
 };
 
-class PlayersLives : public testing::TestWithParam<std::string> {};
+class PlayerScenarios : public testing::TestWithParam<std::string> {};
 
-TEST_P(PlayersLives, end_cleanly_and_leave_no_process_behind)
+TEST_P(PlayerScenarios, end_cleanly_and_leave_no_process_behind)
 {
     EXPECT_TRUE(ends_cleanly(GetParam()));
 }
 
-INSTANTIATE_TEST_SUITE_P(Process, PlayersLives, testing::ValuesIn(names_of(LIVES)),
+INSTANTIATE_TEST_SUITE_P(Process, PlayerScenarios, testing::ValuesIn(SCENARIOS.names()),
                          [](const auto& test) { return test.param; });
 
 }  // namespace
 
 }  // namespace marlune::test
-
-int main(int argc, char** argv)
-{
-    return marlune::test::run_life_or_tests(argc, argv, marlune::test::LIVES);
-}

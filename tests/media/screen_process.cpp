@@ -4,8 +4,8 @@
 #include "support/library.h"
 #include "support/media/host_screen_view.h"
 #include "support/message_log.h"
-#include "support/process/lives.h"
 #include "support/process/sanitizers.h"
+#include "support/process/scenarios.h"
 
 #include <marlune/app.h>
 
@@ -25,9 +25,7 @@ constexpr Rect SCREEN{0, 0, 640, 480};
 MScreenCaptureView capturing_view()
 {
     MScreenCaptureView view;
-    view.set_view_monitor(host().instance());
-    view.set_statistics_monitor(host().physical_device(), host().device());
-    view.set_resolution({SIZE.width, SIZE.height});
+    set_up(view, SIZE);
     require(view.load("Multimedia", "ScreenCapture"), "the scene loads");
     require(wait_until([&] {
                 view.render();
@@ -156,7 +154,7 @@ void screen_that_is_taken_away()
     require(bool(view.wait_for_colour(SCREEN, RED)), "with the screen that is left");
 }
 
-const Lives LIVES = {
+const Scenarios SCENARIOS = {
     {"display_that_refuses", display_that_refuses},
     {"screen_that_is_taken_away", screen_that_is_taken_away},
     {"orderly_end", orderly_end},
@@ -166,21 +164,16 @@ const Lives LIVES = {
     {"exit_while_it_captures", exit_while_it_captures},
 };
 
-class ScreenLives : public testing::TestWithParam<std::string> {};
+class ScreenScenarios : public testing::TestWithParam<std::string> {};
 
-TEST_P(ScreenLives, end_cleanly_and_leave_no_process_behind)
+TEST_P(ScreenScenarios, end_cleanly_and_leave_no_process_behind)
 {
     EXPECT_TRUE(ends_cleanly(GetParam()));
 }
 
-INSTANTIATE_TEST_SUITE_P(Process, ScreenLives, testing::ValuesIn(names_of(LIVES)),
+INSTANTIATE_TEST_SUITE_P(Process, ScreenScenarios, testing::ValuesIn(SCENARIOS.names()),
                          [](const auto& test) { return test.param; });
 
 }  // namespace
 
 }  // namespace marlune::test
-
-int main(int argc, char** argv)
-{
-    return marlune::test::run_life_or_tests(argc, argv, marlune::test::LIVES);
-}

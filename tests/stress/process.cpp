@@ -1,13 +1,13 @@
-// The library's whole life, again and again, each in a process of its own: it starts, ends, leaves no
+// The library from its start to its end, many times, each in a process of its own: it leaves no
 // process behind, and says nothing. Threads that wait for an answer when the end comes get one.
 
 #include "support/any_call.h"
 #include "support/host_view.h"
 #include "support/library.h"
 #include "support/process/endurance.h"
-#include "support/process/lives.h"
 #include "support/process/processes.h"
 #include "support/process/sanitizers.h"
+#include "support/process/scenarios.h"
 
 #include <marlune/marlune.h>
 
@@ -47,9 +47,7 @@ VulkanHost& lasting_host()
 MQuickView view_with(const std::string& scene, VulkanHost& host = lasting_host())
 {
     MQuickView view;
-    view.set_view_monitor(host.instance());
-    view.set_statistics_monitor(host.physical_device(), host.device());
-    view.set_resolution({256, 256});
+    set_up(view, {256, 256}, host);
     require(view.load("Scenes", scene), "the scene loads");
     view.render();
     return view;
@@ -219,7 +217,7 @@ void waiting_for_the_start()
     M::destroy();
 }
 
-const Lives LIVES = {
+const Scenarios SCENARIOS = {
     {"nothing_loaded", nothing_loaded},
     {"stopped_at_once", stopped_at_once},
     {"scene_destroyed", scene_destroyed},
@@ -260,10 +258,10 @@ std::string unexpected_lines(const std::string& text)
     return result;
 }
 
-/** Lets a process live and returns what it said that no process should have to say. */
-std::string live(const std::string& name)
+/** Runs a scenario and returns the lines that it wrote but should not have. */
+std::string unexpected_lines_of(const std::string& name)
 {
-    const ProgramResult result = run_life(name);
+    const ProgramResult result = run_scenario(name);
     EXPECT_FALSE(result.timed_out) << result.error;
     EXPECT_EQ(result.exit_code, 0) << result.error;
     for (const Process& process : result.left_behind)
@@ -271,30 +269,21 @@ std::string live(const std::string& name)
     return unexpected_lines(result.error);
 }
 
-class Lives : public testing::TestWithParam<std::string> {};
+class LibraryScenarios : public testing::TestWithParam<std::string> {};
 
-TEST_P(Lives, end_cleanly_every_time)
+TEST_P(LibraryScenarios, end_cleanly_every_time)
 {
     for (int i = 0; i < times(2, 50) && !HasFailure(); ++i)
-        EXPECT_EQ(live(GetParam()), "");
+        EXPECT_EQ(unexpected_lines_of(GetParam()), "");
 }
 
-std::vector<std::string> names_of_lives()
-{
-    std::vector<std::string> names;
-    for (const auto& [name, life] : LIVES) {
-        if (life != callback_that_never_returns)
-            names.push_back(name);
-    }
-    return names;
-}
-
-INSTANTIATE_TEST_SUITE_P(Process, Lives, testing::ValuesIn(names_of_lives()),
+INSTANTIATE_TEST_SUITE_P(Process, LibraryScenarios,
+                         testing::ValuesIn(SCENARIOS.names("callback_that_never_returns")),
                          [](const auto& test) { return test.param; });
 
 TEST(Stop, gives_up_on_a_callback_that_never_returns)
 {
-    const std::string said = live("callback_that_never_returns");
+    const std::string said = unexpected_lines_of("callback_that_never_returns");
     EXPECT_TRUE(said.starts_with("marlune: the Qt thread is still at work")) << said;
     EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
 }
@@ -302,8 +291,3 @@ TEST(Stop, gives_up_on_a_callback_that_never_returns)
 }  // namespace
 
 }  // namespace marlune::test
-
-int main(int argc, char** argv)
-{
-    return marlune::test::run_life_or_tests(argc, argv, marlune::test::LIVES);
-}

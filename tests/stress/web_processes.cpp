@@ -3,9 +3,9 @@
 #include "support/library.h"
 #include "support/message_log.h"
 #include "support/process/endurance.h"
-#include "support/process/lives.h"
 #include "support/process/processes.h"
 #include "support/process/sanitizers.h"
+#include "support/process/scenarios.h"
 #include "support/web/host_web_view.h"
 #include "support/web/http_server.h"
 
@@ -634,7 +634,7 @@ void starters_killed()
     release_host();
 }
 
-const Lives LIVES = {
+const Scenarios SCENARIOS = {
     {"starters_killed", starters_killed},
     {"page_being_asked_for", page_being_asked_for},
     {"page_half_there", page_half_there},
@@ -648,29 +648,24 @@ const Lives LIVES = {
     {"calls_after_the_end", calls_after_the_end},
 };
 
-class WebLives : public testing::TestWithParam<std::string> {};
+class WebScenarios : public testing::TestWithParam<std::string> {};
 
-TEST_P(WebLives, end_cleanly_and_leave_no_process_behind)
+TEST_P(WebScenarios, end_cleanly_and_leave_no_process_behind)
 {
-    const int lives = times(1, 50);
-    for (int i = 0; i < lives; ++i) {
-        const ProgramResult result = run_life(GetParam());
-        ASSERT_FALSE(result.timed_out) << "life " << i << ": " << result.error;
-        ASSERT_EQ(result.exit_code, 0) << "life " << i << ": " << result.error;
+    const int runs = times(1, 50);
+    for (int i = 0; i < runs; ++i) {
+        const ProgramResult result = run_scenario(GetParam());
+        ASSERT_FALSE(result.timed_out) << "run " << i << ": " << result.error;
+        ASSERT_EQ(result.exit_code, 0) << "run " << i << ": " << result.error;
         ASSERT_TRUE(result.left_behind.empty())
-            << "life " << i << ": " << result.left_behind.size() << " processes, the first is "
+            << "run " << i << ": " << result.left_behind.size() << " processes, the first is "
             << result.left_behind[0].name;
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Process, WebLives, testing::ValuesIn(names_of(LIVES)),
+INSTANTIATE_TEST_SUITE_P(Process, WebScenarios, testing::ValuesIn(SCENARIOS.names()),
                          [](const auto& test) { return test.param; });
 
 }  // namespace
 
 }  // namespace marlune::test
-
-int main(int argc, char** argv)
-{
-    return marlune::test::run_life_or_tests(argc, argv, marlune::test::LIVES);
-}

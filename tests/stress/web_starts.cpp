@@ -4,7 +4,7 @@
 #include "support/library.h"
 #include "support/message_log.h"
 #include "support/process/endurance.h"
-#include "support/process/lives.h"
+#include "support/process/scenarios.h"
 #include "support/vulkan/vulkan_host.h"
 #include "support/web/host_web_view.h"
 #include "support/web/resource_pack.h"
@@ -95,7 +95,7 @@ void second_view_made_while_the_first_renders()
     release_host();
 }
 
-const Lives LIVES = {
+const Scenarios SCENARIOS = {
     {"page_shown", page_shown},
     {"second_view_made_while_the_first_renders", second_view_made_while_the_first_renders},
 };
@@ -130,7 +130,7 @@ class WebStarts : public testing::TestWithParam<std::string> {};
 TEST_P(WebStarts, succeed_every_time)
 {
     for (int i = 0; i < times(3, 200) && !HasFailure(); ++i) {
-        const ProgramResult result = run_life(GetParam());
+        const ProgramResult result = run_scenario(GetParam());
         EXPECT_FALSE(result.timed_out) << "start " << i << '\n' << result.error;
         EXPECT_EQ(result.exit_code, 0) << "start " << i << '\n' << result.error;
         EXPECT_EQ(unexpected_lines(result.error), "") << "start " << i;
@@ -139,14 +139,9 @@ TEST_P(WebStarts, succeed_every_time)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Process, WebStarts, testing::ValuesIn(names_of(LIVES)),
+INSTANTIATE_TEST_SUITE_P(Process, WebStarts, testing::ValuesIn(SCENARIOS.names()),
                          [](const auto& test) { return test.param; });
 
 }  // namespace
 
 }  // namespace marlune::test
-
-int main(int argc, char** argv)
-{
-    return marlune::test::run_life_or_tests(argc, argv, marlune::test::LIVES);
-}

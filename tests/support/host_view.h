@@ -20,6 +20,9 @@ struct Size {
     uint32_t width = 512, height = 256;
 };
 
+/** Gives a view a device and a resolution, as each host does before it loads. */
+void set_up(const MView& view, Size resolution = {}, VulkanHost& host = test::host());
+
 /** What all kinds of view of the tests have in common. See HostViewOf. */
 class HostViewBase {
 public:

@@ -3,7 +3,7 @@
 
 #include "support/library.h"
 #include "support/message_log.h"
-#include "support/process/lives.h"
+#include "support/process/scenarios.h"
 #include "support/web/host_web_view.h"
 
 #include <marlune/marlune.h>
@@ -43,8 +43,8 @@ void draw_on_hardware()
     const bool answered = !facade.can_go_back();
     const bool says_so = view.draw_until([&] { return bool(shows_something(view.picture(), "")); });
     facade.destroy();
-    end_life(loaded && refused && answered && says_so,
-             "the view says that it cannot draw the page");
+    end_scenario(loaded && refused && answered && says_so,
+                 "the view says that it cannot draw the page");
 }
 
 void draw_without_hardware()
@@ -53,10 +53,10 @@ void draw_without_hardware()
     HostWebView view;
     const bool shown = view.show_html(green_page) && view.wait_for_colour(100, 100, GREEN);
     view.facade().destroy();
-    end_life(shown, "GPU_DISABLED shows the page on any device");
+    end_scenario(shown, "GPU_DISABLED shows the page on any device");
 }
 
-const Lives LIVES = {
+const Scenarios SCENARIOS = {
     {"hardware", draw_on_hardware},
     {"no-hardware", draw_without_hardware},
 };
@@ -74,8 +74,3 @@ TEST(WebHardware, can_be_left_alone)
 }
 
 }  // namespace marlune::test
-
-int main(int argc, char** argv)
-{
-    return marlune::test::run_life_or_tests(argc, argv, marlune::test::LIVES);
-}

@@ -1,7 +1,7 @@
 // The profile that all web views of a process share: user agent, cookies and where they are kept.
 
 #include "support/library.h"
-#include "support/process/lives.h"
+#include "support/process/scenarios.h"
 #include "support/web/host_web_view.h"
 #include "support/web/http_server.h"
 
@@ -235,7 +235,7 @@ TEST_F(WebProfile, takes_any_text_for_a_cookie)
     EXPECT_TRUE(comes(name)) << "what is refused is forgotten, and nothing else";
 }
 
-// --- Lives of processes: one has one profile, and the engine reads its flags once -----------------
+// --- Scenarios: a process has one profile, and the engine reads its flags once -----------------
 std::filesystem::path storage()
 {
     return std::getenv("MARLUNE_TEST_STORAGE");
@@ -272,7 +272,8 @@ void keep_a_cookie()
     }
     const bool is_sent = sends_the_cookie(server);
     // The engine writes its files now and then, and at the end.
-    end_life(is_sent && wait_until(stores_anything), "the cookie is sent, and files are written");
+    end_scenario(is_sent && wait_until(stores_anything),
+                 "the cookie is sent, and files are written");
 }
 
 void find_the_cookie()
@@ -284,7 +285,7 @@ void find_the_cookie()
         view->set_storage_path(storage());
         view->set_otr(false);
     }
-    end_life(sends_the_cookie(server), "the cookie of the last process is sent");
+    end_scenario(sends_the_cookie(server), "the cookie of the last process is sent");
 }
 
 void keep_nothing()
@@ -296,8 +297,8 @@ void keep_nothing()
         view->set_storage_path(storage());
         view->set_cookie("127.0.0.1", "/", "kept", "there", false, "default", in_an_hour());
     }
-    end_life(sends_the_cookie(server) && !stores_anything(),
-             "the cookie is sent, but nothing is stored");
+    end_scenario(sends_the_cookie(server) && !stores_anything(),
+                 "the cookie is sent, but nothing is stored");
 }
 
 /** A name that is no local one: those count as encrypted. */
@@ -315,7 +316,7 @@ void send_secure_cookies()
     const std::string cookies =
         is_loaded ? server.requests("/").back().header("cookie") : "no request";
     view->destroy();
-    end_life(cookies == "plain=there", "a secure cookie is not sent in plain text");
+    end_scenario(cookies == "plain=there", "a secure cookie is not sent in plain text");
 }
 
 void switch_with_a_page_open()
@@ -332,7 +333,7 @@ void switch_with_a_page_open()
             holds = holds && view.evaluate("1 + 1") == "2" && view.go_to(server.url("/"));
         }
     }
-    end_life(holds, "the view goes on");
+    end_scenario(holds, "the view goes on");
 }
 
 void move_the_storage_with_a_page_open()
@@ -354,7 +355,7 @@ void move_the_storage_with_a_page_open()
             }
         }
     }
-    end_life(holds, "the view goes on");
+    end_scenario(holds, "the view goes on");
 }
 
 void forget_the_session()
@@ -373,11 +374,11 @@ void forget_the_session()
         require(view.go_to(server.url("/")), "the page loads off the record");
         off_the_record = server.requests("/").back().header("cookie");
     }
-    end_life(on_the_record == "session=there" && off_the_record.empty(),
-             "a session goes with the record: " + on_the_record + ", " + off_the_record);
+    end_scenario(on_the_record == "session=there" && off_the_record.empty(),
+                 "a session goes with the record: " + on_the_record + ", " + off_the_record);
 }
 
-const Lives LIVES = {
+const Scenarios SCENARIOS = {
     {"forget_the_session", forget_the_session},
     {"keep_a_cookie", keep_a_cookie},
     {"find_the_cookie", find_the_cookie},
@@ -439,8 +440,3 @@ TEST_F(ProfileOfAProcess, takes_another_folder_with_a_page_open)
 }  // namespace
 
 }  // namespace marlune::test
-
-int main(int argc, char** argv)
-{
-    return marlune::test::run_life_or_tests(argc, argv, marlune::test::LIVES);
-}

@@ -3,8 +3,8 @@
 
 #include "support/library.h"
 #include "support/message_log.h"
-#include "support/process/lives.h"
 #include "support/process/processes.h"
+#include "support/process/scenarios.h"
 #include "support/web/host_object.h"
 #include "support/web/host_web_view.h"
 #include "support/web/http_server.h"
@@ -126,7 +126,7 @@ Findings explore()
     HostWebView view;
     Findings findings;
     if (!view.open(server.url("/")))
-        end_life(false, "the page loads");
+        end_scenario(false, "the page loads");
     const auto text_of = [&](const std::string& url) {
         return view.evaluate("fetch('" + url + "').then(reply => reply.text())");
     };
@@ -143,7 +143,7 @@ Findings explore()
                 .has_value();
         });
         if (!is_told || other.requests("/secret").empty())
-            end_life(false, "the console says why the page learns nothing");
+            end_scenario(false, "the console says why the page learns nothing");
     }
     view->destroy();
     return findings;
@@ -154,21 +154,21 @@ void sandboxed()
     become_ordinary();
     opts::SANDBOXED = true;
     const Findings findings = explore();
-    end_life(findings.own == "\"own\"" && findings.secret.starts_with("threw TypeError")
-                 && !findings.seccomp.empty()
-                 && findings.seccomp.find_first_not_of("2 ") == std::string::npos,
-             "the page is guarded: it learns " + findings.secret + ", its filter is "
-                 + findings.seccomp);
+    end_scenario(findings.own == "\"own\"" && findings.secret.starts_with("threw TypeError")
+                     && !findings.seccomp.empty()
+                     && findings.seccomp.find_first_not_of("2 ") == std::string::npos,
+                 "the page is guarded: it learns " + findings.secret + ", its filter is "
+                     + findings.seccomp);
 }
 
 void unsandboxed()
 {
     const Findings findings = explore();
-    end_life(findings.own == "\"own\"" && findings.secret == "\"secret\""
-                 && !findings.seccomp.empty()
-                 && findings.seccomp.find_first_not_of("0 ") == std::string::npos,
-             "the page is not guarded: it learns " + findings.secret + ", its filter is "
-                 + findings.seccomp);
+    end_scenario(findings.own == "\"own\"" && findings.secret == "\"secret\""
+                     && !findings.seccomp.empty()
+                     && findings.seccomp.find_first_not_of("0 ") == std::string::npos,
+                 "the page is not guarded: it learns " + findings.secret + ", its filter is "
+                     + findings.seccomp);
 }
 
 /** The rules of SANDBOXED without the sandbox itself, which root could not have. */
@@ -225,18 +225,19 @@ void foreign_frame_with_rules()
 {
     keep_origins_apart();
     const std::string found = explore_from_a_frame();
-    end_life(found
-                 == R"({"objects":"undefined","channel":"undefined",)"
-                    R"("objectsOfThePage":"SecurityError","documentOfThePage":"SecurityError"})",
-             "a foreign frame reaches nothing: " + found);
+    end_scenario(
+        found
+            == R"({"objects":"undefined","channel":"undefined",)"
+               R"("objectsOfThePage":"SecurityError","documentOfThePage":"SecurityError"})",
+        "a foreign frame reaches nothing: " + found);
 }
 
 void foreign_frame_without_rules()
 {
     const std::string found = explore_from_a_frame();
-    end_life(found.find(R"("objects":"undefined","channel":"undefined")") != std::string::npos
-                 && found.find(R"("objectsOfThePage":"[object Object]")") != std::string::npos,
-             "a foreign frame has nothing of its own, but all that the page has: " + found);
+    end_scenario(found.find(R"("objects":"undefined","channel":"undefined")") != std::string::npos
+                     && found.find(R"("objectsOfThePage":"[object Object]")") != std::string::npos,
+                 "a foreign frame has nothing of its own, but all that the page has: " + found);
 }
 
 void pack_goes_to_the_disk()
@@ -253,10 +254,10 @@ void pack_goes_to_the_disk()
         require(place == "\"res://pack/\"", "the page stays, not at " + place);
     }
     view->destroy();
-    end_life(true, "the pages of the pack stay in the pack");
+    end_scenario(true, "the pages of the pack stay in the pack");
 }
 
-const Lives LIVES = {
+const Scenarios SCENARIOS = {
     {"foreign_frame_with_rules", foreign_frame_with_rules},
     {"foreign_frame_without_rules", foreign_frame_without_rules},
     {"pack_goes_to_the_disk", pack_goes_to_the_disk},
@@ -324,8 +325,3 @@ TEST(Pack, does_not_lead_to_the_disk)
 }  // namespace
 
 }  // namespace marlune::test
-
-int main(int argc, char** argv)
-{
-    return marlune::test::run_life_or_tests(argc, argv, marlune::test::LIVES);
-}

@@ -435,9 +435,7 @@ TEST_F(WebSettings, show_no_background_of_the_page_before)
 TEST_F(WebSettings, zoom_pages_to_twice_their_size_at_first)
 {
     MWebView fresh;
-    fresh.set_view_monitor(host().instance());
-    fresh.set_statistics_monitor(host().physical_device(), host().device());
-    fresh.set_resolution({512, 256});
+    set_up(fresh, {512, 256});
     const auto log = std::make_shared<ConsoleLog>();
     fresh.set_func_javascript_console_log(write_to(log));
     // Told again and again: a page may be there before its size is.

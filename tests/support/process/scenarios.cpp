@@ -1,4 +1,4 @@
-#include "support/process/lives.h"
+#include "support/process/scenarios.h"
 
 #include "support/library.h"
 #include "support/vulkan/vulkan_host.h"
@@ -12,7 +12,9 @@ namespace marlune::test {
 
 namespace {
 
-constexpr char life_option[] = "--life";
+constexpr char scenario_option[] = "--scenario";
+
+const Scenarios* the_scenarios = nullptr;
 
 void report_broken(const std::string& rule)
 {
@@ -21,22 +23,30 @@ void report_broken(const std::string& rule)
 
 }  // namespace
 
-std::vector<std::string> names_of(const Lives& lives)
+Scenarios::Scenarios(std::initializer_list<std::pair<const std::string, Run>> scenarios)
+    : scenarios_(scenarios)
+{
+    the_scenarios = this;
+}
+
+std::vector<std::string> Scenarios::names(const std::string& but) const
 {
     std::vector<std::string> names;
-    for (const auto& [name, life] : lives)
-        names.push_back(name);
+    for (const auto& [name, run] : scenarios_) {
+        if (name != but)
+            names.push_back(name);
+    }
     return names;
 }
 
-ProgramResult run_life(const std::string& name)
+ProgramResult run_scenario(const std::string& name)
 {
-    return run_program({own_path(), life_option, name});
+    return run_program({own_path(), scenario_option, name});
 }
 
 testing::AssertionResult ends_cleanly(const std::string& name)
 {
-    const ProgramResult result = run_life(name);
+    const ProgramResult result = run_scenario(name);
     if (result.exit_code == 0 && !result.timed_out && result.left_behind.empty())
         return testing::AssertionSuccess();
     auto failure = testing::AssertionFailure();
@@ -60,7 +70,7 @@ void require(const testing::AssertionResult& outcome, const std::string& rule)
     require(bool(outcome), rule + "; " + outcome.message());
 }
 
-void end_life(bool holds, const std::string& rule)
+void end_scenario(bool holds, const std::string& rule)
 {
     if (!holds)
         report_broken(rule);
@@ -69,11 +79,11 @@ void end_life(bool holds, const std::string& rule)
     std::_Exit(holds ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
-int run_life_or_tests(int argc, char** argv, const Lives& lives)
+int run_scenario_or_tests(int argc, char** argv)
 {
-    if (argc != 3 || std::string(argv[1]) != life_option)
+    if (argc != 3 || std::string(argv[1]) != scenario_option)
         return run_tests(argc, argv);
-    lives.at(argv[2])();
+    the_scenarios->find(argv[2])();
     return EXIT_SUCCESS;
 }
 
