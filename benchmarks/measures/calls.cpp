@@ -25,11 +25,11 @@ void measure_call(Table& table, const char* name, int rounds, const BenchView& v
 
 }  // namespace
 
-void measure_calls(Table& table, Thoroughness much, Gpu& gpu)
+void measure_calls(Table& table, Effort effort, Gpu& gpu)
 {
     const BenchView view(gpu, small);
     const RawView raw(static_cast<QObject*>(MARLUNE_CTX), gpu, small);
-    const int rounds = much(300);
+    const int rounds = effort.samples(300);
     measure_call(table, "call, blocking (mouse_move)", rounds, view, raw,
                  [](const auto& target) { target.mouse_move(7, 7); });
     measure_call(table, "call, queued (get_refresh_rate)", rounds, view, raw,

@@ -83,25 +83,25 @@ std::string to_text(Picture picture)
 
 }  // namespace
 
-void measure_frames(Table& table, Thoroughness much, Gpu& gpu)
+void measure_frames(Table& table, Effort effort, Gpu& gpu)
 {
     for (const Picture picture : pictures) {
         Views views(gpu, picture);
         views.grow_to(1);
         const std::string name =
             "frame, " + to_text(picture) + (picture.mipmaps ? ", mipmaps" : "");
-        table.add({name, "ms", views.compare(much(150))});
+        table.add({name, "ms", views.compare(effort.samples(150))});
     }
 }
 
-void measure_views(Table& table, Thoroughness much, Gpu& gpu)
+void measure_views(Table& table, Effort effort, Gpu& gpu)
 {
     Views views(gpu, one_of_many);
     for (const std::size_t count : view_counts) {
         views.grow_to(count);
         const std::string name = "frame of " + std::to_string(count)
             + (count == 1 ? " view, " : " views, ") + to_text(one_of_many);
-        table.add({name, "ms", views.compare(much(60)), false});
+        table.add({name, "ms", views.compare(effort.samples(60)), false});
     }
 }
 

@@ -8,29 +8,29 @@
 
 namespace marlune::bench {
 
-/** The same measures with a tenth of the samples, for a quick look. */
-struct Thoroughness {
+/** How many samples are taken: a tenth of them for a quick look. */
+struct Effort {
     bool quick = false;
 
-    int operator()(int samples) const { return quick ? std::max(3, samples / 10) : samples; }
+    int samples(int all) const { return quick ? std::max(3, all / 10) : all; }
 };
 
 // In the running library's process, with raw Qt on the same Qt thread and device.
-void measure_calls(Table& table, Thoroughness much, Gpu& gpu);
-void measure_frames(Table& table, Thoroughness much, Gpu& gpu);
-void measure_views(Table& table, Thoroughness much, Gpu& gpu);
-void measure_web_calls(Table& table, Thoroughness much, Gpu& gpu);
-void measure_web_scheme(Table& table, Thoroughness much, Gpu& gpu);
-void measure_web_frames(Table& table, Thoroughness much, Gpu& gpu);
-void measure_video(Table& table, Thoroughness much, Gpu& gpu);
-void measure_video_calls(Table& table, Thoroughness much, Gpu& gpu);
-void measure_screen(Table& table, Thoroughness much, Gpu& gpu);
+void measure_calls(Table& table, Effort effort, Gpu& gpu);
+void measure_frames(Table& table, Effort effort, Gpu& gpu);
+void measure_views(Table& table, Effort effort, Gpu& gpu);
+void measure_web_calls(Table& table, Effort effort, Gpu& gpu);
+void measure_web_scheme(Table& table, Effort effort, Gpu& gpu);
+void measure_web_frames(Table& table, Effort effort, Gpu& gpu);
+void measure_video(Table& table, Effort effort, Gpu& gpu);
+void measure_video_calls(Table& table, Effort effort, Gpu& gpu);
+void measure_screen(Table& table, Effort effort, Gpu& gpu);
 
 // In a fresh process for each sample.
-void measure_start(Table& table, Thoroughness much);
-void measure_memory(Table& table, Thoroughness much);
-void measure_page_start(Table& table, Thoroughness much);
-void measure_page_memory(Table& table, Thoroughness much);
+void measure_start(Table& table, Effort effort);
+void measure_memory(Table& table, Effort effort);
+void measure_page_start(Table& table, Effort effort);
+void measure_page_memory(Table& table, Effort effort);
 
 // What such a process does: its sample, as one or more numbers.
 using Numbers = std::vector<double>;

@@ -95,11 +95,12 @@ Numbers memory_of_raw_qt()
         [&] { return std::make_unique<RawView>(application.qt_thread(), gpu, picture); });
 }
 
-void measure_memory(Table& table, Thoroughness much)
+void measure_memory(Table& table, Effort effort)
 {
     Comparison resident;
     Comparison proportional;
-    alternate({much(3), 15s}, sampled(resident.library, proportional.library, "memory-library"),
+    alternate({effort.samples(3), 15s},
+              sampled(resident.library, proportional.library, "memory-library"),
               sampled(resident.raw, proportional.raw, "memory-raw"), [] {});
     table.add({"memory a view, 1280x720, RSS", "MiB", resident, false});
     table.add({"memory a view, 1280x720, PSS", "MiB", proportional, false});

@@ -82,7 +82,7 @@ private:
 
 }  // namespace
 
-void measure_screen(Table& table, Thoroughness much, Gpu& gpu)
+void measure_screen(Table& table, Effort effort, Gpu& gpu)
 {
     const ScreenPainter painter;
     PixelReader reader(gpu);
@@ -100,7 +100,8 @@ void measure_screen(Table& table, Thoroughness much, Gpu& gpu)
         (processor_times.*side).add(turn.processor_time_a_second);
     };
     alternate(
-        {much(20), 40s}, [&](bool counts) { take_turn(library, &Comparison::library, counts); },
+        {effort.samples(20), 40s},
+        [&](bool counts) { take_turn(library, &Comparison::library, counts); },
         [&](bool counts) { take_turn(raw, &Comparison::raw, counts); }, [] {});
     table.add({"screen's pictures", "1/s", rates, false});
     table.add({"processor time of screen capture", "ms", processor_times, false});

@@ -44,10 +44,10 @@ Numbers start_of_raw_qt()
     return since(start);
 }
 
-void measure_start(Table& table, Thoroughness much)
+void measure_start(Table& table, Effort effort)
 {
     Comparison times;
-    alternate({much(10), 15s}, sampled(times.library, "start-library"),
+    alternate({effort.samples(10), 15s}, sampled(times.library, "start-library"),
               sampled(times.raw, "start-raw"), [] {});
     table.add({"start to the first drawn frame", "ms", times, false});
 }

@@ -183,12 +183,12 @@ private:
 
 }  // namespace
 
-void measure_video(Table& table, Thoroughness much, Gpu& gpu)
+void measure_video(Table& table, Effort effort, Gpu& gpu)
 {
     for (const Clip clip : clips) {
         Contest contest(gpu, clip);
         alternate(
-            {much(20), 60s}, [&](bool counts) { contest.take_library_turns(counts); },
+            {effort.samples(20), 60s}, [&](bool counts) { contest.take_library_turns(counts); },
             [&](bool counts) { contest.take_raw_turns(counts); }, [] {});
         contest.add_rows(table);
     }

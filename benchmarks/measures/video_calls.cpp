@@ -34,7 +34,7 @@ void play(const Video& video)
 
 }  // namespace
 
-void measure_video_calls(Table& table, Thoroughness much, Gpu& gpu)
+void measure_video_calls(Table& table, Effort effort, Gpu& gpu)
 {
     const std::string clip = clip_url("small.mp4");
     const BenchVideo library(gpu, small, clip, Controls::Shown);
@@ -44,7 +44,8 @@ void measure_video_calls(Table& table, Thoroughness much, Gpu& gpu)
 
     const auto measure = [&](const char* name, auto call) {
         const auto times = compare_times<Microseconds>(
-            {much(300), 5s, calls_a_round}, [&] { call(library); }, [&] { call(raw); }, [] {});
+            {effort.samples(300), 5s, calls_a_round}, [&] { call(library); }, [&] { call(raw); },
+            [] {});
         table.add({name, "us", times});
     };
     measure("call while it plays, position", [](const auto& video) { video.position(); });

@@ -83,12 +83,13 @@ auto sampled(Samples& samples, auto measure)
 
 }  // namespace
 
-void measure_web_calls(Table& table, Thoroughness much, Gpu& gpu)
+void measure_web_calls(Table& table, Effort effort, Gpu& gpu)
 {
     WebPages pages(gpu, small, "calls.html");
     const auto compare = [&](Kind kind, auto measure) {
         Comparison values{.kind = kind};
-        alternate({much(30), 6s}, sampled(values.library, [&] { return measure(pages.library); }),
+        alternate({effort.samples(30), 6s},
+                  sampled(values.library, [&] { return measure(pages.library); }),
                   sampled(values.raw, [&] { return measure(pages.raw); }), [] {});
         return values;
     };

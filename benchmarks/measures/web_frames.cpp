@@ -139,12 +139,12 @@ private:
 
 }  // namespace
 
-void measure_web_frames(Table& table, Thoroughness much, Gpu& gpu)
+void measure_web_frames(Table& table, Effort effort, Gpu& gpu)
 {
     WebPages pages(gpu, picture, "frames.html");
     Turns turns(gpu);
     alternate(
-        {much(30), 75s},
+        {effort.samples(30), 75s},
         [&](bool counts) { turns.take(pages.library, &Comparison::library, counts); },
         [&](bool counts) { turns.take(pages.raw, &Comparison::raw, counts); }, [] {});
     table.add({"page's frames, 1280x720", "1/s", turns.rates, false});

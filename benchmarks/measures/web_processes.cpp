@@ -71,10 +71,10 @@ auto sampled(Samples& samples, const char* name)
     };
 }
 
-Comparison compare_samples(Effort effort, const char* library, const char* raw)
+Comparison compare_samples(Schedule schedule, const char* library, const char* raw)
 {
     Comparison values;
-    alternate(effort, sampled(values.library, library), sampled(values.raw, raw), [] {});
+    alternate(schedule, sampled(values.library, library), sampled(values.raw, raw), [] {});
     return values;
 }
 
@@ -119,16 +119,18 @@ Numbers page_memory_of_raw_qt()
     });
 }
 
-void measure_page_start(Table& table, Thoroughness much)
+void measure_page_start(Table& table, Effort effort)
 {
     table.add({"start to the first drawn page", "ms",
-               compare_samples({much(10), 25s}, "page-start-library", "page-start-raw"), false});
+               compare_samples({effort.samples(10), 25s}, "page-start-library", "page-start-raw"),
+               false});
 }
 
-void measure_page_memory(Table& table, Thoroughness much)
+void measure_page_memory(Table& table, Effort effort)
 {
     table.add({"memory a web view, 1280x720, PSS", "MiB",
-               compare_samples({much(3), 25s}, "page-memory-library", "page-memory-raw"), false});
+               compare_samples({effort.samples(3), 25s}, "page-memory-library", "page-memory-raw"),
+               false});
 }
 
 }  // namespace marlune::bench

@@ -39,7 +39,7 @@ double fetch_files(Page& page, const Fetch& fetch)
 
 }  // namespace
 
-void measure_web_scheme(Table& table, Thoroughness much, Gpu& gpu)
+void measure_web_scheme(Table& table, Effort effort, Gpu& gpu)
 {
     WebPages pages(gpu, small, "files.html");
     for (const Fetch& fetch : fetches) {
@@ -51,7 +51,7 @@ void measure_web_scheme(Table& table, Thoroughness much, Gpu& gpu)
                     samples.add(rate);
             };
         };
-        alternate({much(30), 6s}, sampled(rates.library, pages.library),
+        alternate({effort.samples(30), 6s}, sampled(rates.library, pages.library),
                   sampled(rates.raw, pages.raw), [] {});
         table.add({fetch.row, fetch.unit, rates, false});
     }

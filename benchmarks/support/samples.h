@@ -48,8 +48,8 @@ struct Comparison {
     double uncertainty() const;
 };
 
-/** How much is measured of one row. */
-struct Effort {
+/** How the samples of one row are taken. */
+struct Schedule {
     int rounds;
     /** The most that the row may take. A slow machine gets by with fewer rounds. */
     std::chrono::seconds limit;
@@ -63,12 +63,12 @@ struct Effort {
  * neither is always the one to find cold caches. A first tenth of the rounds is not counted.
  */
 template <typename Library, typename Raw, typename AfterRound>
-void alternate(Effort effort, Library library, Raw raw, AfterRound after_round)
+void alternate(Schedule schedule, Library library, Raw raw, AfterRound after_round)
 {
     constexpr int fewest_rounds = 3;
-    const int warm_up = 1 + effort.rounds / 10;
-    const auto end = Clock::now() + effort.limit;
-    for (int round = -warm_up; round < effort.rounds; ++round) {
+    const int warm_up = 1 + schedule.rounds / 10;
+    const auto end = Clock::now() + schedule.limit;
+    for (int round = -warm_up; round < schedule.rounds; ++round) {
         if (round >= fewest_rounds && Clock::now() > end)
             break;
         const bool counts = round >= 0;
@@ -85,9 +85,9 @@ void alternate(Effort effort, Library library, Raw raw, AfterRound after_round)
 
 /** Times both sides' calls in the given unit. `after_round` is not timed. */
 template <typename Unit, typename Library, typename Raw, typename AfterRound>
-Comparison compare_times(Effort effort, Library library, Raw raw, AfterRound after_round)
+Comparison compare_times(Schedule schedule, Library library, Raw raw, AfterRound after_round)
 {
-    const auto timed = [run = effort.run](Samples& samples, auto& call) {
+    const auto timed = [run = schedule.run](Samples& samples, auto& call) {
         return [run, &samples, &call](bool counts) {
             for (int i = 0; i < run; ++i) {
                 const auto start = Clock::now();
@@ -99,7 +99,7 @@ Comparison compare_times(Effort effort, Library library, Raw raw, AfterRound aft
         };
     };
     Comparison times;
-    alternate(effort, timed(times.library, library), timed(times.raw, raw), after_round);
+    alternate(schedule, timed(times.library, library), timed(times.raw, raw), after_round);
     return times;
 }
 
