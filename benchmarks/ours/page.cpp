@@ -1,5 +1,6 @@
 #include "ours/page.h"
 
+#include "ours/view.h"
 #include "support/files.h"
 
 #include <stdexcept>
@@ -35,9 +36,7 @@ BenchPage::BenchPage(Gpu& gpu, Picture picture, const std::string& url)
 {
     method_.func_call_method = [this](db::MethodInfoStd*, std::vector<db::ContainerStd> values,
                                       auto) { return add(values.front()); };
-    facade_.set_view_monitor(gpu.instance);
-    facade_.set_statistics_monitor(gpu.physical_device, gpu.device);
-    facade_.set_resolution({picture.width, picture.height});
+    set_up(facade_, gpu, picture);
     facade_.set_zoom_factor(full_size);
     facade_.set_url(url);
     facade_.set_func_resource_file(serve);

@@ -1,5 +1,7 @@
 #include "ours/screen.h"
 
+#include "ours/view.h"
+
 #include <stdexcept>
 
 namespace marlune::bench {
@@ -13,9 +15,7 @@ constexpr int highest_refresh_rate = 120;
 
 BenchScreen::BenchScreen(Gpu& gpu, Picture picture)
 {
-    facade_.set_view_monitor(gpu.instance);
-    facade_.set_statistics_monitor(gpu.physical_device, gpu.device);
-    facade_.set_resolution({picture.width, picture.height});
+    set_up(facade_, gpu, picture);
     facade_.set_refresh_rate(highest_refresh_rate);
     facade_.set_active(false);
     if (!facade_.load("Multimedia", "ScreenCapture"))

@@ -1,5 +1,7 @@
 #include "ours/video.h"
 
+#include "ours/view.h"
+
 #include <stdexcept>
 
 namespace marlune::bench {
@@ -14,9 +16,7 @@ constexpr unsigned int for_ever = -1;
 
 BenchVideo::BenchVideo(Gpu& gpu, Picture picture, const std::string& clip, Controls controls)
 {
-    facade_.set_view_monitor(gpu.instance);
-    facade_.set_statistics_monitor(gpu.physical_device, gpu.device);
-    facade_.set_resolution({picture.width, picture.height});
+    set_up(facade_, gpu, picture);
     facade_.set_refresh_rate(highest_refresh_rate);
     facade_.set_controls(controls == Controls::Shown);
     facade_.set_auto_play(false);

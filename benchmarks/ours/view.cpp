@@ -33,12 +33,17 @@ Library::~Library()
     M::destroy();
 }
 
+void set_up(const MView& view, Gpu& gpu, Picture picture)
+{
+    view.set_view_monitor(gpu.instance);
+    view.set_statistics_monitor(gpu.physical_device, gpu.device);
+    view.set_resolution({picture.width, picture.height});
+    view.set_mipmaps_enabled(picture.mipmaps);
+}
+
 BenchView::BenchView(Gpu& gpu, Picture picture)
 {
-    facade_.set_view_monitor(gpu.instance);
-    facade_.set_statistics_monitor(gpu.physical_device, gpu.device);
-    facade_.set_resolution({picture.width, picture.height});
-    facade_.set_mipmaps_enabled(picture.mipmaps);
+    set_up(facade_, gpu, picture);
     facade_.set_func_javascript_console_log([this](int, std::string message, int, std::string) {
         frames_drawn_ = std::stoull(message);
     });

@@ -18,6 +18,9 @@ public:
     Library& operator=(const Library&) = delete;
 };
 
+/** Gives a view a device and a size, as each host does before it loads. */
+void set_up(const MView& view, Gpu& gpu, Picture picture);
+
 /** A view of the library that shows the scene. Has drawn a first frame when it is made. */
 class BenchView {
 public:
