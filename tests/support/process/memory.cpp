@@ -1,6 +1,6 @@
 #include "support/process/memory.h"
 
-#include "support/process/processes.h"
+#include "support/process/tree.h"
 
 #include <malloc.h>
 #include <unistd.h>
@@ -25,17 +25,10 @@ double resident_kib()
     return static_cast<double>(resident_pages) * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1024;
 }
 
-/** The process's share of memory that is no file's; 0 when it has ended meanwhile. */
+/** The process's share of memory that is no file's. */
 double anonymous_kib(pid_t process)
 {
-    std::ifstream file("/proc/" + std::to_string(process) + "/smaps_rollup");
-    double sum = 0;
-    for (std::string word; file >> word;) {
-        double kib = 0;
-        if ((word == "Pss_Anon:" || word == "Pss_Shmem:") && file >> kib)
-            sum += kib;
-    }
-    return sum;
+    return memory_kib(process, {"Pss_Anon:", "Pss_Shmem:"});
 }
 
 int entries_of(const char* folder)

@@ -15,8 +15,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <map>
-#include <sstream>
 #include <stdexcept>
 
 namespace marlune::test {
@@ -28,50 +26,6 @@ using namespace std::chrono_literals;
 // An engine process notices the end of its browser by a closed channel: soon, not at once.
 constexpr auto PARTING_TIME = 10s;
 constexpr auto PROGRAM_TIME = 60s;
-
-struct Status {
-    Process process;
-    pid_t parent = 0;
-    char state = 0;
-};
-
-/** Reads "pid (name) state parent ..."; the name may hold blanks and parentheses. */
-bool read_status(const std::filesystem::path& folder, Status& status)
-{
-    std::ifstream file(folder / "stat");
-    std::string line;
-    if (!std::getline(file, line))
-        return false;  // the process has ended meanwhile
-    const size_t open = line.find('('), close = line.rfind(')');
-    if (open == std::string::npos || close == std::string::npos)
-        return false;
-    status.process = {std::stoi(line), line.substr(open + 1, close - open - 1)};
-    std::istringstream(line.substr(close + 1)) >> status.state >> status.parent;
-    return true;
-}
-
-std::multimap<pid_t, Process> living_processes_by_parent()
-{
-    std::multimap<pid_t, Process> result;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-        const std::string name = entry.path().filename();
-        Status status;
-        const bool is_process = name.find_first_not_of("0123456789") == std::string::npos;
-        if (is_process && read_status(entry.path(), status) && status.state != 'Z')
-            result.emplace(status.parent, status.process);
-    }
-    return result;
-}
-
-void collect_below(pid_t parent, const std::multimap<pid_t, Process>& by_parent,
-                   std::vector<Process>& result)
-{
-    const auto [first, last] = by_parent.equal_range(parent);
-    for (auto it = first; it != last; ++it) {
-        result.push_back(it->second);
-        collect_below(it->second.id, by_parent, result);
-    }
-}
 
 int exit_code_of(int status)
 {
@@ -167,19 +121,11 @@ pid_t start(const std::vector<std::string>& arguments, const std::filesystem::pa
 
 }  // namespace
 
-std::vector<Process> descendants()
-{
-    std::vector<Process> result;
-    collect_below(getpid(), living_processes_by_parent(), result);
-    return result;
-}
-
 std::vector<Process> engine_processes()
 {
     std::vector<Process> result = descendants();
-    std::erase_if(result, [](const Process& process) {
-        return !process.name.starts_with("QtWebEngine");  // Linux keeps 15 characters of a name
-    });
+    std::erase_if(result,
+                  [](const Process& process) { return !process.name.starts_with("QtWebEngine"); });
     return result;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <sys/types.h>
+#include "support/process/tree.h"
 
 #include <functional>
 #include <string>
@@ -8,15 +8,7 @@
 
 namespace marlune::test {
 
-struct Process {
-    pid_t id = 0;
-    std::string name;
-};
-
-/** All living processes below this one: its children, theirs, and so on. */
-std::vector<Process> descendants();
-
-/** Those of them that belong to the web engine. */
+/** Those of descendants() that belong to the web engine. */
 std::vector<Process> engine_processes();
 
 /**
