@@ -18,9 +18,9 @@ namespace {
 
 using Video = MVideoPlayerView;
 
-std::vector<MemberGroup<Video>> member_groups()
+std::vector<Member<Video>> members()
 {
-    return groups_of<Video>(
+    return with_others<Video>(
         {
             {"play", [](Video& view) { view.play(); }},
             {"pause", [](Video& view) { view.pause(); }},
@@ -37,39 +37,23 @@ std::vector<MemberGroup<Video>> member_groups()
             {"set_active_video_track", [](Video& view) { view.set_active_video_track(-1); }},
             {"set_active_subtitle_track", [](Video& view) { view.set_active_subtitle_track(1); }},
         },
-        {
-            {"get_source", [](Video& view) { view.get_source(); }},
-            {"get_position", [](Video& view) { view.get_position(); }},
-            {"get_duration", [](Video& view) { view.get_duration(); }},
-            {"get_buffer_progress", [](Video& view) { view.get_buffer_progress(); }},
-            {"get_playback_rate", [](Video& view) { view.get_playback_rate(); }},
-            {"get_volume", [](Video& view) { view.get_volume(); }},
-            {"get_muted", [](Video& view) { view.get_muted(); }},
-            {"get_loops", [](Video& view) { view.get_loops(); }},
-            {"get_playback_state", [](Video& view) { view.get_playback_state(); }},
-            {"get_media_status", [](Video& view) { view.get_media_status(); }},
-            {"get_error", [](Video& view) { view.get_error(); }},
-            {"get_error_string", [](Video& view) { view.get_error_string(); }},
-            {"get_has_audio", [](Video& view) { view.get_has_audio(); }},
-            {"get_has_video", [](Video& view) { view.get_has_video(); }},
-            {"get_seekable", [](Video& view) { view.get_seekable(); }},
-            {"get_fill_mode", [](Video& view) { view.get_fill_mode(); }},
-            {"get_controls", [](Video& view) { view.get_controls(); }},
-            {"get_controls_auto_hide", [](Video& view) { view.get_controls_auto_hide(); }},
-            {"get_active_audio_track", [](Video& view) { view.get_active_audio_track(); }},
-            {"get_active_video_track", [](Video& view) { view.get_active_video_track(); }},
-            {"get_active_subtitle_track", [](Video& view) { view.get_active_subtitle_track(); }},
-            {"get_current_subtitle_name", [](Video& view) { view.get_current_subtitle_name(); }},
-            {"get_metadata", [](Video& view) { view.get_metadata(); }},
-            {"get_audio_tracks", [](Video& view) { view.get_audio_tracks(); }},
-            {"get_video_tracks", [](Video& view) { view.get_video_tracks(); }},
-            {"get_subtitle_tracks", [](Video& view) { view.get_subtitle_tracks(); }},
-            {"set_volume", [](Video& view) { view.set_volume(0.3f); }},
-            {"set_muted", [](Video& view) { view.set_muted(true); }},
-            {"set_fill_mode", [](Video& view) { view.set_fill_mode(2); }},
-            {"set_controls", [](Video& view) { view.set_controls(true); }},
-            {"set_controls_auto_hide", [](Video& view) { view.set_controls_auto_hide(true); }},
-            {"set_auto_play", [](Video& view) { view.set_auto_play(false); }},
+        [](Video& view) {
+            ask<Video, &Video::get_source, &Video::get_position, &Video::get_duration,
+                &Video::get_buffer_progress, &Video::get_playback_rate, &Video::get_volume,
+                &Video::get_muted, &Video::get_loops, &Video::get_playback_state,
+                &Video::get_media_status, &Video::get_error, &Video::get_error_string,
+                &Video::get_has_audio, &Video::get_has_video, &Video::get_seekable,
+                &Video::get_fill_mode, &Video::get_controls, &Video::get_controls_auto_hide,
+                &Video::get_active_audio_track, &Video::get_active_video_track,
+                &Video::get_active_subtitle_track, &Video::get_current_subtitle_name,
+                &Video::get_metadata, &Video::get_audio_tracks, &Video::get_video_tracks,
+                &Video::get_subtitle_tracks>(view);
+            view.set_volume(0.3f);
+            view.set_muted(true);
+            view.set_fill_mode(2);
+            view.set_controls(true);
+            view.set_controls_auto_hide(true);
+            view.set_auto_play(false);
         });
 }
 
@@ -124,7 +108,7 @@ void call_in_callbacks(std::shared_ptr<CallerInCallback<Video>> caller, const Vi
 #undef MARLUNE_CALL
 }
 
-class CallsInVideoCallbacks : public testing::TestWithParam<MemberGroup<Video>> {
+class CallsInVideoCallbacks : public testing::TestWithParam<Member<Video>> {
 protected:
     void SetUp() override
     {
@@ -162,7 +146,7 @@ protected:
     std::optional<HostVideoView> view;
 };
 
-INSTANTIATE_TEST_SUITE_P(Members, CallsInVideoCallbacks, testing::ValuesIn(member_groups()),
+INSTANTIATE_TEST_SUITE_P(Members, CallsInVideoCallbacks, testing::ValuesIn(members()),
                          name_of<Video>);
 
 TEST_P(CallsInVideoCallbacks, leave_a_player_that_plays)

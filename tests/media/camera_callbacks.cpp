@@ -17,9 +17,9 @@ namespace {
 
 using Camera = MCameraView;
 
-std::vector<MemberGroup<Camera>> member_groups()
+std::vector<Member<Camera>> members()
 {
-    return groups_of<Camera>(
+    return with_others<Camera>(
         {
             {"start", [](Camera& view) { view.start(); }},
             {"stop", [](Camera& view) { view.stop(); }},
@@ -31,63 +31,40 @@ std::vector<MemberGroup<Camera>> member_groups()
             {"destroy", [](Camera& view) { view.destroy(); }},
             {"render", [](Camera& view) { view.render(); }},
         },
-        {
-            {"get_is_active", [](Camera& view) { view.get_is_active(); }},
-            {"is_available", [](Camera& view) { view.is_available(); }},
-            {"get_fill_mode", [](Camera& view) { view.get_fill_mode(); }},
-            {"get_error", [](Camera& view) { view.get_error(); }},
-            {"get_error_string", [](Camera& view) { view.get_error_string(); }},
-            {"get_exposure_mode", [](Camera& view) { view.get_exposure_mode(); }},
-            {"is_exposure_mode_supported",
-             [](Camera& view) { view.is_exposure_mode_supported(1); }},
-            {"get_exposure_compensation", [](Camera& view) { view.get_exposure_compensation(); }},
-            {"get_exposure_time", [](Camera& view) { view.get_exposure_time(); }},
-            {"get_manual_exposure_time", [](Camera& view) { view.get_manual_exposure_time(); }},
-            {"minimum_exposure_time", [](Camera& view) { view.minimum_exposure_time(); }},
-            {"maximum_exposure_time", [](Camera& view) { view.maximum_exposure_time(); }},
-            {"get_iso_sensitivity", [](Camera& view) { view.get_iso_sensitivity(); }},
-            {"get_manual_iso_sensitivity", [](Camera& view) { view.get_manual_iso_sensitivity(); }},
-            {"minimum_iso_sensitivity", [](Camera& view) { view.minimum_iso_sensitivity(); }},
-            {"maximum_iso_sensitivity", [](Camera& view) { view.maximum_iso_sensitivity(); }},
-            {"get_flash_mode", [](Camera& view) { view.get_flash_mode(); }},
-            {"is_flash_mode_supported", [](Camera& view) { view.is_flash_mode_supported(1); }},
-            {"get_is_flash_ready", [](Camera& view) { view.get_is_flash_ready(); }},
-            {"get_torch_mode", [](Camera& view) { view.get_torch_mode(); }},
-            {"is_torch_mode_supported", [](Camera& view) { view.is_torch_mode_supported(1); }},
-            {"get_focus_mode", [](Camera& view) { view.get_focus_mode(); }},
-            {"is_focus_mode_supported", [](Camera& view) { view.is_focus_mode_supported(5); }},
-            {"get_focus_distance", [](Camera& view) { view.get_focus_distance(); }},
-            {"get_focus_point", [](Camera& view) { view.get_focus_point(); }},
-            {"get_custom_focus_point", [](Camera& view) { view.get_custom_focus_point(); }},
-            {"get_white_balance_mode", [](Camera& view) { view.get_white_balance_mode(); }},
-            {"is_white_balance_mode_supported",
-             [](Camera& view) { view.is_white_balance_mode_supported(1); }},
-            {"get_color_temperature", [](Camera& view) { view.get_color_temperature(); }},
-            {"get_zoom_factor", [](Camera& view) { view.get_zoom_factor(); }},
-            {"get_minimum_zoom_factor", [](Camera& view) { view.get_minimum_zoom_factor(); }},
-            {"get_maximum_zoom_factor", [](Camera& view) { view.get_maximum_zoom_factor(); }},
-            {"set_fill_mode", [](Camera& view) { view.set_fill_mode(2); }},
-            {"set_exposure_mode", [](Camera& view) { view.set_exposure_mode(1); }},
-            {"set_exposure_compensation",
-             [](Camera& view) { view.set_exposure_compensation(0.5f); }},
-            {"set_manual_exposure_time",
-             [](Camera& view) { view.set_manual_exposure_time(0.02f); }},
-            {"set_auto_exposure_time", [](Camera& view) { view.set_auto_exposure_time(); }},
-            {"set_manual_iso_sensitivity",
-             [](Camera& view) { view.set_manual_iso_sensitivity(200); }},
-            {"set_auto_iso_sensitivity", [](Camera& view) { view.set_auto_iso_sensitivity(); }},
-            {"set_flash_mode", [](Camera& view) { view.set_flash_mode(1); }},
-            {"set_torch_mode", [](Camera& view) { view.set_torch_mode(1); }},
-            {"set_focus_mode", [](Camera& view) { view.set_focus_mode(5); }},
-            {"set_focus_distance", [](Camera& view) { view.set_focus_distance(0.5f); }},
-            {"set_custom_focus_point",
-             [](Camera& view) {
-                 view.set_custom_focus_point({0.5f, 0.5f});
-             }},
-            {"set_white_balance_mode", [](Camera& view) { view.set_white_balance_mode(1); }},
-            {"set_color_temperature", [](Camera& view) { view.set_color_temperature(4000); }},
-            {"set_zoom_factor", [](Camera& view) { view.set_zoom_factor(1.1f); }},
-            {"zoom_to", [](Camera& view) { view.zoom_to(1.2f, 0); }},
+        [](Camera& view) {
+            ask<Camera, &Camera::get_is_active, &Camera::is_available, &Camera::get_fill_mode,
+                &Camera::get_error, &Camera::get_error_string, &Camera::get_exposure_mode,
+                &Camera::get_exposure_compensation, &Camera::get_exposure_time,
+                &Camera::get_manual_exposure_time, &Camera::minimum_exposure_time,
+                &Camera::maximum_exposure_time, &Camera::get_iso_sensitivity,
+                &Camera::get_manual_iso_sensitivity, &Camera::minimum_iso_sensitivity,
+                &Camera::maximum_iso_sensitivity, &Camera::get_flash_mode,
+                &Camera::get_is_flash_ready, &Camera::get_torch_mode, &Camera::get_focus_mode,
+                &Camera::get_focus_distance, &Camera::get_focus_point,
+                &Camera::get_custom_focus_point, &Camera::get_white_balance_mode,
+                &Camera::get_color_temperature, &Camera::get_zoom_factor,
+                &Camera::get_minimum_zoom_factor, &Camera::get_maximum_zoom_factor>(view);
+            view.is_exposure_mode_supported(1);
+            view.is_flash_mode_supported(1);
+            view.is_torch_mode_supported(1);
+            view.is_focus_mode_supported(5);
+            view.is_white_balance_mode_supported(1);
+            view.set_fill_mode(2);
+            view.set_exposure_mode(1);
+            view.set_exposure_compensation(0.5f);
+            view.set_manual_exposure_time(0.02f);
+            view.set_auto_exposure_time();
+            view.set_manual_iso_sensitivity(200);
+            view.set_auto_iso_sensitivity();
+            view.set_flash_mode(1);
+            view.set_torch_mode(1);
+            view.set_focus_mode(5);
+            view.set_focus_distance(0.5f);
+            view.set_custom_focus_point({0.5f, 0.5f});
+            view.set_white_balance_mode(1);
+            view.set_color_temperature(4000);
+            view.set_zoom_factor(1.1f);
+            view.zoom_to(1.2f, 0);
         });
 }
 
@@ -116,7 +93,7 @@ void call_in_callbacks(std::shared_ptr<CallerInCallback<Camera>> caller, const C
 #undef MARLUNE_CALL
 }
 
-class CallsInCameraCallbacks : public testing::TestWithParam<MemberGroup<Camera>> {
+class CallsInCameraCallbacks : public testing::TestWithParam<Member<Camera>> {
 protected:
     void SetUp() override
     {
@@ -127,7 +104,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(Members, CallsInCameraCallbacks, testing::ValuesIn(member_groups()),
+INSTANTIATE_TEST_SUITE_P(Members, CallsInCameraCallbacks, testing::ValuesIn(members()),
                          name_of<Camera>);
 
 TEST_P(CallsInCameraCallbacks, leave_a_camera_that_can_be_had)

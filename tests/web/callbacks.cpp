@@ -30,9 +30,9 @@ HostObject& other_object()
     return object;
 }
 
-std::vector<MemberGroup<Web>> member_groups()
+std::vector<Member<Web>> members()
 {
-    return groups_of<Web>(
+    return with_others<Web>(
         {
             {"load", [](Web& view) { view.load(); }},
             {"reset", [](Web& view) { view.reset(); }},
@@ -49,29 +49,24 @@ std::vector<MemberGroup<Web>> member_groups()
             {"webchannel_deregisterObject",
              [](Web& view) { view.webchannel_deregisterObject("player"); }},
         },
-        {
-            {"get_url", [](Web& view) { view.get_url(); }},
-            {"forward", [](Web& view) { view.forward(); }},
-            {"back_or_forward", [](Web& view) { view.back_or_forward(3); }},
-            {"can_go_back", [](Web& view) { view.can_go_back(); }},
-            {"can_go_forward", [](Web& view) { view.can_go_forward(); }},
-            {"run_javascript", [](Web& view) { view.run_javascript("window.x = 1"); }},
-            {"set_func_navigation_handler",
-             [](Web& view) { view.set_func_navigation_handler({}); }},
-            {"set_func_loading_changed", [](Web& view) { view.set_func_loading_changed({}); }},
-            {"set_func_page_responding", [](Web& view) { view.set_func_page_responding({}); }},
-            {"set_javascript_enabled", [](Web& view) { view.set_javascript_enabled(true); }},
-            {"get_javascript_enabled", [](Web& view) { view.get_javascript_enabled(); }},
-            {"set_background_color", [](Web& view) { view.set_background_color("#ffffff"); }},
-            {"get_background_color", [](Web& view) { view.get_background_color(); }},
-            {"set_zoom_factor", [](Web& view) { view.set_zoom_factor(100); }},
-            {"get_zoom_factor", [](Web& view) { view.get_zoom_factor(); }},
-            {"set_user_agent", [](Web& view) { view.set_user_agent(view.get_user_agent()); }},
-            {"set_storage_path", [](Web& view) { view.set_storage_path(""); }},
-            {"set_cookie",
-             [](Web& view) { view.set_cookie("a.example", "/", "a", "b", false, "", 0); }},
-            {"set_disable_gpu", [](Web& view) { view.set_disable_gpu(view.get_disable_gpu()); }},
-            {"webchannel_getObject", [](Web& view) { view.webchannel_getObject("player"); }},
+        [](Web& view) {
+            ask<Web, &Web::get_url, &Web::can_go_back, &Web::can_go_forward,
+                &Web::get_javascript_enabled, &Web::get_background_color, &Web::get_zoom_factor>(
+                view);
+            view.forward();
+            view.back_or_forward(3);
+            view.run_javascript("window.x = 1");
+            view.set_func_navigation_handler({});
+            view.set_func_loading_changed({});
+            view.set_func_page_responding({});
+            view.set_javascript_enabled(true);
+            view.set_background_color("#ffffff");
+            view.set_zoom_factor(100);
+            view.set_user_agent(view.get_user_agent());
+            view.set_storage_path("");
+            view.set_cookie("a.example", "/", "a", "b", false, "", 0);
+            view.set_disable_gpu(view.get_disable_gpu());
+            view.webchannel_getObject("player");
         });
 }
 
@@ -147,7 +142,7 @@ ServingResources::Callback calling_pack(const Caller& caller)
     };
 }
 
-class CallsInWebCallbacks : public testing::TestWithParam<MemberGroup<Web>> {
+class CallsInWebCallbacks : public testing::TestWithParam<Member<Web>> {
 protected:
     CallsInWebCallbacks()
     {
@@ -178,8 +173,7 @@ protected:
     ServingResources pack{calling_pack({})};
 };
 
-INSTANTIATE_TEST_SUITE_P(Members, CallsInWebCallbacks, testing::ValuesIn(member_groups()),
-                         name_of<Web>);
+INSTANTIATE_TEST_SUITE_P(Members, CallsInWebCallbacks, testing::ValuesIn(members()), name_of<Web>);
 
 TEST_P(CallsInWebCallbacks, leave_a_view_that_shows_pages)
 {
@@ -213,9 +207,9 @@ TEST(CallsWhileAPageHangs, leave_views_that_show_pages)
     expect_message("cannot remove context object 'player', does not exist.");
     const ServingResources pack(calling_pack({}));
     struct Hanging {
-        explicit Hanging(const MemberGroup<Web>& group)
+        explicit Hanging(const Member<Web>& member)
             : caller(
-                std::make_shared<CallerInCallback<Web>>(view.facade(), "page_responding", group))
+                std::make_shared<CallerInCallback<Web>>(view.facade(), "page_responding", member))
         {
         }
 
@@ -226,10 +220,10 @@ TEST(CallsWhileAPageHangs, leave_views_that_show_pages)
     // which the pages of the others can begin anew.
     for (const bool ends_pages : {false, true}) {
         std::list<Hanging> all;
-        for (const MemberGroup<Web>& group : member_groups()) {
-            if ((std::string(group.name) == "set_otr") != ends_pages)
+        for (const Member<Web>& member : members()) {
+            if ((std::string(member.name) == "set_otr") != ends_pages)
                 continue;
-            Hanging& hanging = all.emplace_back(group);
+            Hanging& hanging = all.emplace_back(member);
             ASSERT_TRUE(hanging.view.open("res://pack/"));
             call_in_callbacks(hanging.caller, hanging.view.facade());
         }
