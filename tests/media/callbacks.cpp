@@ -38,16 +38,7 @@ std::vector<Member<Video>> members()
             {"set_active_subtitle_track", [](Video& view) { view.set_active_subtitle_track(1); }},
         },
         [](Video& view) {
-            ask<Video, &Video::get_source, &Video::get_position, &Video::get_duration,
-                &Video::get_buffer_progress, &Video::get_playback_rate, &Video::get_volume,
-                &Video::get_muted, &Video::get_loops, &Video::get_playback_state,
-                &Video::get_media_status, &Video::get_error, &Video::get_error_string,
-                &Video::get_has_audio, &Video::get_has_video, &Video::get_seekable,
-                &Video::get_fill_mode, &Video::get_controls, &Video::get_controls_auto_hide,
-                &Video::get_active_audio_track, &Video::get_active_video_track,
-                &Video::get_active_subtitle_track, &Video::get_current_subtitle_name,
-                &Video::get_metadata, &Video::get_audio_tracks, &Video::get_video_tracks,
-                &Video::get_subtitle_tracks>(view);
+            VideoGetters::call(view);
             view.set_volume(0.3f);
             view.set_muted(true);
             view.set_fill_mode(2);

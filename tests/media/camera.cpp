@@ -6,23 +6,14 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
 #include <deque>
 #include <optional>
-#include <stdexcept>
 #include <string>
-#include <thread>
-#include <type_traits>
 #include <vector>
 
 namespace marlune {
 
 using namespace test;
-
-static_assert(sizeof(MCameraView) == sizeof(MView));
-static_assert(std::is_base_of_v<MQuickView, MCameraView>);
-static_assert(std::is_trivially_destructible_v<MCameraView>);
-static_assert(std::is_copy_constructible_v<MCameraView> && std::is_copy_assignable_v<MCameraView>);
 
 namespace {
 
@@ -205,19 +196,6 @@ TEST_F(Camera, shows_its_picture_again_after_a_stop)
     }
 }
 
-TEST_F(Camera, tells_on_the_qt_thread)
-{
-    HostCameraView view;
-    ASSERT_TRUE(view.show());
-    view->set_zoom_factor(2);
-    view->stop();
-    ASSERT_EQ(view.told(), (Names{"active_changed", "zoom_factor_changed", "active_changed"}));
-    const std::thread::id qt_thread = view.events().front().thread;
-    EXPECT_NE(qt_thread, std::this_thread::get_id());
-    for (const ViewEvent& event : view.events())
-        EXPECT_EQ(event.thread, qt_thread) << event;
-}
-
 TEST_F(Camera, answers_a_callback_that_asks_it)
 {
     HostCameraView view;
@@ -229,32 +207,6 @@ TEST_F(Camera, answers_a_callback_that_asks_it)
     EXPECT_EQ(answer, 1);
     view->stop();
     EXPECT_EQ(answer, 0);
-}
-
-TEST_F(Camera, has_done_with_a_callback_when_its_setter_has_returned)
-{
-    HostCameraView view;
-    view->set_camera_hint("0");
-    std::atomic<bool> entered = false;
-    std::atomic<bool> left = false;
-    view->set_func_active_changed([&] {
-        entered = true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        left = true;
-    });
-    std::jthread caller([copy = view.facade()] { copy.start(); });
-    ASSERT_TRUE(wait_until([&] { return entered.load(); }));
-    view->set_func_active_changed({});
-    EXPECT_TRUE(left) << "what it uses may go now";
-}
-
-TEST_F(Camera, outlives_a_callback_that_throws)
-{
-    expect_message_matching("mine \\(the call was given up");
-    HostCameraView view;
-    view->set_func_active_changed([] { throw std::runtime_error("mine"); });
-    ASSERT_TRUE(view.show());
-    view->set_func_active_changed({});
 }
 
 // --- What goes wrong --------------------------------------------------------------------------------
@@ -451,17 +403,6 @@ TEST_F(Camera, is_kept_by_reset_while_no_scene_has_it)
     view->reset();
     EXPECT_FALSE(view->get_is_active());
     EXPECT_TRUE(view->is_available());
-}
-
-TEST_F(Camera, can_be_followed_by_another_component)
-{
-    HostCameraView view;
-    ASSERT_TRUE(view.show("usb"));
-    ASSERT_TRUE(view->load("Debug", "Debug"));
-    EXPECT_TRUE(running_cameras().empty());
-    ASSERT_TRUE(view.load());
-    view->start();
-    EXPECT_TRUE(view.goes_on());
 }
 
 TEST_F(Camera, is_given_back_when_its_view_is_destroyed_while_it_runs)

@@ -32,18 +32,7 @@ std::vector<Member<Camera>> members()
             {"render", [](Camera& view) { view.render(); }},
         },
         [](Camera& view) {
-            ask<Camera, &Camera::get_is_active, &Camera::is_available, &Camera::get_fill_mode,
-                &Camera::get_error, &Camera::get_error_string, &Camera::get_exposure_mode,
-                &Camera::get_exposure_compensation, &Camera::get_exposure_time,
-                &Camera::get_manual_exposure_time, &Camera::minimum_exposure_time,
-                &Camera::maximum_exposure_time, &Camera::get_iso_sensitivity,
-                &Camera::get_manual_iso_sensitivity, &Camera::minimum_iso_sensitivity,
-                &Camera::maximum_iso_sensitivity, &Camera::get_flash_mode,
-                &Camera::get_is_flash_ready, &Camera::get_torch_mode, &Camera::get_focus_mode,
-                &Camera::get_focus_distance, &Camera::get_focus_point,
-                &Camera::get_custom_focus_point, &Camera::get_white_balance_mode,
-                &Camera::get_color_temperature, &Camera::get_zoom_factor,
-                &Camera::get_minimum_zoom_factor, &Camera::get_maximum_zoom_factor>(view);
+            CameraGetters::call(view);
             view.is_exposure_mode_supported(1);
             view.is_flash_mode_supported(1);
             view.is_torch_mode_supported(1);

@@ -8,7 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cstdint>
 #include <limits>
 #include <memory>
@@ -298,37 +297,12 @@ TEST_F(CameraControls, do_not_tell_what_the_camera_can_do)
 
 void expect_defaults_of_no_camera(const MCameraView& view)
 {
-    EXPECT_FALSE(view.get_is_active());
-    EXPECT_FALSE(view.is_available());
-    EXPECT_EQ(view.get_error(), 0);
-    EXPECT_EQ(view.get_error_string(), "");
-    EXPECT_EQ(view.get_exposure_mode(), 0);
+    CameraGetters::expect_defaults(view);
     EXPECT_FALSE(view.is_exposure_mode_supported(0));
-    EXPECT_EQ(view.get_exposure_compensation(), 0);
-    EXPECT_EQ(view.get_exposure_time(), 0);
-    EXPECT_EQ(view.get_manual_exposure_time(), 0);
-    EXPECT_EQ(view.minimum_exposure_time(), 0);
-    EXPECT_EQ(view.maximum_exposure_time(), 0);
-    EXPECT_EQ(view.get_iso_sensitivity(), 0);
-    EXPECT_EQ(view.get_manual_iso_sensitivity(), 0);
-    EXPECT_EQ(view.minimum_iso_sensitivity(), 0);
-    EXPECT_EQ(view.maximum_iso_sensitivity(), 0);
-    EXPECT_EQ(view.get_flash_mode(), 0);
     EXPECT_FALSE(view.is_flash_mode_supported(0));
-    EXPECT_FALSE(view.get_is_flash_ready());
-    EXPECT_EQ(view.get_torch_mode(), 0);
     EXPECT_FALSE(view.is_torch_mode_supported(0));
-    EXPECT_EQ(view.get_focus_mode(), 0);
     EXPECT_FALSE(view.is_focus_mode_supported(0));
-    EXPECT_EQ(view.get_focus_distance(), 0);
-    EXPECT_EQ(view.get_focus_point(), Point());
-    EXPECT_EQ(view.get_custom_focus_point(), Point());
-    EXPECT_EQ(view.get_white_balance_mode(), 0);
     EXPECT_FALSE(view.is_white_balance_mode_supported(0));
-    EXPECT_EQ(view.get_color_temperature(), 0);
-    EXPECT_EQ(view.get_zoom_factor(), 0);
-    EXPECT_EQ(view.get_minimum_zoom_factor(), 0);
-    EXPECT_EQ(view.get_maximum_zoom_factor(), 0);
 }
 
 void call_every_setter(const MCameraView& view)
@@ -350,7 +324,6 @@ TEST(CameraFacade, has_the_defaults_of_no_camera_before_it_has_chosen_one)
     call_every_setter(view.facade());
     expect_defaults_of_no_camera(view.facade());
     EXPECT_EQ(view->get_supported_features(), 0);
-    EXPECT_EQ(view->get_fill_mode(), unsigned(STRETCH));
     EXPECT_TRUE(open_cameras().empty());
 }
 
@@ -364,36 +337,9 @@ TEST(CameraFacade, has_the_defaults_of_no_view_after_destroy)
     stale.set_camera_hint("0");
     call_every_setter(stale);
     expect_defaults_of_no_camera(stale);
-    EXPECT_EQ(stale.get_fill_mode(), 0u);
     EXPECT_EQ(stale.get_supported_features(), 0);
     EXPECT_FALSE(stale.load("Multimedia", "Camera"));
     EXPECT_TRUE(wait_until([] { return open_cameras().empty(); }));
-}
-
-TEST(CameraFacade, shares_its_camera_with_copies)
-{
-    plug_cameras({{.name = "Able"}});
-    HostCameraView view;
-    const MCameraView copy = view.facade();
-    copy.set_camera_hint("0");
-    view->start();
-    EXPECT_TRUE(copy.get_is_active());
-}
-
-TEST(CameraFacade, forgets_a_callback_that_is_taken_away)
-{
-    plug_cameras({{.name = "Able"}});
-    HostCameraView view;
-    const auto carried = std::make_shared<int>();
-    std::atomic<int> calls = 0;
-    view->set_func_active_changed([&, carried] { ++calls; });
-    view->set_camera_hint("0");
-    view->start();
-    EXPECT_EQ(calls, 1);
-    view->set_func_active_changed({});
-    EXPECT_EQ(carried.use_count(), 1);
-    view->stop();
-    EXPECT_EQ(calls, 1);
 }
 
 }  // namespace

@@ -7,22 +7,16 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <deque>
 #include <memory>
 #include <string>
 #include <thread>
-#include <type_traits>
 
 namespace marlune {
 
 using namespace test;
-
-static_assert(sizeof(MVideoPlayerView) == sizeof(MView));
-static_assert(std::is_base_of_v<MQuickView, MVideoPlayerView>);
-static_assert(std::is_trivially_destructible_v<MVideoPlayerView>);
-static_assert(
-    std::is_copy_constructible_v<MVideoPlayerView> && std::is_copy_assignable_v<MVideoPlayerView>);
 
 namespace {
 
@@ -54,32 +48,7 @@ void call_every_setter(const MVideoPlayerView& view)
 
 void expect_defaults_of_no_view(const MVideoPlayerView& view)
 {
-    EXPECT_EQ(view.get_source(), "");
-    EXPECT_EQ(view.get_position(), 0u);
-    EXPECT_EQ(view.get_duration(), 0u);
-    EXPECT_EQ(view.get_buffer_progress(), 0.0f);
-    EXPECT_EQ(view.get_playback_rate(), 0.0);
-    EXPECT_EQ(view.get_volume(), 0.0f);
-    EXPECT_FALSE(view.get_muted());
-    EXPECT_EQ(view.get_loops(), 0);
-    EXPECT_EQ(view.get_playback_state(), 0);
-    EXPECT_EQ(view.get_media_status(), 0);
-    EXPECT_EQ(view.get_error(), 0);
-    EXPECT_EQ(view.get_error_string(), "");
-    EXPECT_FALSE(view.get_has_audio());
-    EXPECT_FALSE(view.get_has_video());
-    EXPECT_FALSE(view.get_seekable());
-    EXPECT_EQ(view.get_fill_mode(), 0u);
-    EXPECT_FALSE(view.get_controls());
-    EXPECT_FALSE(view.get_controls_auto_hide());
-    EXPECT_EQ(view.get_active_audio_track(), 0);
-    EXPECT_EQ(view.get_active_video_track(), 0);
-    EXPECT_EQ(view.get_active_subtitle_track(), 0);
-    EXPECT_EQ(view.get_current_subtitle_name(), "");
-    EXPECT_TRUE(view.get_metadata().empty());
-    EXPECT_TRUE(view.get_audio_tracks().empty());
-    EXPECT_TRUE(view.get_video_tracks().empty());
-    EXPECT_TRUE(view.get_subtitle_tracks().empty());
+    VideoGetters::expect_defaults(view);
     EXPECT_FALSE(view.load("Multimedia", "VideoPlayer"));
 }
 
@@ -121,14 +90,6 @@ TEST(VideoFacade, that_is_stale_answers_with_the_defaults)
     view->destroy();
     call_every_setter(stale);
     expect_defaults_of_no_view(stale);
-}
-
-TEST(VideoFacade, shares_its_player_with_copies)
-{
-    HostVideoView view;
-    const MVideoPlayerView copy = view.facade();
-    copy.set_volume(0.5f);
-    EXPECT_EQ(view->get_volume(), 0.5f);
 }
 
 TEST(VideoFacade, takes_every_call_before_it_has_a_scene)
@@ -221,15 +182,6 @@ TEST(Players, are_destroyed_while_they_load)
     }
 }
 
-TEST(Players, can_show_another_component)
-{
-    HostVideoView view;
-    ASSERT_TRUE(view.open("short.mp4"));
-    ASSERT_TRUE(view->load("Debug", "DebugVideo"));
-    ASSERT_TRUE(view.open("short.mp4"));
-    EXPECT_TRUE(view.wait_for_event("media_status_changed", std::to_string(END_OF_MEDIA)));
-}
-
 TEST(Players, play_eight_at_once)
 {
     std::deque<HostVideoView> views;
@@ -263,36 +215,6 @@ TEST(Players, answer_a_callback_that_asks_them)
     EXPECT_TRUE(view.draw_until([&] { return was_reset && view->get_source().empty(); }));
 }
 
-TEST(Players, forget_a_callback_that_is_taken_away)
-{
-    HostVideoView view;
-    const auto carried = std::make_shared<int>();
-    std::atomic<int> calls = 0;
-    view->set_func_on_volume_changed([&, carried](float) { ++calls; });
-    view->set_volume(0.5f);
-    EXPECT_EQ(calls, 1);
-    view->set_func_on_volume_changed({});
-    EXPECT_EQ(carried.use_count(), 1);
-    view->set_volume(0.25f);
-    EXPECT_EQ(calls, 1);
-}
-
-TEST(Players, have_done_with_a_callback_when_its_setter_has_returned)
-{
-    HostVideoView view;
-    std::atomic<bool> entered = false;
-    std::atomic<bool> left = false;
-    view->set_func_on_volume_changed([&](float) {
-        entered = true;
-        std::this_thread::sleep_for(50ms);
-        left = true;
-    });
-    std::jthread caller([copy = view.facade()] { copy.set_volume(0.5f); });
-    ASSERT_TRUE(wait_until([&] { return entered.load(); }));
-    view->set_func_on_volume_changed({});
-    EXPECT_TRUE(left) << "what it uses may go now";
-}
-
 TEST(Players, are_given_callbacks_while_they_play)
 {
     HostVideoView view;
@@ -307,14 +229,6 @@ TEST(Players, are_given_callbacks_while_they_play)
     host.join();
     EXPECT_GT(calls, 0);
     view->set_func_on_position_changed({});
-}
-
-TEST(Players, outlive_a_callback_that_throws)
-{
-    expect_message_matching("mine \\(the call was given up");
-    HostVideoView view;
-    view->set_func_on_source_changed([](std::string) { throw std::runtime_error("mine"); });
-    ASSERT_TRUE(view.open("short.mp4"));
 }
 
 }  // namespace

@@ -10,7 +10,6 @@
 #include <chrono>
 #include <cmath>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace marlune::test {
@@ -77,16 +76,6 @@ TEST_F(Player, begins_by_itself_and_tells_of_it_in_order)
     EXPECT_EQ(view->get_error_string(), "");
     EXPECT_EQ(view->get_source(), clip_url("numbered.mp4"));
     EXPECT_EQ(view->get_buffer_progress(), 1);
-}
-
-TEST_F(Player, tells_on_the_qt_thread)
-{
-    ASSERT_TRUE(view.open("short.mp4"));
-    ASSERT_FALSE(view.events().empty());
-    const std::thread::id qt_thread = view.events().front().thread;
-    EXPECT_NE(qt_thread, std::this_thread::get_id());
-    for (const ViewEvent& event : view.events())
-        EXPECT_EQ(event.thread, qt_thread) << event;
 }
 
 TEST_F(Player, shows_one_frame_after_the_other)

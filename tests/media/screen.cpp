@@ -9,18 +9,11 @@
 #include <memory>
 #include <string>
 #include <thread>
-#include <type_traits>
 #include <vector>
 
 namespace marlune {
 
 using namespace test;
-
-static_assert(sizeof(MScreenCaptureView) == sizeof(MView));
-static_assert(std::is_base_of_v<MQuickView, MScreenCaptureView>);
-static_assert(std::is_trivially_destructible_v<MScreenCaptureView>);
-static_assert(std::is_copy_constructible_v<
-                  MScreenCaptureView> && std::is_copy_assignable_v<MScreenCaptureView>);
 
 namespace {
 
@@ -220,15 +213,6 @@ TEST_F(Screen, is_left_by_views_that_are_destroyed)
     }
 }
 
-TEST_F(Screen, gives_way_to_another_component)
-{
-    ASSERT_TRUE(view.load());
-    ASSERT_TRUE(shows(BACKGROUND));
-    ASSERT_TRUE(view->load("Scenes", "Quadrants"));
-    ASSERT_TRUE(view.load());
-    EXPECT_TRUE(shows(BACKGROUND));
-}
-
 // --- The facade ------------------------------------------------------------------------------------
 
 TEST_F(Screen, can_be_chosen_and_switched_by_a_callback)
@@ -306,15 +290,6 @@ TEST(ScreenFacade, does_nothing_where_another_view_has_taken_the_place)
     confused.set_physical_screen("1");
     EXPECT_TRUE(quick.load("Quadrants"));
     MScreenCaptureView(own).destroy();
-}
-
-TEST(ScreenFacade, shares_its_view_with_copies)
-{
-    HostScreenView view(SIZE);
-    const MScreenCaptureView copy = view.facade();
-    copy.set_active(false);
-    ASSERT_TRUE(view.load());
-    EXPECT_TRUE(shows_notice(view.picture()));
 }
 
 }  // namespace

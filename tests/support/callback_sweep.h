@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/getters.h"
 #include "support/vulkan/vulkan_host.h"
 
 #include <gtest/gtest.h>
@@ -24,13 +25,6 @@ template <typename Facade>
 std::string name_of(const testing::TestParamInfo<Member<Facade>>& info)
 {
     return info.param.name;
-}
-
-/** Calls functions that take nothing and only answer. */
-template <typename Facade, auto... Functions>
-void ask(Facade& view)
-{
-    (static_cast<void>((view.*Functions)()), ...);
 }
 
 /** Something that a host does for a callback to come. */
@@ -72,8 +66,8 @@ private:
 template <typename Facade>
 void call_members_of_any_view(Facade& view)
 {
-    ask<Facade, &Facade::get_resolution, &Facade::get_refresh_rate, &Facade::get_mips_count,
-        &Facade::get_texture, &Facade::get_physical_screens>(view);
+    Getters<&Facade::get_resolution, &Facade::get_refresh_rate, &Facade::get_mips_count,
+            &Facade::get_texture, &Facade::get_physical_screens>::call(view);
     view.set_resolution(view.get_resolution());
     view.set_refresh_rate(60);
     view.set_mipmaps_enabled(false);

@@ -50,9 +50,9 @@ std::vector<Member<Web>> members()
              [](Web& view) { view.webchannel_deregisterObject("player"); }},
         },
         [](Web& view) {
-            ask<Web, &Web::get_url, &Web::can_go_back, &Web::can_go_forward,
-                &Web::get_javascript_enabled, &Web::get_background_color, &Web::get_zoom_factor>(
-                view);
+            Getters<&Web::get_url, &Web::can_go_back, &Web::can_go_forward,
+                    &Web::get_javascript_enabled, &Web::get_background_color,
+                    &Web::get_zoom_factor>::call(view);
             view.forward();
             view.back_or_forward(3);
             view.run_javascript("window.x = 1");

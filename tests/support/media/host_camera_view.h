@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/getters.h"
 #include "support/media/fake_camera.h"
 #include "support/media/followed_view.h"
 
@@ -15,6 +16,21 @@ namespace marlune::test {
 
 // Numbers that hosts get.
 enum CameraError { NO_CAMERA_ERROR, CAMERA_ERROR };
+
+using CameraGetters =
+    Getters<&MCameraView::get_is_active, &MCameraView::is_available, &MCameraView::get_fill_mode,
+            &MCameraView::get_error, &MCameraView::get_error_string,
+            &MCameraView::get_exposure_mode, &MCameraView::get_exposure_compensation,
+            &MCameraView::get_exposure_time, &MCameraView::get_manual_exposure_time,
+            &MCameraView::minimum_exposure_time, &MCameraView::maximum_exposure_time,
+            &MCameraView::get_iso_sensitivity, &MCameraView::get_manual_iso_sensitivity,
+            &MCameraView::minimum_iso_sensitivity, &MCameraView::maximum_iso_sensitivity,
+            &MCameraView::get_flash_mode, &MCameraView::get_is_flash_ready,
+            &MCameraView::get_torch_mode, &MCameraView::get_focus_mode,
+            &MCameraView::get_focus_distance, &MCameraView::get_focus_point,
+            &MCameraView::get_custom_focus_point, &MCameraView::get_white_balance_mode,
+            &MCameraView::get_color_temperature, &MCameraView::get_zoom_factor,
+            &MCameraView::get_minimum_zoom_factor, &MCameraView::get_maximum_zoom_factor>;
 
 /** Has all callbacks of a view write to `log`, which they keep alive. */
 void write_to(std::shared_ptr<EventLog> log, const MCameraView& view);

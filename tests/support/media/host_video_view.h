@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/getters.h"
 #include "support/input.h"
 #include "support/media/followed_view.h"
 
@@ -27,6 +28,20 @@ enum MediaStatus {
     INVALID_MEDIA,
 };
 enum MediaError { NO_ERROR, RESOURCE_ERROR, FORMAT_ERROR, NETWORK_ERROR, ACCESS_DENIED_ERROR };
+
+using VideoGetters = Getters<
+    &MVideoPlayerView::get_source, &MVideoPlayerView::get_position, &MVideoPlayerView::get_duration,
+    &MVideoPlayerView::get_buffer_progress, &MVideoPlayerView::get_playback_rate,
+    &MVideoPlayerView::get_volume, &MVideoPlayerView::get_muted, &MVideoPlayerView::get_loops,
+    &MVideoPlayerView::get_playback_state, &MVideoPlayerView::get_media_status,
+    &MVideoPlayerView::get_error, &MVideoPlayerView::get_error_string,
+    &MVideoPlayerView::get_has_audio, &MVideoPlayerView::get_has_video,
+    &MVideoPlayerView::get_seekable, &MVideoPlayerView::get_fill_mode,
+    &MVideoPlayerView::get_controls, &MVideoPlayerView::get_controls_auto_hide,
+    &MVideoPlayerView::get_active_audio_track, &MVideoPlayerView::get_active_video_track,
+    &MVideoPlayerView::get_active_subtitle_track, &MVideoPlayerView::get_current_subtitle_name,
+    &MVideoPlayerView::get_metadata, &MVideoPlayerView::get_audio_tracks,
+    &MVideoPlayerView::get_video_tracks, &MVideoPlayerView::get_subtitle_tracks>;
 
 /** Has all callbacks of a view write to `log`, which they keep alive. */
 void write_to(std::shared_ptr<EventLog> log, const MVideoPlayerView& view);
