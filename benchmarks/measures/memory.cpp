@@ -3,14 +3,13 @@
 #include "ours/view.h"
 #include "raw/application.h"
 #include "raw/view.h"
+#include "support/process/tree.h"
 
 #include <malloc.h>
+#include <unistd.h>
 
-#include <fstream>
-#include <limits>
 #include <memory>
 #include <stdexcept>
-#include <string>
 #include <vector>
 
 namespace marlune::bench {
@@ -30,15 +29,8 @@ struct Memory {
 Memory memory_now()
 {
     malloc_trim(0);
-    std::ifstream file("/proc/self/smaps_rollup");
-    Memory memory;
-    std::string field;
-    while (file >> field) {
-        if (field == "Rss:" && file >> memory.resident)
-            memory.resident /= 1024;
-        else if (field == "Pss:" && file >> memory.proportional)
-            memory.proportional /= 1024;
-    }
+    const Memory memory{test::memory_kib(getpid(), {"Rss:"}) / 1024,
+                        test::memory_kib(getpid(), {"Pss:"}) / 1024};
     if (memory.resident <= 0 || memory.proportional <= 0)
         throw std::runtime_error("cannot read /proc/self/smaps_rollup");
     return memory;
@@ -67,17 +59,6 @@ Numbers memory_a_view(Make make)
             (after.proportional - before.proportional) / view_count};
 }
 
-auto sampled(Samples& resident, Samples& proportional, const char* name)
-{
-    return [&resident, &proportional, name](bool counts) {
-        const Numbers memory = sample_in_fresh_process(name);
-        if (!counts)
-            return;
-        resident.add(memory.at(0));
-        proportional.add(memory.at(1));
-    };
-}
-
 }  // namespace
 
 Numbers memory_of_library()
@@ -97,13 +78,9 @@ Numbers memory_of_raw_qt()
 
 void measure_memory(Table& table, Effort effort)
 {
-    Comparison resident;
-    Comparison proportional;
-    alternate({effort.samples(3), 15s},
-              sampled(resident.library, proportional.library, "memory-library"),
-              sampled(resident.raw, proportional.raw, "memory-raw"), [] {});
-    table.add({"memory a view, 1280x720, RSS", "MiB", resident, false});
-    table.add({"memory a view, 1280x720, PSS", "MiB", proportional, false});
+    const auto memory = compare_in_fresh_processes({effort.samples(3), 15s}, "memory");
+    table.add({"memory a view, 1280x720, RSS", "MiB", memory.at(0), false});
+    table.add({"memory a view, 1280x720, PSS", "MiB", memory.at(1), false});
 }
 
 }  // namespace marlune::bench

@@ -15,15 +15,6 @@ Numbers since(Clock::time_point start)
     return {Milliseconds(Clock::now() - start).count()};
 }
 
-auto sampled(Samples& samples, const char* name)
-{
-    return [&samples, name](bool counts) {
-        const double time = sample_in_fresh_process(name).front();
-        if (counts)
-            samples.add(time);
-    };
-}
-
 }  // namespace
 
 Numbers start_of_library()
@@ -46,10 +37,8 @@ Numbers start_of_raw_qt()
 
 void measure_start(Table& table, Effort effort)
 {
-    Comparison times;
-    alternate({effort.samples(10), 15s}, sampled(times.library, "start-library"),
-              sampled(times.raw, "start-raw"), [] {});
-    table.add({"start to the first drawn frame", "ms", times, false});
+    const auto times = compare_in_fresh_processes({effort.samples(10), 15s}, "start");
+    table.add({"start to the first drawn frame", "ms", times.at(0), false});
 }
 
 }  // namespace marlune::bench

@@ -1,5 +1,6 @@
 #include "measures/measures.h"
 
+#include "support/host_steps.h"
 #include "support/pixel_reader.h"
 #include "support/process_tree.h"
 #include "support/web_pages.h"
@@ -8,7 +9,6 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace marlune::bench {
@@ -17,7 +17,6 @@ namespace {
 
 constexpr Picture picture{1280, 720};
 
-constexpr auto host_step = std::chrono::nanoseconds(1'000'000'000 / 60);
 constexpr int frames_to_settle = 20;
 constexpr int frames_a_turn = 60;
 
@@ -53,13 +52,9 @@ double age_in_milliseconds(double now, double stamp)
 template <typename Page>
 class Watch {
 public:
-    /** The steps begin at the given share of those that the clock has had from its beginning on. */
     Watch(Page& page, PixelReader& reader, double phase)
-        : page_(page), reader_(reader), texture_(page.texture())
+        : page_(page), reader_(reader), texture_(page.texture()), steps_(phase)
     {
-        const auto whole_steps = Clock::now().time_since_epoch() / host_step + 1;
-        next_ += whole_steps * host_step
-            + std::chrono::duration_cast<Clock::duration>(phase * host_step);
     }
 
     Turn watch()
@@ -89,8 +84,7 @@ private:
     /** Returns when the frame's pixels were there, as a stamp. */
     double draw()
     {
-        next_ += host_step;
-        std::this_thread::sleep_until(next_);
+        steps_.wait_for_next();
         page_.render();
         const double drawn_at = now_as_stamp();
         const Colour colour = reader_.read(texture_, place_of_stamp, place_of_stamp);
@@ -101,7 +95,7 @@ private:
     Page& page_;
     PixelReader& reader_;
     uint64_t texture_;
-    Clock::time_point next_{};
+    HostSteps steps_;
     double stamp_ = -1;
 };
 
@@ -114,10 +108,7 @@ public:
     void take(Page& page, Samples Comparison::*side, bool counts)
     {
         page.run("animate(true)");
-        // The page's clock and the host's go at the same rate, so chance decides how they meet for all
-        // of a turn. Each round has another phase, the same for both sides, and all phases come evenly.
-        const int round = turns_++ / 2;
-        const Turn turn = Watch(page, reader_, std::fmod(round * golden_section, 1)).watch();
+        const Turn turn = Watch(page, reader_, even_phase(turns_++ / 2)).watch();
         page.run("animate(false)");
         if (!counts)
             return;
@@ -131,8 +122,6 @@ public:
     Comparison ages;
 
 private:
-    static constexpr double golden_section = 0.6180339887;
-
     PixelReader reader_;
     int turns_ = 0;
 };

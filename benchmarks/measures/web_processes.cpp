@@ -62,22 +62,6 @@ Numbers memory_a_page(const Gpu& gpu, Make make)
     return {(memory_with(1 + view_count) - before) / view_count};
 }
 
-auto sampled(Samples& samples, const char* name)
-{
-    return [&samples, name](bool counts) {
-        const double number = sample_in_fresh_process(name).front();
-        if (counts)
-            samples.add(number);
-    };
-}
-
-Comparison compare_samples(Schedule schedule, const char* library, const char* raw)
-{
-    Comparison values;
-    alternate(schedule, sampled(values.library, library), sampled(values.raw, raw), [] {});
-    return values;
-}
-
 }  // namespace
 
 Numbers page_start_of_library()
@@ -121,16 +105,14 @@ Numbers page_memory_of_raw_qt()
 
 void measure_page_start(Table& table, Effort effort)
 {
-    table.add({"start to the first drawn page", "ms",
-               compare_samples({effort.samples(10), 25s}, "page-start-library", "page-start-raw"),
-               false});
+    const auto times = compare_in_fresh_processes({effort.samples(10), 25s}, "page-start");
+    table.add({"start to the first drawn page", "ms", times.at(0), false});
 }
 
 void measure_page_memory(Table& table, Effort effort)
 {
-    table.add({"memory a web view, 1280x720, PSS", "MiB",
-               compare_samples({effort.samples(3), 25s}, "page-memory-library", "page-memory-raw"),
-               false});
+    const auto memory = compare_in_fresh_processes({effort.samples(3), 25s}, "page-memory");
+    table.add({"memory a web view, 1280x720, PSS", "MiB", memory.at(0), false});
 }
 
 }  // namespace marlune::bench

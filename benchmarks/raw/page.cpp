@@ -1,5 +1,6 @@
 #include "raw/page.h"
 
+#include "raw/call.h"
 #include "raw/scene.h"
 #include "raw/service.h"
 
@@ -12,7 +13,6 @@ namespace marlune::bench {
 
 namespace {
 
-constexpr auto blocking = Qt::BlockingQueuedConnection;
 constexpr auto queued = Qt::QueuedConnection;
 constexpr auto component = "qrc:/Bench/RawPage.qml";
 
@@ -21,8 +21,7 @@ constexpr auto component = "qrc:/Bench/RawPage.qml";
 RawPage::RawPage(QObject* qt_thread, const Gpu& gpu, Picture picture, const std::string& url)
     : qt_thread_(qt_thread)
 {
-    QMetaObject::invokeMethod(
-        qt_thread_, [&] { set_up(gpu, picture, url); }, blocking);
+    call(qt_thread_, [&] { set_up(gpu, picture, url); });
 }
 
 void RawPage::set_up(const Gpu& gpu, Picture picture, const std::string& url)
@@ -46,7 +45,7 @@ RawPage::~RawPage()
         delete scene;
         delete service;
     };
-    QMetaObject::invokeMethod(qt_thread_, take_down, blocking);
+    call(qt_thread_, take_down);
 }
 
 void RawPage::run(const std::string& script)
@@ -55,13 +54,12 @@ void RawPage::run(const std::string& script)
         QMetaObject::invokeMethod(root, "runJavaScript", Qt::DirectConnection,
                                   Q_ARG(QString, QString::fromStdString(script)));
     };
-    QMetaObject::invokeMethod(scene_, run, blocking);
+    call(scene_, run);
 }
 
 void RawPage::render() const
 {
-    QMetaObject::invokeMethod(
-        scene_, [scene = scene_] { scene->render(); }, blocking);
+    call(scene_, [scene = scene_] { scene->render(); });
 }
 
 void RawPage::emit_tick(int number)

@@ -1,5 +1,6 @@
 #include "raw/screen.h"
 
+#include "raw/call.h"
 #include "raw/scene.h"
 
 #include <QGuiApplication>
@@ -12,7 +13,6 @@ namespace marlune::bench {
 
 namespace {
 
-constexpr auto blocking = Qt::BlockingQueuedConnection;
 constexpr auto component = "qrc:/Bench/RawVideo.qml";
 
 QMediaCaptureSession* make_session(QVideoSink* sink)
@@ -34,7 +34,7 @@ RawScreen::RawScreen(QObject* qt_thread, const Gpu& gpu, Picture picture)
         texture_ = scene_->texture();
         session_ = make_session(scene_->video_sink());
     };
-    QMetaObject::invokeMethod(qt_thread, set_up, blocking);
+    call(qt_thread, set_up);
 }
 
 RawScreen::~RawScreen()
@@ -45,19 +45,17 @@ RawScreen::~RawScreen()
         delete session;
         scene->deleteLater();
     };
-    QMetaObject::invokeMethod(scene_, take_down, blocking);
+    call(scene_, take_down);
 }
 
 void RawScreen::capture(bool on) const
 {
-    QMetaObject::invokeMethod(
-        session_, [session = session_, on] { session->screenCapture()->setActive(on); }, blocking);
+    call(session_, [session = session_, on] { session->screenCapture()->setActive(on); });
 }
 
 void RawScreen::render() const
 {
-    QMetaObject::invokeMethod(
-        scene_, [scene = scene_] { scene->render(); }, blocking);
+    call(scene_, [scene = scene_] { scene->render(); });
 }
 
 }  // namespace marlune::bench

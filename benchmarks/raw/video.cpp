@@ -1,5 +1,6 @@
 #include "raw/video.h"
 
+#include "raw/call.h"
 #include "raw/scene.h"
 
 #include <QAudioOutput>
@@ -14,7 +15,6 @@ namespace marlune::bench {
 
 namespace {
 
-constexpr auto blocking = Qt::BlockingQueuedConnection;
 constexpr auto component = "qrc:/Bench/RawVideo.qml";
 
 QMediaPlayer* make_player(const std::string& clip)
@@ -39,48 +39,37 @@ std::map<std::string, std::string> texts_of(const QMediaMetaData& metadata)
 
 RawPlayer::RawPlayer(QObject* qt_thread, const std::string& clip) : qt_thread_(qt_thread)
 {
-    QMetaObject::invokeMethod(
-        qt_thread_, [&] { player_ = make_player(clip); }, blocking);
+    call(qt_thread_, [&] { player_ = make_player(clip); });
 }
 
 RawPlayer::~RawPlayer()
 {
-    QMetaObject::invokeMethod(
-        qt_thread_, [player = player_] { delete player; }, blocking);
+    call(qt_thread_, [player = player_] { delete player; });
 }
 
 void RawPlayer::set_sink(QVideoSink* sink)
 {
-    QMetaObject::invokeMethod(
-        player_, [player = player_, sink] { player->setVideoSink(sink); }, blocking);
+    call(player_, [player = player_, sink] { player->setVideoSink(sink); });
 }
 
 void RawPlayer::play() const
 {
-    QMetaObject::invokeMethod(
-        player_, [player = player_] { player->play(); }, blocking);
+    call(player_, [player = player_] { player->play(); });
 }
 
 void RawPlayer::stop() const
 {
-    QMetaObject::invokeMethod(
-        player_, [player = player_] { player->stop(); }, blocking);
+    call(player_, [player = player_] { player->stop(); });
 }
 
 uint64_t RawPlayer::position() const
 {
-    qint64 position = 0;
-    QMetaObject::invokeMethod(
-        player_, [player = player_] { return player->position(); }, blocking, &position);
-    return static_cast<uint64_t>(position);
+    return static_cast<uint64_t>(call(player_, [player = player_] { return player->position(); }));
 }
 
 std::map<std::string, std::string> RawPlayer::metadata() const
 {
-    std::map<std::string, std::string> texts;
-    QMetaObject::invokeMethod(
-        player_, [player = player_] { return texts_of(player->metaData()); }, blocking, &texts);
-    return texts;
+    return call(player_, [player = player_] { return texts_of(player->metaData()); });
 }
 
 RawVideo::RawVideo(QObject* qt_thread, const Gpu& gpu, Picture picture, const std::string& clip)
@@ -92,21 +81,19 @@ RawVideo::RawVideo(QObject* qt_thread, const Gpu& gpu, Picture picture, const st
         texture_ = scene_->texture();
         sink = scene_->video_sink();
     };
-    QMetaObject::invokeMethod(qt_thread, set_up, blocking);
+    call(qt_thread, set_up);
     player_.set_sink(sink);
 }
 
 RawVideo::~RawVideo()
 {
     player_.set_sink(nullptr);
-    QMetaObject::invokeMethod(
-        scene_, [scene = scene_] { scene->deleteLater(); }, blocking);
+    call(scene_, [scene = scene_] { scene->deleteLater(); });
 }
 
 void RawVideo::render() const
 {
-    QMetaObject::invokeMethod(
-        scene_, [scene = scene_] { scene->render(); }, blocking);
+    call(scene_, [scene = scene_] { scene->render(); });
 }
 
 BareVideo::BareVideo(QObject* qt_thread, const std::string& clip) : player_(qt_thread, clip)
@@ -116,15 +103,14 @@ BareVideo::BareVideo(QObject* qt_thread, const std::string& clip) : player_(qt_t
         QObject::connect(sink_, &QVideoSink::videoFrameChanged, sink_,
                          [this](const QVideoFrame& frame) { pictures_ += frame.isValid(); });
     };
-    QMetaObject::invokeMethod(qt_thread, set_up, blocking);
+    call(qt_thread, set_up);
     player_.set_sink(sink_);
 }
 
 BareVideo::~BareVideo()
 {
     player_.set_sink(nullptr);
-    QMetaObject::invokeMethod(
-        sink_, [sink = sink_] { sink->deleteLater(); }, blocking);
+    call(sink_, [sink = sink_] { sink->deleteLater(); });
 }
 
 }  // namespace marlune::bench

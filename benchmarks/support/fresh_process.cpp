@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <iterator>
 #include <stdexcept>
-#include <string>
 #include <string_view>
 
 namespace marlune::bench {
@@ -28,9 +27,8 @@ constexpr Sample samples[] = {
     {"page-memory-raw", page_memory_of_raw_qt},
 };
 
-}  // namespace
-
-Numbers sample_in_fresh_process(const char* name)
+/** The numbers that the process prints. */
+Numbers sample_in_fresh_process(const std::string& name)
 {
     const std::string program = std::filesystem::read_symlink("/proc/self/exe");
     const std::string command = '\'' + program + "' --sample " + name;
@@ -45,6 +43,8 @@ Numbers sample_in_fresh_process(const char* name)
     return numbers;
 }
 
+}  // namespace
+
 bool print_sample(const char* name)
 {
     const auto* const sample = std::ranges::find(samples, std::string_view(name), &Sample::name);
@@ -53,6 +53,22 @@ bool print_sample(const char* name)
     for (const double number : sample->take())
         std::printf("%.6f\n", number);
     return true;
+}
+
+std::vector<Comparison> compare_in_fresh_processes(Schedule schedule, const std::string& measure)
+{
+    std::vector<Comparison> comparisons;
+    const auto sampled = [&](Samples Comparison::*side, const std::string& name) {
+        return [&comparisons, side, name](bool counts) {
+            const Numbers numbers = sample_in_fresh_process(name);
+            comparisons.resize(numbers.size());
+            for (std::size_t i = 0; counts && i < numbers.size(); ++i)
+                (comparisons[i].*side).add(numbers[i]);
+        };
+    };
+    alternate(schedule, sampled(&Comparison::library, measure + "-library"),
+              sampled(&Comparison::raw, measure + "-raw"), [] {});
+    return comparisons;
 }
 
 }  // namespace marlune::bench

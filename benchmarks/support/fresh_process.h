@@ -2,12 +2,18 @@
 
 #include "measures/measures.h"
 
-namespace marlune::bench {
+#include <string>
+#include <vector>
 
-/** Runs this program again with `--sample NAME`, and returns the numbers that it prints. */
-Numbers sample_in_fresh_process(const char* name);
+namespace marlune::bench {
 
 /** What the fresh process does: takes the sample and prints it. False if no sample has that name. */
 bool print_sample(const char* name);
+
+/**
+ * Runs this program again and again with `--sample NAME`, and compares the samples "<measure>-library"
+ * and "<measure>-raw": one comparison for each number that they consist of.
+ */
+std::vector<Comparison> compare_in_fresh_processes(Schedule schedule, const std::string& measure);
 
 }  // namespace marlune::bench
