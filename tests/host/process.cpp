@@ -3,7 +3,6 @@
 
 #include "support/host_view.h"
 #include "support/library.h"
-#include "support/message_log.h"
 #include "support/process/processes.h"
 #include "support/process/sanitizers.h"
 #include "support/process/scenarios.h"
@@ -17,7 +16,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <tuple>
@@ -299,31 +297,13 @@ const Scenarios SCENARIOS = {
 
 using Lines = std::vector<std::string>;
 
-/** Runs a scenario and returns the lines that it wrote, without those that are always written. */
-Lines lines_of(const std::string& name)
-{
-    const ProgramResult result = run_scenario(name);
-    EXPECT_FALSE(result.timed_out) << result.error;
-    EXPECT_EQ(result.exit_code, 0) << result.error;
-    for (const Process& process : result.left_behind)
-        ADD_FAILURE() << "left behind: " << process.name;
-
-    Lines lines;
-    std::istringstream stream(result.error);
-    for (std::string line; std::getline(stream, line);) {
-        if (!is_known_message(line))
-            lines.push_back(line);
-    }
-    return lines;
-}
-
 constexpr const char* ALREADY = "application is already constructed";
 
 class LibraryScenarios : public testing::TestWithParam<std::string> {};
 
 TEST_P(LibraryScenarios, end_cleanly_without_a_word_and_leave_no_process_behind)
 {
-    EXPECT_EQ(lines_of(GetParam()), Lines());
+    EXPECT_EQ(lines_of_scenario(GetParam()), Lines());
 }
 
 INSTANTIATE_TEST_SUITE_P(Process, LibraryScenarios,
@@ -340,7 +320,7 @@ INSTANTIATE_TEST_SUITE_P(Process, LibraryScenarios,
 
 TEST(Start, a_second_time_is_refused_on_the_error_stream)
 {
-    EXPECT_EQ(lines_of("second_start"), Lines{ALREADY});
+    EXPECT_EQ(lines_of_scenario("second_start"), Lines{ALREADY});
 }
 
 /** Processes of a user whose language writes numbers with commas. */
@@ -371,7 +351,7 @@ private:
 
 TEST_P(GermanProcess, keeps_its_numbers)
 {
-    EXPECT_EQ(lines_of(GetParam()), Lines());
+    EXPECT_EQ(lines_of_scenario(GetParam()), Lines());
 }
 
 INSTANTIATE_TEST_SUITE_P(Start, GermanProcess, testing::Values("german_user", "german_game"),
@@ -379,13 +359,13 @@ INSTANTIATE_TEST_SUITE_P(Start, GermanProcess, testing::Values("german_user", "g
 
 TEST(Start, says_that_nobody_reads_the_debug_pipe)
 {
-    EXPECT_EQ(lines_of("start_without_a_reader_of_the_debug_pipe"),
+    EXPECT_EQ(lines_of_scenario("start_without_a_reader_of_the_debug_pipe"),
               Lines{"Failed to connect to named pipe. Error: 2"});
 }
 
 TEST(Start, after_the_end_is_refused_on_the_error_stream)
 {
-    EXPECT_EQ(lines_of("start_after_stop"), Lines{ALREADY});
+    EXPECT_EQ(lines_of_scenario("start_after_stop"), Lines{ALREADY});
 }
 
 }  // namespace

@@ -12,10 +12,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
+
+#include <unistd.h>
 
 namespace marlune::test {
 
@@ -24,13 +24,7 @@ namespace {
 /** The threads of players that are at work. */
 int player_threads()
 {
-    int count = 0;
-    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-        std::string name;
-        std::ifstream(task.path() / "comm") >> name;
-        count += name.starts_with("QFFmpeg");
-    }
-    return count;
+    return count_threads(getpid(), "QFFmpeg.*");
 }
 
 MVideoPlayerView playing_view(const std::string& clip)

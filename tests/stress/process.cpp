@@ -13,12 +13,9 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <regex>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <tuple>
@@ -233,48 +230,12 @@ const Scenarios SCENARIOS = {
 
 // --- What is seen of them from outside ---------------------------------------------------------
 
-const std::array KNOWN_LINES = {
-    // The Qt thread is not main by design; Qt says so once.
-    std::regex("QApplication was not created in the main\\(\\) thread"),
-    // Comes with each scene and is no complaint.
-    std::regex("^post_setup is virtual$"),
-    // Of an engine process that was about to answer when its host left.
-    std::regex("ERROR:zygote_linux\\.cc.* write: Broken pipe"),
-};
-
-bool is_known(const std::string& line)
-{
-    return std::any_of(KNOWN_LINES.begin(), KNOWN_LINES.end(),
-                       [&](const std::regex& known) { return std::regex_search(line, known); });
-}
-
-std::string unexpected_lines(const std::string& text)
-{
-    std::string result, line;
-    for (std::istringstream lines(text); std::getline(lines, line);) {
-        if (!is_known(line))
-            result += line + '\n';
-    }
-    return result;
-}
-
-/** Runs a scenario and returns the lines that it wrote but should not have. */
-std::string unexpected_lines_of(const std::string& name)
-{
-    const ProgramResult result = run_scenario(name);
-    EXPECT_FALSE(result.timed_out) << result.error;
-    EXPECT_EQ(result.exit_code, 0) << result.error;
-    for (const Process& process : result.left_behind)
-        ADD_FAILURE() << "leaves a process behind: " << process.name;
-    return unexpected_lines(result.error);
-}
-
 class LibraryScenarios : public testing::TestWithParam<std::string> {};
 
 TEST_P(LibraryScenarios, end_cleanly_every_time)
 {
     for (int i = 0; i < times(2, 50) && !HasFailure(); ++i)
-        EXPECT_EQ(unexpected_lines_of(GetParam()), "");
+        EXPECT_EQ(lines_of_scenario(GetParam()), std::vector<std::string>());
 }
 
 INSTANTIATE_TEST_SUITE_P(Process, LibraryScenarios,
@@ -283,9 +244,10 @@ INSTANTIATE_TEST_SUITE_P(Process, LibraryScenarios,
 
 TEST(Stop, gives_up_on_a_callback_that_never_returns)
 {
-    const std::string said = unexpected_lines_of("callback_that_never_returns");
-    EXPECT_TRUE(said.starts_with("marlune: the Qt thread is still at work")) << said;
-    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+    const std::vector<std::string> lines = lines_of_scenario("callback_that_never_returns");
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_TRUE(lines.front().starts_with("marlune: the Qt thread is still at work"))
+        << lines.front();
 }
 
 }  // namespace

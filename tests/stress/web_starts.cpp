@@ -2,7 +2,6 @@
 // threads and the host's device come to be at the same time then, and must not meet.
 
 #include "support/library.h"
-#include "support/message_log.h"
 #include "support/process/endurance.h"
 #include "support/process/scenarios.h"
 #include "support/vulkan/vulkan_host.h"
@@ -13,11 +12,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
 #include <memory>
 #include <regex>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -102,40 +98,19 @@ const Scenarios SCENARIOS = {
 
 // --- What is asked of each of them -------------------------------------------------------------
 
-const std::array KNOWN_LINES = {
+const std::vector<std::regex> KNOWN_LINES = {
     // The engine has no graphics hardware on a machine like this, and says what it does without.
     std::regex("ERROR:context_group\\.cc.* WebGL1 blocklisted"),
     std::regex("ERROR:command_buffer_proxy_impl\\.cc.* ContextResult::kTransientFailure"),
 };
-
-bool is_known(const std::string& line)
-{
-    return is_known_message(line)
-        || std::any_of(KNOWN_LINES.begin(), KNOWN_LINES.end(),
-                       [&](const std::regex& known) { return std::regex_search(line, known); });
-}
-
-std::string unexpected_lines(const std::string& text)
-{
-    std::string result, line;
-    for (std::istringstream lines(text); std::getline(lines, line);) {
-        if (!is_known(line))
-            result += line + '\n';
-    }
-    return result;
-}
 
 class WebStarts : public testing::TestWithParam<std::string> {};
 
 TEST_P(WebStarts, succeed_every_time)
 {
     for (int i = 0; i < times(3, 200) && !HasFailure(); ++i) {
-        const ProgramResult result = run_scenario(GetParam());
-        EXPECT_FALSE(result.timed_out) << "start " << i << '\n' << result.error;
-        EXPECT_EQ(result.exit_code, 0) << "start " << i << '\n' << result.error;
-        EXPECT_EQ(unexpected_lines(result.error), "") << "start " << i;
-        for (const Process& process : result.left_behind)
-            ADD_FAILURE() << "start " << i << " leaves a process behind: " << process.name;
+        SCOPED_TRACE("start " + std::to_string(i));
+        EXPECT_EQ(lines_of_scenario(GetParam(), KNOWN_LINES), std::vector<std::string>());
     }
 }
 

@@ -3,6 +3,7 @@
 #include "runtime/context.h"
 #include "runtime/startup.h"
 #include "support/library.h"
+#include "support/qt_thread.h"
 #include "support/wait.h"
 #include "web/scheme_handler.h"
 
@@ -23,22 +24,10 @@
 
 #include <clocale>
 #include <string>
-#include <type_traits>
 
 namespace marlune::test {
 
 namespace {
-
-/** Runs on the Qt thread, where what is looked at lives. */
-template <typename Work>
-auto on_context(Work work)
-{
-    using Result = std::invoke_result_t<Work>;
-    Result result{};
-    QMetaObject::invokeMethod(static_cast<QObject*>(MARLUNE_CTX), work,
-                              Qt::BlockingQueuedConnection, qReturnArg(result));
-    return result;
-}
 
 class StartedLibrary : public testing::Test {
 protected:
@@ -68,7 +57,8 @@ TEST_F(StartedLibrary, names_itself_to_qt)
 TEST_F(StartedLibrary, marks_the_first_turn_of_the_event_loop)
 {
     EXPECT_TRUE(wait_until([] {
-        return on_context([] { return static_cast<MarluneCtx*>(MARLUNE_CTX)->event_loop_started; })
+        return on_qt_thread(
+                   [] { return static_cast<MarluneCtx*>(MARLUNE_CTX)->event_loop_started; })
             == 1;
     }));
 }
@@ -95,7 +85,7 @@ TEST_F(StartedLibrary, has_configured_the_shared_profile)
         int cookies = -1;
         bool serves_res = false;
     };
-    const auto profile = on_context([] {
+    const auto profile = on_qt_thread([] {
         auto* const profile = QQuickWebEngineProfile::defaultProfile();
         // Off the record, as Qt makes its default profile, no profile admits to keeping cookies.
         const bool off_the_record = profile->isOffTheRecord();

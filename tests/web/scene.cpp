@@ -3,6 +3,7 @@
 #include "runtime/context.h"
 #include "support/library.h"
 #include "support/message_log.h"
+#include "support/qt_thread.h"
 #include "support/web/host_web_view.h"
 #include "support/web/http_server.h"
 #include "web/url_interceptor.h"
@@ -30,21 +31,10 @@
 #include <set>
 #include <string>
 #include <string_view>
-#include <type_traits>
 
 namespace marlune::test {
 
 namespace {
-
-/** Runs on the Qt thread, where what is looked at lives. */
-template <typename Work>
-auto on_qt(Work work)
-{
-    std::invoke_result_t<Work> result{};
-    QMetaObject::invokeMethod(static_cast<QObject*>(MARLUNE_CTX), work,
-                              Qt::BlockingQueuedConnection, qReturnArg(result));
-    return result;
-}
 
 QQuickItem* find_page(QQuickItem* item)
 {
@@ -103,7 +93,7 @@ std::string as_text(const QVariant& value)
 /** All of the engine's settings, under the names of the facade's members. */
 Settings settings_of_the_engine()
 {
-    return on_qt([] {
+    return on_qt_thread([] {
         Settings result;
         const auto* const settings = the_page()->property("settings").value<QObject*>();
         for (const Names& names : SAME_NAMES) {
@@ -195,7 +185,7 @@ TEST_F(WebScene, gives_the_engine_the_defaults)
 TEST_F(WebScene, has_a_channel_that_looks_for_no_changes)
 {
     ASSERT_TRUE(view.open("about:blank"));
-    const auto [interval, publishes_manager] = on_qt([] {
+    const auto [interval, publishes_manager] = on_qt_thread([] {
         auto* const channel = the_root()->property("webChannel").value<QWebChannel*>();
         return std::tuple(channel->propertyUpdateInterval(),
                           channel->registeredObjects().contains(QStringLiteral("___cm")));
@@ -207,7 +197,7 @@ TEST_F(WebScene, has_a_channel_that_looks_for_no_changes)
 TEST_F(WebScene, leads_the_page_to_a_channel_without_objects_of_the_host)
 {
     ASSERT_TRUE(view.open("about:blank"));
-    const auto [same, objects] = on_qt([] {
+    const auto [same, objects] = on_qt_thread([] {
         auto* const channel = the_root()->property("webChannel").value<QWebChannel*>();
         auto* const of_the_page = the_page()->property("webChannel").value<QWebChannel*>();
         return std::tuple(of_the_page == channel, of_the_page->registeredObjects().size());
@@ -219,7 +209,7 @@ TEST_F(WebScene, leads_the_page_to_a_channel_without_objects_of_the_host)
 TEST_F(WebScene, has_the_shared_profile)
 {
     ASSERT_TRUE(view.open("about:blank"));
-    EXPECT_EQ(on_qt([] {
+    EXPECT_EQ(on_qt_thread([] {
                   return the_page()->property("profile").value<QObject*>()->property("storageName");
               }),
               QStringLiteral("Default"));
@@ -228,7 +218,7 @@ TEST_F(WebScene, has_the_shared_profile)
 TEST_F(WebScene, knows_the_view_as_a_property_of_its_context)
 {
     ASSERT_TRUE(view.open("about:blank"));
-    EXPECT_TRUE(on_qt([] {
+    EXPECT_TRUE(on_qt_thread([] {
         QQmlContext* const context = qmlContext(the_root());
         return context->contextProperty(QStringLiteral("ctx")).value<WebView*>() != nullptr
             && context->contextProperty(QStringLiteral("customWebProfile")).value<QObject*>();
@@ -238,18 +228,18 @@ TEST_F(WebScene, knows_the_view_as_a_property_of_its_context)
 TEST_F(WebScene, keeps_the_last_calls_alone_while_there_is_no_page)
 {
     ASSERT_TRUE(view.open("about:blank"));
-    on_qt([] { return the_root()->setProperty("started", false); });
+    on_qt_thread([] { return the_root()->setProperty("started", false); });
     for (int i = 0; i < 1100; ++i)
         view->run_javascript("1");
     const auto waiting = [] {
-        return on_qt([] {
+        return on_qt_thread([] {
             return the_root()->property("waiting").value<QJSValue>().property("length").toInt();
         });
     };
     EXPECT_EQ(waiting(), 1000);
 
     expect_message_matching("the web engine draws on the graphics hardware");
-    on_qt([] { return QMetaObject::invokeMethod(the_root(), "decide", Q_ARG(bool, true)); });
+    on_qt_thread([] { return QMetaObject::invokeMethod(the_root(), "decide", Q_ARG(bool, true)); });
     view->run_javascript("1");
     EXPECT_EQ(waiting(), 0) << "a page that can never be drawn";
 }
@@ -263,7 +253,7 @@ TEST_F(WebScene, names_the_host_that_asks_for_a_password_and_not_the_user_in_its
     address.insert(address.find("127"), "bank.example%2Flogin@");
     view->set_url(address);
     const auto message = [] {
-        return on_qt([] {
+        return on_qt_thread([] {
             for (QQuickItem* const item : the_root()->findChildren<QQuickItem*>()) {
                 if (item->property("server").isValid())
                     return item->property("message").toString().toStdString();
@@ -281,7 +271,7 @@ TEST(GodotUrlInterceptor, can_be_made_by_a_scene)
 {
     start_library();
     M::ensure_qt_eventloop_is_running();
-    EXPECT_EQ(on_qt([] {
+    EXPECT_EQ(on_qt_thread([] {
                   QQmlEngine engine;
                   QQmlComponent component(&engine);
                   component.setData("import Web\nGodotURLInterceptor {}", QUrl());
@@ -322,13 +312,13 @@ TEST(GodotUrlInterceptor, lets_requests_of_every_type_through)
     ASSERT_TRUE(view.open("about:blank"));
     std::optional<CountingInterceptor> interceptor;
     const auto install = [](GodotURLInterceptor* one) {
-        return on_qt([one] {
+        return on_qt_thread([one] {
             auto* const profile = the_page()->property("profile").value<QQuickWebEngineProfile*>();
             profile->setUrlRequestInterceptor(one);
             return profile != nullptr;
         });
     };
-    ASSERT_TRUE(on_qt([&] { return bool(interceptor.emplace().metaObject()); }));
+    ASSERT_TRUE(on_qt_thread([&] { return bool(interceptor.emplace().metaObject()); }));
     ASSERT_TRUE(install(&*interceptor));
     EXPECT_TRUE(view.go_to(server.url("/")));
     for (const char* const path :
@@ -336,7 +326,7 @@ TEST(GodotUrlInterceptor, lets_requests_of_every_type_through)
           "/font", "/xhr", "/worker", "/shared_worker", "/service_worker", "/ping"})
         EXPECT_TRUE(view.draw_until([&] { return !server.requests(path).empty(); })) << path;
     ASSERT_TRUE(install(nullptr));
-    EXPECT_GT(on_qt([&] {
+    EXPECT_GT(on_qt_thread([&] {
                   const size_t count = interceptor->types.size();
                   interceptor.reset();
                   return count;

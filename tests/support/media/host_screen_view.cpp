@@ -1,7 +1,8 @@
 #include "support/media/host_screen_view.h"
 
-#include <filesystem>
-#include <fstream>
+#include "support/process/tree.h"
+
+#include <unistd.h>
 
 namespace marlune::test {
 
@@ -57,13 +58,7 @@ testing::AssertionResult HostScreenView::wait_for_notice()
 
 int capturing_threads()
 {
-    int count = 0;
-    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-        std::string name;
-        std::getline(std::ifstream(task.path() / "comm"), name);
-        count += name == "QThread";  // which no other thread is called
-    }
-    return count;
+    return count_threads(getpid(), "QThread");  // which no other thread is called
 }
 
 bool shows_notice(const Image& image)

@@ -86,18 +86,6 @@ std::string content(const std::filesystem::path& path)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-bool has_thread(const Process& process, const std::string& name)
-{
-    const auto threads = std::filesystem::path("/proc") / std::to_string(process.id) / "task";
-    std::error_code process_has_ended;
-    std::filesystem::directory_iterator thread(threads, process_has_ended), end;
-    for (; thread != end; thread.increment(process_has_ended)) {
-        if (content(thread->path() / "comm") == name + "\n")
-            return true;
-    }
-    return false;
-}
-
 pid_t start(const std::vector<std::string>& arguments, const std::filesystem::path& out,
             const std::filesystem::path& error)
 {
@@ -134,8 +122,9 @@ std::vector<Process> page_processes()
     // They are forked with the command line of the process that forks them, so it does not tell them
     // apart. Only they have a thread of this name.
     std::vector<Process> result = engine_processes();
-    std::erase_if(result,
-                  [](const Process& process) { return !has_thread(process, "Compositor"); });
+    std::erase_if(result, [](const Process& process) {
+        return count_threads(process.id, "Compositor") == 0;
+    });
     return result;
 }
 

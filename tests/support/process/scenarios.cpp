@@ -1,12 +1,15 @@
 #include "support/process/scenarios.h"
 
 #include "support/library.h"
+#include "support/message_log.h"
 #include "support/vulkan/vulkan_host.h"
 
 #include <marlune/app.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
+#include <sstream>
 
 namespace marlune::test {
 
@@ -55,6 +58,27 @@ testing::AssertionResult ends_cleanly(const std::string& name)
     for (const Process& process : result.left_behind)
         failure << ", leaves behind " << process.name;
     return failure << '\n' << result.error << result.out;
+}
+
+std::vector<std::string> lines_of_scenario(const std::string& name,
+                                           const std::vector<std::regex>& known)
+{
+    const ProgramResult result = run_scenario(name);
+    EXPECT_FALSE(result.timed_out) << result.error;
+    EXPECT_EQ(result.exit_code, 0) << result.error;
+    for (const Process& process : result.left_behind)
+        ADD_FAILURE() << "left behind: " << process.name;
+
+    std::vector<std::string> lines;
+    std::istringstream stream(result.error);
+    for (std::string line; std::getline(stream, line);) {
+        const auto matches = [&](const std::regex& pattern) {
+            return std::regex_search(line, pattern);
+        };
+        if (!is_known_message(line) && std::ranges::none_of(known, matches))
+            lines.push_back(line);
+    }
+    return lines;
 }
 
 void require(bool holds, const std::string& rule)

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,13 @@ ProgramResult run_scenario(const std::string& name);
 
 /** Whether it then ends by itself, without a failure, and leaves no process behind. */
 testing::AssertionResult ends_cleanly(const std::string& name);
+
+/**
+ * The lines that it writes to its error stream, but for those that are always written and those that
+ * match one of `known`. Fails the running test where it does not end cleanly.
+ */
+std::vector<std::string> lines_of_scenario(const std::string& name,
+                                           const std::vector<std::regex>& known = {});
 
 /** In a scenario: ends its process as a failure, with the rule that was broken, unless it holds. */
 void require(bool holds, const std::string& rule);

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <map>
 #include <optional>
+#include <regex>
 #include <sstream>
 #include <stdexcept>
 
@@ -75,6 +76,21 @@ std::vector<Process> descendants()
 Process own_process()
 {
     return read_process("/proc/self").value();
+}
+
+int count_threads(pid_t process, const std::string& pattern)
+{
+    const std::regex wanted(pattern);
+    const auto threads = std::filesystem::path("/proc") / std::to_string(process) / "task";
+    std::error_code process_has_ended;
+    int count = 0;
+    std::filesystem::directory_iterator thread(threads, process_has_ended), end;
+    for (; thread != end; thread.increment(process_has_ended)) {
+        std::string name;
+        std::getline(std::ifstream(thread->path() / "comm"), name);
+        count += std::regex_match(name, wanted);
+    }
+    return count;
 }
 
 double memory_kib(pid_t process, const std::vector<std::string>& fields)

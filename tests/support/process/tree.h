@@ -21,6 +21,9 @@ std::vector<Process> descendants();
 /** This process. */
 Process own_process();
 
+/** How many threads of a process have a name of this pattern, of which Linux keeps 15 characters. */
+int count_threads(pid_t process, const std::string& pattern);
+
 /** The sum of those fields of a process's memory in KiB; 0 when it has ended meanwhile. */
 double memory_kib(pid_t process, const std::vector<std::string>& fields);
 

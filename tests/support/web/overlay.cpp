@@ -1,6 +1,7 @@
 #include "support/web/overlay.h"
 
 #include "support/library.h"
+#include "support/qt_thread.h"
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -43,11 +44,6 @@ public:
 private:
     std::shared_ptr<std::atomic<int>> count_;
 };
-
-void on_qt_thread(const std::function<void()>& work)
-{
-    QMetaObject::invokeMethod(QCoreApplication::instance(), work, Qt::BlockingQueuedConnection);
-}
 
 testing::AssertionResult failure_with(const Image& image, Colour colour, const char* what)
 {
