@@ -89,14 +89,14 @@ TEST_F(Console, calls_the_last_callback_that_was_set)
     EXPECT_EQ(view.console().take_messages(), std::vector<std::string>());
 }
 
-TEST_F(Console, calls_nobody_when_the_callback_is_empty)
+TEST_F(Console, calls_nothing_when_the_callback_is_empty)
 {
     view->set_func_javascript_console_log({});
     emit_message("text");
     EXPECT_EQ(view.console().take_messages(), std::vector<std::string>());
 }
 
-TEST_F(Console, keeps_its_callback_when_the_scene_is_loaded_anew)
+TEST_F(Console, keeps_its_callback_when_the_scene_is_loaded_again)
 {
     view->reset();
     ASSERT_TRUE(view.load("ConsoleEmitter"));
@@ -104,7 +104,7 @@ TEST_F(Console, keeps_its_callback_when_the_scene_is_loaded_anew)
     EXPECT_EQ(view.console().take_messages(), std::vector<std::string>{"text"});
 }
 
-TEST_F(Console, lets_go_of_the_callback_with_the_view)
+TEST_F(Console, releases_the_callback_with_the_view)
 {
     const auto token = std::make_shared<int>();
     view->set_func_javascript_console_log([token](int, std::string, int, std::string) {});
@@ -124,7 +124,7 @@ TEST_F(Console, lets_a_callback_keep_its_state)
     EXPECT_EQ(last, 3);
 }
 
-TEST_F(Console, bears_a_callback_that_takes_its_view_along_when_it_is_replaced)
+TEST_F(Console, survives_a_callback_that_destroys_its_view_when_it_is_replaced)
 {
     struct Owner {
         MView view;

@@ -37,20 +37,20 @@ TEST(Context, calls_the_view_both_ctx_and_view)
     EXPECT_EQ(context_of(view)["ctx is view"], "true");
 }
 
-TEST(Context, tells_the_addon_directory)
+TEST(Context, provides_the_addon_directory)
 {
     HostView view;
     const std::string root = std::getenv("MARLUNE_PROJECT_ROOT");
     EXPECT_EQ(context_of(view)["PATH_ADDON"], root + "/addons/webview/");
 }
 
-TEST(Context, tells_the_version_of_the_library)
+TEST(Context, provides_the_version_of_the_library)
 {
     HostView view;
     EXPECT_EQ(context_of(view)["version"], M::get_version_full());
 }
 
-TEST(Context, tells_the_name_of_the_hosts_gpu)
+TEST(Context, provides_the_name_of_the_hosts_gpu)
 {
     HostView view;
     VkPhysicalDeviceProperties properties;
@@ -58,7 +58,7 @@ TEST(Context, tells_the_name_of_the_hosts_gpu)
     EXPECT_EQ(context_of(view)["gpuName"], properties.deviceName);
 }
 
-TEST(Context, tells_the_resolution)
+TEST(Context, provides_the_resolution)
 {
     HostView view({640, 360});
     EXPECT_EQ(context_of(view)["resolution"], "640x360");

@@ -102,7 +102,7 @@ TEST(PlainFacade, installs_the_resource_callback_for_all_views)
     other.destroy();
 }
 
-TEST(PlainFacade, lets_go_of_the_callback_for_freeing_and_never_calls_it)
+TEST(PlainFacade, releases_the_callback_for_freeing_and_never_calls_it)
 {
     bool called = false;
     const auto token = std::make_shared<int>();
@@ -215,7 +215,7 @@ TEST(Library, can_be_copied_without_effect)
     static_assert(std::is_empty_v<M>, "there is no state to be copied");
 }
 
-TEST(Library, tells_its_version)
+TEST(Library, reports_its_version)
 {
     EXPECT_EQ(M::get_version_full(), "0.1.2+4b4e766");
 }

@@ -123,7 +123,7 @@ TEST_F(Input, gathers_the_buttons_that_are_held_together)
                         "release 10,20 button=4 buttons=0 modifiers=0"}));
 }
 
-TEST_F(Input, remembers_held_buttons_when_the_scene_is_loaded_anew)
+TEST_F(Input, remembers_held_buttons_when_the_scene_is_loaded_again)
 {
     view->mouse_click(LEFT, PRESS, 10, 20);
     view->reset();

@@ -42,7 +42,7 @@ struct Failure {
 
 class LoadFailure : public testing::TestWithParam<Failure> {};
 
-TEST_P(LoadFailure, says_why_and_leaves_a_view_that_can_be_loaded)
+TEST_P(LoadFailure, is_logged_with_its_reason_and_leaves_a_view_that_can_be_loaded)
 {
     HostView view;
     for (const char* message : GetParam().messages)
@@ -86,7 +86,7 @@ TEST(Load, refuses_the_module_Web)
     expect_that_it_loads(view);
 }
 
-TEST(Load, tells_modules_apart_by_case)
+TEST(Load, distinguishes_modules_by_case)
 {
     HostView view;
     allow_messages_matching("\"web\"");
@@ -193,7 +193,7 @@ void use_vulkan_beside(const std::atomic<bool>& done)
     }
 }
 
-TEST(Load, bears_other_threads_that_use_vulkan)
+TEST(Load, survives_other_threads_that_use_vulkan)
 {
     // What has been freed is overwritten, so that no use of it stays without effect.
     mallopt(M_PERTURB, 0xa5);

@@ -301,7 +301,7 @@ constexpr const char* ALREADY = "application is already constructed";
 
 class LibraryScenarios : public testing::TestWithParam<std::string> {};
 
-TEST_P(LibraryScenarios, end_cleanly_without_a_word_and_leave_no_process_behind)
+TEST_P(LibraryScenarios, end_cleanly_log_nothing_and_leave_no_process_behind)
 {
     EXPECT_EQ(lines_of_scenario(GetParam()), Lines());
 }
@@ -357,7 +357,7 @@ TEST_P(GermanProcess, keeps_its_numbers)
 INSTANTIATE_TEST_SUITE_P(Start, GermanProcess, testing::Values("german_user", "german_game"),
                          [](const auto& test) { return test.param; });
 
-TEST(Start, says_that_nobody_reads_the_debug_pipe)
+TEST(Start, logs_that_the_debug_pipe_has_no_reader)
 {
     EXPECT_EQ(lines_of_scenario("start_without_a_reader_of_the_debug_pipe"),
               Lines{"Failed to connect to named pipe. Error: 2"});

@@ -56,18 +56,18 @@ TEST_F(Screens, have_a_name)
     expect_all_match("name", ".+");
 }
 
-TEST_F(Screens, tell_their_sizes_as_width_x_height)
+TEST_F(Screens, report_their_sizes_as_width_x_height)
 {
     expect_all_match("availableSize", "[1-9][0-9]*x[1-9][0-9]*");
     expect_all_match("virtualSize", "[1-9][0-9]*x[1-9][0-9]*");
 }
 
-TEST_F(Screens, tell_their_rate_with_six_decimals)
+TEST_F(Screens, report_their_rate_with_six_decimals)
 {
     expect_all_match("refreshRate", "[0-9]+\\.[0-9]{6}");
 }
 
-TEST_F(Screens, tell_their_orientation_as_true_or_false)
+TEST_F(Screens, report_their_orientation_as_true_or_false)
 {
     expect_all_match("isPortrait", "true|false");
     expect_all_match("isLandscape", "true|false");

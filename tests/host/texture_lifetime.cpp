@@ -41,7 +41,7 @@ TEST(Texture, stays_with_its_last_content_through_reset)
     EXPECT_EQ(view.picture(), before);
 }
 
-TEST(Texture, is_made_anew_by_loading_after_reset)
+TEST(Texture, is_made_again_by_loading_after_reset)
 {
     HostView view;
     ASSERT_TRUE(view.load("Quadrants"));

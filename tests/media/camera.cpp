@@ -88,7 +88,7 @@ TEST_F(Camera, fills_the_scene_in_three_ways)
     EXPECT_TRUE(view.wait_for_colour(400, 248, WHITE, 12)) << "cropped";
 }
 
-TEST_F(Camera, takes_other_fill_modes_for_a_known_one)
+TEST_F(Camera, takes_unknown_fill_modes_for_a_known_one)
 {
     HostCameraView view;
     EXPECT_EQ(view->get_fill_mode(), unsigned(PRESERVE_ASPECT_FIT));
@@ -115,7 +115,7 @@ TEST_F(Camera, is_shown_by_a_view_each)
         EXPECT_TRUE(view.goes_on());
 }
 
-TEST_F(Camera, says_in_words_that_there_is_none)
+TEST_F(Camera, shows_a_notice_where_no_camera_is_plugged)
 {
     plug_cameras({});
     HostCameraView view;
@@ -125,7 +125,7 @@ TEST_F(Camera, says_in_words_that_there_is_none)
     EXPECT_TRUE(view.wait_for_event("error_occurred", "1 no cameras found"));
 }
 
-TEST_F(Camera, says_in_words_that_it_is_off)
+TEST_F(Camera, shows_a_notice_while_it_is_off)
 {
     HostCameraView view;
     view->set_camera_hint("0");
@@ -151,7 +151,7 @@ TEST_F(Camera, runs_from_its_start_to_its_stop)
     EXPECT_FALSE(view->get_is_active());
     EXPECT_TRUE(running_cameras().empty());
     view->stop();
-    EXPECT_EQ(view.told(), (Names{"active_changed", "active_changed"}));
+    EXPECT_EQ(view.reports(), (Names{"active_changed", "active_changed"}));
     EXPECT_EQ(view->get_error(), NO_CAMERA_ERROR);
     EXPECT_EQ(view->get_error_string(), "");
 }
@@ -164,7 +164,7 @@ TEST_F(Camera, is_switched_on_and_off_without_waiting)
     EXPECT_TRUE(view->get_is_active()) << "in turn, before any later call";
     view->set_active(false);
     EXPECT_FALSE(view->get_is_active());
-    EXPECT_EQ(view.told(), (Names{"active_changed", "active_changed"}));
+    EXPECT_EQ(view.reports(), (Names{"active_changed", "active_changed"}));
 }
 
 TEST_F(Camera, is_left_running_by_auto_play_off)
@@ -211,7 +211,7 @@ TEST_F(Camera, answers_a_callback_that_asks_it)
 
 // --- What goes wrong --------------------------------------------------------------------------------
 
-TEST_F(Camera, tells_that_another_one_uses_it)
+TEST_F(Camera, reports_that_another_view_uses_it)
 {
     expect_message("Cannot request V4L2_MEMORY_USERPTR buffers");
     HostCameraView first, second;
@@ -223,13 +223,13 @@ TEST_F(Camera, tells_that_another_one_uses_it)
     second->start();
     EXPECT_EQ(second->get_error(), CAMERA_ERROR);
     EXPECT_EQ(second->get_error_string(), "Camera is in use");
-    EXPECT_EQ(second.told(),
+    EXPECT_EQ(second.reports(),
               (Names{"error_occurred 1 Camera is in use", "error_changed", "active_changed"}));
     EXPECT_TRUE(second.draw_until([&] { return second.picture() != off; })) << "other words";
     EXPECT_TRUE(first.goes_on()) << "which is no harm to the other one";
 }
 
-TEST_F(Camera, is_had_again_once_the_other_one_has_gone)
+TEST_F(Camera, can_be_opened_once_the_other_view_has_gone)
 {
     expect_message("Cannot request V4L2_MEMORY_USERPTR buffers");
     HostCameraView view;
@@ -246,7 +246,7 @@ TEST_F(Camera, is_had_again_once_the_other_one_has_gone)
     EXPECT_TRUE(view.wait_for_border(CYAN));
 }
 
-TEST_F(Camera, tells_that_it_may_not_be_used)
+TEST_F(Camera, reports_that_it_may_not_be_used)
 {
     expect_message_matching("Unable to open the camera \"/dev/video0\".*Permission denied");
     plug_cameras({{.name = "Locked", .is_locked = true}});
@@ -256,7 +256,7 @@ TEST_F(Camera, tells_that_it_may_not_be_used)
     view->start();
     EXPECT_EQ(view->get_error(), CAMERA_ERROR);
     EXPECT_EQ(view->get_error_string(), "Cannot open camera");
-    EXPECT_EQ(view.told(),
+    EXPECT_EQ(view.reports(),
               (Names{"error_occurred 1 Cannot open camera", "error_changed", "active_changed"}));
     EXPECT_TRUE(view.draw_until([&] { return shows_something(view.picture(), "words"); }));
 }
@@ -305,7 +305,7 @@ TEST_F(Camera, that_is_unplugged_takes_no_setting)
     EXPECT_TRUE(view->is_available());
 }
 
-TEST_F(Camera, that_is_unplugged_says_so_and_harms_nothing)
+TEST_F(Camera, that_is_unplugged_is_reported_and_does_not_disturb_others)
 {
     allow_qt_to_miss_it();
     HostCameraView view, other;
@@ -320,14 +320,14 @@ TEST_F(Camera, that_is_unplugged_says_so_and_harms_nothing)
     EXPECT_FALSE(view->get_is_active());
 }
 
-TEST_F(Camera, that_was_unplugged_is_had_again_once_it_is_back)
+TEST_F(Camera, that_was_unplugged_can_be_opened_once_it_is_back)
 {
     allow_qt_to_miss_it();
     HostCameraView view;
     ASSERT_TRUE(view.show("usb"));
     unplug_camera("USB Camera Pro");
     EXPECT_TRUE(view.draw_until([] { return running_cameras().empty(); }));
-    EXPECT_TRUE(view->get_is_active()) << "it is not told of";
+    EXPECT_TRUE(view->get_is_active()) << "it is not reported";
     plug_cameras({{.name = "USB Camera Pro", .border = CYAN}});
     view->set_camera_hint("usb");
     view->start();

@@ -96,7 +96,7 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Members, CallsInCameraCallbacks, testing::ValuesIn(members()),
                          name_of<Camera>);
 
-TEST_P(CallsInCameraCallbacks, leave_a_camera_that_can_be_had)
+TEST_P(CallsInCameraCallbacks, leave_a_camera_that_can_be_opened_again)
 {
     for (const auto& [callback, provoke] : OCCASIONS) {
         SCOPED_TRACE(std::string(GetParam().name) + " in " + callback);

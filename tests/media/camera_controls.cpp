@@ -46,10 +46,10 @@ protected:
     const MCameraView& camera() { return view->facade(); }
     std::optional<int> control(uint32_t id) { return camera_control("Able", id); }
 
-    /** What has been told since this was asked last. */
-    Names take_told()
+    /** What has been reported since the last call. */
+    Names take_reports()
     {
-        const Names texts = view->told(taken_);
+        const Names texts = view->reports(taken_);
         taken_ += texts.size();
         return texts;
     }
@@ -73,7 +73,7 @@ TEST_F(CameraControls, zoom_within_the_range_of_the_camera)
     EXPECT_EQ(camera().get_zoom_factor(), 1.5f);
     EXPECT_GT(control(V4L2_CID_ZOOM_ABSOLUTE), 100);
     EXPECT_LT(control(V4L2_CID_ZOOM_ABSOLUTE), 400);
-    EXPECT_EQ(take_told(), Names{"zoom_factor_changed"});
+    EXPECT_EQ(take_reports(), Names{"zoom_factor_changed"});
 
     camera().set_zoom_factor(1000);
     EXPECT_EQ(camera().get_zoom_factor(), maximum);
@@ -105,13 +105,13 @@ TEST_F(CameraControls, expose_as_long_as_the_host_wants)
     camera().set_exposure_mode(MANUAL_EXPOSURE);
     EXPECT_EQ(camera().get_exposure_mode(), MANUAL_EXPOSURE);
     EXPECT_EQ(control(V4L2_CID_EXPOSURE_AUTO), V4L2_EXPOSURE_MANUAL);
-    EXPECT_EQ(take_told(), Names{"exposure_mode_changed"});
+    EXPECT_EQ(take_reports(), Names{"exposure_mode_changed"});
 
     camera().set_manual_exposure_time(0.1f);
     EXPECT_FLOAT_EQ(camera().get_manual_exposure_time(), 0.1f);
     EXPECT_FLOAT_EQ(camera().get_exposure_time(), 0.1f);
     EXPECT_EQ(control(V4L2_CID_EXPOSURE_ABSOLUTE), 1000);
-    EXPECT_EQ(take_told(), Names{"exposure_time_changed 0.1"});
+    EXPECT_EQ(take_reports(), Names{"exposure_time_changed 0.1"});
 
     camera().set_auto_exposure_time();
     EXPECT_TRUE(view->wait_for_event("exposure_time_changed", 2));
@@ -124,7 +124,7 @@ TEST_F(CameraControls, expose_brighter)
     camera().set_exposure_compensation(0.125f);
     EXPECT_EQ(camera().get_exposure_compensation(), 0.125f);
     EXPECT_EQ(control(V4L2_CID_AUTO_EXPOSURE_BIAS), 125) << "in thousandths of EV";
-    EXPECT_EQ(take_told(), Names{"exposure_compensation_changed 0.125"});
+    EXPECT_EQ(take_reports(), Names{"exposure_compensation_changed 0.125"});
 }
 
 TEST_F(CameraControls, leave_the_mode_where_the_camera_has_none_of_a_kind)
@@ -134,7 +134,7 @@ TEST_F(CameraControls, leave_the_mode_where_the_camera_has_none_of_a_kind)
         camera().set_exposure_mode(mode);
         EXPECT_EQ(camera().get_exposure_mode(), AUTOMATIC_EXPOSURE) << mode;
     }
-    EXPECT_EQ(take_told(), Names{});
+    EXPECT_EQ(take_reports(), Names{});
 }
 
 TEST_F(CameraControls, are_as_sensitive_as_the_host_wants)
@@ -163,13 +163,13 @@ TEST_F(CameraControls, balance_white)
     EXPECT_EQ(camera().get_white_balance_mode(), CLOUDY);
     EXPECT_EQ(control(V4L2_CID_AUTO_WHITE_BALANCE), 0);
     EXPECT_EQ(control(V4L2_CID_WHITE_BALANCE_TEMPERATURE), 6000);
-    EXPECT_EQ(take_told(), Names{"white_balance_mode_changed"});
+    EXPECT_EQ(take_reports(), Names{"white_balance_mode_changed"});
 
     camera().set_color_temperature(3200);
     EXPECT_EQ(camera().get_white_balance_mode(), MANUAL_BALANCE);
     EXPECT_EQ(camera().get_color_temperature(), 3200);
     EXPECT_EQ(control(V4L2_CID_WHITE_BALANCE_TEMPERATURE), 3200);
-    EXPECT_EQ(take_told(), (Names{"white_balance_mode_changed", "color_temperature_changed"}));
+    EXPECT_EQ(take_reports(), (Names{"white_balance_mode_changed", "color_temperature_changed"}));
 
     camera().set_color_temperature(0);
     EXPECT_EQ(camera().get_white_balance_mode(), AUTOMATIC_BALANCE);
@@ -182,10 +182,10 @@ TEST_F(CameraControls, focus_at_a_distance)
     EXPECT_TRUE(camera().is_focus_mode_supported(MANUAL_FOCUS));
     camera().set_focus_mode(MANUAL_FOCUS);
     EXPECT_EQ(camera().get_focus_mode(), MANUAL_FOCUS);
-    EXPECT_EQ(take_told(), Names{"focus_mode_changed"});
+    EXPECT_EQ(take_reports(), Names{"focus_mode_changed"});
     camera().set_focus_distance(0.5f);
     EXPECT_EQ(camera().get_focus_distance(), 0.5f);
-    EXPECT_EQ(take_told(), Names{"focus_distance_changed"});
+    EXPECT_EQ(take_reports(), Names{"focus_distance_changed"});
 }
 
 TEST_F(CameraControls, have_no_point_to_focus_on)
@@ -208,7 +208,7 @@ TEST_F(CameraControls, flash)
     camera().set_flash_mode(AUTOMATIC_FLASH);
     EXPECT_EQ(camera().get_flash_mode(), AUTOMATIC_FLASH);
     EXPECT_EQ(control(V4L2_CID_FLASH_LED_MODE), V4L2_FLASH_LED_MODE_FLASH);
-    EXPECT_EQ(take_told(), Names{"flash_mode_changed"});
+    EXPECT_EQ(take_reports(), Names{"flash_mode_changed"});
 }
 
 // --- What cannot be set -----------------------------------------------------------------------------
@@ -238,7 +238,7 @@ TEST_F(CameraControls, of_a_camera_without_them_change_nothing)
     allow_messages_matching("Unable to [gs]et the V4L2 Parameter");
     camera().set_camera_hint("plain");
     camera().start();
-    take_told();
+    take_reports();
     call_every_control(camera());
     EXPECT_EQ(camera().get_exposure_mode(), AUTOMATIC_EXPOSURE);
     EXPECT_EQ(camera().get_exposure_compensation(), 0);
@@ -259,7 +259,8 @@ TEST_F(CameraControls, of_a_camera_without_them_change_nothing)
     EXPECT_EQ(camera().get_zoom_factor(), 1);
     EXPECT_EQ(camera().get_minimum_zoom_factor(), 1);
     EXPECT_EQ(camera().get_maximum_zoom_factor(), 1);
-    EXPECT_EQ(take_told(), Names{"focus_distance_changed"}) << "the one that Qt does not ask for";
+    EXPECT_EQ(take_reports(), Names{"focus_distance_changed"})
+        << "the one that Qt does not ask for";
     EXPECT_EQ(running_cameras(), Names{"Plain"});
 }
 
@@ -287,7 +288,7 @@ TEST_F(CameraControls, take_numbers_that_are_none)
     EXPECT_EQ(running_cameras(), Names{"Able"});
 }
 
-TEST_F(CameraControls, do_not_tell_what_the_camera_can_do)
+TEST_F(CameraControls, do_not_report_what_the_camera_supports)
 {
     expect_message("get_supported_features: not implemented");
     EXPECT_EQ(camera().get_supported_features(), 0);

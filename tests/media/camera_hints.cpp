@@ -58,7 +58,7 @@ TEST_P(Hints, choose_a_camera)
     view->set_camera_hint(choice.hint);
     view->start();
     EXPECT_EQ(running_cameras(), Names{THREE[choice.chosen].name});
-    EXPECT_EQ(view.told(), Names{"active_changed"}) << "a hint that fits nothing is no error";
+    EXPECT_EQ(view.reports(), Names{"active_changed"}) << "a hint that fits nothing is no error";
 }
 
 const Choice CHOICES[] = {
@@ -100,7 +100,7 @@ const Choice CHOICES[] = {
 
 INSTANTIATE_TEST_SUITE_P(Camera, Hints, testing::ValuesIn(CHOICES));
 
-TEST(Hint, finds_none_where_there_are_none)
+TEST(Hint, finds_no_camera_where_none_is_plugged)
 {
     plug_cameras({});
     HostCameraView view;
@@ -108,7 +108,7 @@ TEST(Hint, finds_none_where_there_are_none)
         const size_t first = view.events().size();
         view->set_camera_hint(hint);
         EXPECT_FALSE(view->is_available());
-        EXPECT_EQ(view.told(first), Names{"error_occurred 1 no cameras found"}) << hint;
+        EXPECT_EQ(view.reports(first), Names{"error_occurred 1 no cameras found"}) << hint;
     }
     view->start();
     view->set_auto_play(true);
@@ -117,7 +117,7 @@ TEST(Hint, finds_none_where_there_are_none)
     EXPECT_TRUE(open_cameras().empty());
 }
 
-TEST(Hint, keeps_the_camera_when_there_are_none_any_more)
+TEST(Hint, keeps_the_camera_when_all_are_unplugged)
 {
     plug_cameras(some_cameras(1));
     HostCameraView view;
@@ -130,7 +130,7 @@ TEST(Hint, keeps_the_camera_when_there_are_none_any_more)
     EXPECT_TRUE(view.wait_for_event("error_occurred", "1 no cameras found"));
 }
 
-TEST(Hint, counts_the_cameras_that_there_are_by_then)
+TEST(Hint, counts_the_cameras_that_are_plugged_by_then)
 {
     expect_message(wrong_number("2", 2));
     plug_cameras(THREE);
@@ -154,13 +154,13 @@ TEST(Hint, switches_the_camera_off_that_was_chosen_before)
     view->set_camera_hint("1");
     EXPECT_FALSE(view->get_is_active()) << "the new one waits for its start";
     EXPECT_TRUE(running_cameras().empty());
-    EXPECT_EQ(view.told(first), Names{"active_changed"});
+    EXPECT_EQ(view.reports(first), Names{"active_changed"});
     view->start();
     EXPECT_TRUE(view->get_is_active());
     EXPECT_EQ(running_cameras(), Names{"USB Camera Pro"});
 }
 
-TEST(Hint, chooses_anew_even_when_it_is_the_same)
+TEST(Hint, chooses_again_even_when_it_is_the_same)
 {
     plug_cameras(THREE);
     HostCameraView view;
@@ -172,7 +172,7 @@ TEST(Hint, chooses_anew_even_when_it_is_the_same)
     EXPECT_EQ(running_cameras(), Names{"USB Camera Pro"});
 }
 
-TEST(Hint, has_a_camera_back_that_another_one_has_replaced)
+TEST(Hint, brings_a_camera_back_that_another_one_has_replaced)
 {
     plug_cameras(THREE);
     HostCameraView view, other;

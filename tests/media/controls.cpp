@@ -145,7 +145,7 @@ TEST_F(Controls, switch_the_sound_off_and_on_with_m)
     EXPECT_FALSE(view->get_muted()) << "who turns the volume wants to hear it";
 }
 
-TEST_F(Controls, let_no_key_do_harm_without_a_source)
+TEST_F(Controls, survive_every_key_without_a_source)
 {
     ASSERT_TRUE(view.load());
     for (const uint32_t key : {uint32_t(KEY_LEFT), uint32_t(KEY_RIGHT), uint32_t(KEY_5),
@@ -366,7 +366,7 @@ TEST_F(Controls, stay_unless_they_are_to_hide)
     EXPECT_GT(alpha_at(CORNER), 200);
 }
 
-TEST_F(Controls, hide_while_nobody_uses_them_and_come_back_at_the_first_move)
+TEST_F(Controls, hide_while_they_are_not_used_and_come_back_at_the_first_move)
 {
     view->set_loops(static_cast<unsigned int>(-1));
     view->set_controls_auto_hide(true);
@@ -413,7 +413,7 @@ TEST_F(Controls, are_absent_when_they_are_switched_off)
 
 // --- Words -----------------------------------------------------------------------------------------
 
-TEST_F(Controls, say_that_there_is_nothing_to_play)
+TEST_F(Controls, show_that_no_source_is_set)
 {
     ASSERT_TRUE(view.load());
     EXPECT_TRUE(view.draw_until([&] { return alpha_at(MIDDLE) > 0; }));
@@ -423,7 +423,7 @@ TEST_F(Controls, say_that_there_is_nothing_to_play)
     })) << "and no more when there is something";
 }
 
-TEST_F(Controls, say_that_a_source_cannot_be_played)
+TEST_F(Controls, show_that_a_source_cannot_be_played)
 {
     view->set_source(clip_url("missing.mp4"));
     ASSERT_TRUE(view.load());

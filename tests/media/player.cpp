@@ -1,4 +1,4 @@
-// Playing through the facade: what is seen, and what the host is told.
+// Playing through the facade: what is seen, and what is reported to the host.
 
 #include "support/media/host_video_view.h"
 
@@ -40,16 +40,16 @@ protected:
     HostVideoView view{WIDE};
 };
 
-/** Where each of `wanted` first stands in `told`, in their order. */
-testing::AssertionResult come_in_order(const std::vector<std::string>& told,
+/** Where each of `wanted` first stands in `reports`, in their order. */
+testing::AssertionResult come_in_order(const std::vector<std::string>& reports,
                                        const std::vector<std::string>& wanted)
 {
-    auto position = told.begin();
+    auto position = reports.begin();
     for (const std::string& event : wanted) {
-        position = std::find(position, told.end(), event);
-        if (position == told.end()) {
+        position = std::find(position, reports.end(), event);
+        if (position == reports.end()) {
             auto failure = testing::AssertionFailure() << event << " is not in its place in:";
-            for (const std::string& text : told)
+            for (const std::string& text : reports)
                 failure << "\n  " << text;
             return failure;
         }
@@ -57,13 +57,13 @@ testing::AssertionResult come_in_order(const std::vector<std::string>& told,
     return testing::AssertionSuccess();
 }
 
-TEST_F(Player, begins_by_itself_and_tells_of_it_in_order)
+TEST_F(Player, starts_by_itself_and_reports_it_in_order)
 {
     ASSERT_TRUE(view.open("numbered.mp4"));
     ASSERT_TRUE(view.wait_for_event("media_status_changed", std::to_string(BUFFERED_MEDIA)));
     ASSERT_TRUE(view.wait_for_event("position_changed"));
     EXPECT_TRUE(come_in_order(
-        view.told(),
+        view.reports(),
         {"media_status_changed 1", "source_changed " + clip_url("numbered.mp4"),
          "duration_changed 10000", "tracks_changed", "metadata_changed", "seekable_changed true",
          "has_audio_changed true", "has_video_changed true", "media_status_changed 2",
@@ -96,7 +96,7 @@ TEST_F(Player, shows_one_frame_after_the_other)
     EXPECT_NEAR(shown_ms, double(view->get_position()), 150) << "the picture keeps to the position";
 }
 
-TEST_F(Player, waits_for_play_where_it_is_not_to_begin_by_itself)
+TEST_F(Player, waits_for_play_where_auto_play_is_off)
 {
     view->set_auto_play(false);
     ASSERT_TRUE(view.open("numbered.mp4"));
@@ -107,7 +107,7 @@ TEST_F(Player, waits_for_play_where_it_is_not_to_begin_by_itself)
     EXPECT_TRUE(view.draw_until([&] { return view.frame_number() > 5; }));
 }
 
-TEST_F(Player, takes_a_source_before_it_has_a_scene_and_keeps_silent_about_playing)
+TEST_F(Player, takes_a_source_before_it_has_a_scene_and_does_not_play_it)
 {
     view->set_source(clip_url("short.mp4"));
     EXPECT_TRUE(wait_until([&] { return view->get_media_status() == LOADED_MEDIA; }));
@@ -145,7 +145,7 @@ TEST_F(Player, goes_back_to_the_start_when_it_is_stopped)
     EXPECT_EQ(view->get_position(), 0u);
     EXPECT_EQ(view->get_media_status(), LOADED_MEDIA);
     EXPECT_TRUE(come_in_order(
-        view.told(first),
+        view.reports(first),
         {"playing_changed false", "playback_state_changed 0", "media_status_changed 2"}));
     EXPECT_TRUE(view.wait_for_colour(320, 180, TRANSPARENT)) << "and takes the picture away";
     view->play();
@@ -180,7 +180,7 @@ TEST_F(Player, goes_on_from_where_it_has_been_moved_to)
     }));
 }
 
-TEST_F(Player, tells_of_the_end_and_plays_again)
+TEST_F(Player, reports_the_end_and_plays_again)
 {
     ASSERT_TRUE(view.open("short.mp4"));
     ASSERT_TRUE(view.wait_for_event("media_status_changed", std::to_string(END_OF_MEDIA)));
@@ -192,7 +192,7 @@ TEST_F(Player, tells_of_the_end_and_plays_again)
     EXPECT_TRUE(view.wait_for_event("media_status_changed", std::to_string(END_OF_MEDIA), first));
 }
 
-TEST_F(Player, plays_as_often_as_it_is_told)
+TEST_F(Player, plays_as_often_as_the_host_says)
 {
     EXPECT_EQ(view->get_loops(), 1);
     view->set_loops(3);
@@ -243,7 +243,7 @@ TEST_P(PlayerAtRate, keeps_the_pace)
                 200 * GetParam());
 }
 
-TEST_F(Player, tells_of_the_rate)
+TEST_F(Player, reports_the_rate)
 {
     view->set_playback_rate(1.5);
     EXPECT_TRUE(view.wait_for_event("playback_rate_changed", "1.5"));
@@ -257,7 +257,7 @@ TEST_F(Player, takes_another_source_while_it_plays)
     view->set_fill_mode(STRETCH);
     ASSERT_TRUE(view.change_to("quadrants.mp4"));
     EXPECT_TRUE(
-        come_in_order(view.told(first),
+        come_in_order(view.reports(first),
                       {"playback_state_changed 0", "source_changed " + clip_url("quadrants.mp4"),
                        "duration_changed 4000", "media_status_changed 2"}));
     EXPECT_EQ(view->get_playback_state(), STOPPED) << "the new source waits";
@@ -265,7 +265,7 @@ TEST_F(Player, takes_another_source_while_it_plays)
     EXPECT_TRUE(view.wait_for_colour(100, 90, RED));
 }
 
-TEST_F(Player, lets_go_of_its_source)
+TEST_F(Player, releases_its_source)
 {
     ASSERT_TRUE(view.open("short.mp4"));
     view->set_source("");
@@ -278,7 +278,7 @@ TEST_F(Player, lets_go_of_its_source)
 
 // --- The picture -----------------------------------------------------------------------------------
 
-TEST_F(Player, fills_the_scene_as_it_is_told)
+TEST_F(Player, fills_the_scene_in_the_mode_that_is_set)
 {
     EXPECT_EQ(view->get_fill_mode(), unsigned(PRESERVE_ASPECT_FIT));
     ASSERT_TRUE(open_paused("quadrants.mp4"));
@@ -308,7 +308,7 @@ TEST_F(Player, fills_the_scene_as_it_is_told)
     EXPECT_TRUE(every_pixel_in(view.picture(), Rect{0, 0, 320, 180}.inside(8), RED, "cropped", 6));
 }
 
-TEST_F(Player, takes_fill_modes_that_there_are_not_for_the_first)
+TEST_F(Player, takes_unknown_fill_modes_for_the_first)
 {
     view->set_fill_mode(3);
     EXPECT_EQ(view->get_fill_mode(), unsigned(STRETCH));

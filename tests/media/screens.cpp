@@ -65,7 +65,7 @@ TEST_F(Screens, are_listed_with_what_they_can_be_chosen_by)
     EXPECT_EQ(screens[1].at("serialNumber"), "XK-77");
 }
 
-TEST_F(Screens, are_shown_from_the_first_on_without_a_wish)
+TEST_F(Screens, are_shown_from_the_first_on_without_a_hint)
 {
     ASSERT_TRUE(view.load());
     EXPECT_TRUE(view.wait_for_colour(view.picture().area(), RED));
@@ -105,7 +105,7 @@ TEST_F(Screens, are_the_primary_one_where_none_is_called_so)
     EXPECT_TRUE(shows("Eizo", RED));
 }
 
-TEST_F(Screens, are_left_by_a_changed_wish_with_the_next_scene)
+TEST_F(Screens, are_changed_by_another_hint_with_the_next_scene)
 {
     ASSERT_TRUE(shows("0", RED));
     const Rect corner{0, 0, 40, 40};

@@ -34,13 +34,13 @@ protected:
     {
         const size_t first = view.events().size();
         view->set_source(source);
-        if (auto told =
+        if (auto reported =
                 view.wait_for_event("media_status_changed", std::to_string(INVALID_MEDIA), first);
-            !told)
-            return told;
+            !reported)
+            return reported;
         const std::string text = std::to_string(error) + " " + view->get_error_string();
-        if (auto told = view.wait_for_event("error_occurred", text, first); !told)
-            return told;
+        if (auto reported = view.wait_for_event("error_occurred", text, first); !reported)
+            return reported;
         if (view->get_error() != error || view->get_error_string().empty())
             return testing::AssertionFailure()
                 << "the error is " << view->get_error() << " " << view->get_error_string();
@@ -173,7 +173,7 @@ TEST_F(Sources, that_keep_whoever_opens_them_can_be_taken_away)
     const size_t first = view.events().size();
     view->set_source("");
     EXPECT_EQ(view->get_source(), "");
-    EXPECT_EQ(view.told(first),
+    EXPECT_EQ(view.reports(first),
               (std::vector<std::string>{"seekable_changed false", "has_audio_changed false",
                                         "has_video_changed false", "media_status_changed 0",
                                         "source_changed"}));
@@ -223,7 +223,7 @@ TEST_F(Sources, in_a_list_of_a_server_do_not_reach_the_disk)
     EXPECT_FALSE(server.requests("/list.m3u8").empty());
 }
 
-TEST_F(Sources, that_are_not_there_fail)
+TEST_F(Sources, that_do_not_exist_fail)
 {
     ASSERT_TRUE(view.load());
     EXPECT_TRUE(fails(clip_url("missing.mp4"), RESOURCE_ERROR));
@@ -248,7 +248,7 @@ TEST_F(Sources, that_are_empty_or_no_video_fail)
     EXPECT_TRUE(fails(clip_url("text.mp4"), FORMAT_ERROR));
 }
 
-TEST_F(Sources, that_break_off_are_played_as_far_as_they_go)
+TEST_F(Sources, that_end_early_are_played_to_their_end)
 {
     ASSERT_TRUE(view.open("truncated.mp4"));
     EXPECT_EQ(view->get_duration(), 10000u) << "as the file says of itself";
@@ -305,7 +305,7 @@ TEST_F(Sources, of_a_server_can_be_given_up_while_it_holds_back)
     server.release();
 }
 
-TEST_F(Sources, are_told_of_by_their_url)
+TEST_F(Sources, are_reported_by_their_url)
 {
     view->set_source(clip_url("short.mp4"));
     EXPECT_TRUE(view.wait_for_event("source_changed", clip_url("short.mp4")));

@@ -148,7 +148,7 @@ TEST_F(Tracks, of_subtitles_are_drawn_without_their_marks)
     EXPECT_LT(widest, 8) << "see " << keep_picture(image);
 }
 
-TEST_F(Tracks, of_subtitles_leave_the_picture_its_room)
+TEST_F(Tracks, of_subtitles_do_not_cover_the_whole_frame)
 {
     ASSERT_TRUE(view.change_to("subtitles.mkv"));
     view->play();
@@ -157,7 +157,7 @@ TEST_F(Tracks, of_subtitles_leave_the_picture_its_room)
     EXPECT_TRUE(view.wait_for_colour(320, 4, GROUND, 8));
 }
 
-TEST_F(Tracks, of_subtitles_that_there_are_not_switch_them_off)
+TEST_F(Tracks, of_subtitles_that_do_not_exist_switch_subtitles_off)
 {
     for (const int track : {2, 5, -1, -5, 2147483647}) {
         view->set_active_subtitle_track(1);
@@ -177,7 +177,7 @@ TEST_F(Tracks, are_gone_with_the_source)
     EXPECT_EQ(view->get_current_subtitle_name(), "");
 }
 
-TEST(SourceMetadata, is_there_with_everything_that_has_a_text)
+TEST(SourceMetadata, contains_every_value_that_has_a_text)
 {
     HostVideoView view;
     ASSERT_TRUE(view.open("tone.m4a"));

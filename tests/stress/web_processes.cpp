@@ -74,7 +74,7 @@ protected:
     HostWebView view;
 };
 
-TEST_F(PageProcess, is_told_of_when_it_is_killed)
+TEST_F(PageProcess, is_reported_when_it_is_killed)
 {
     ASSERT_TRUE(view.open(server.url("/")));
     ASSERT_TRUE(kill_page());

@@ -98,7 +98,7 @@ TEST_F(AddonDirectory, has_a_process_that_may_be_executed)
     warn_of_missing_files(path());
 }
 
-TEST_F(AddonDirectory, that_is_not_there_is_left_to_qt_to_report)
+TEST_F(AddonDirectory, that_does_not_exist_is_left_to_qt_to_report)
 {
     warn_of_missing_files("/no/such/game/addons/webview/");
 }

@@ -245,7 +245,7 @@ TEST_F(Manager, finds_records_on_other_threads_while_they_come_and_go)
         thread.join();
 }
 
-TEST_F(Manager, holds_no_lock_while_it_tells)
+TEST_F(Manager, holds_no_lock_while_it_notifies)
 {
     QObject::connect(manager.get(), &DataBindingContextManager::objectRegistered,
                      [this](const QString& name) {
@@ -349,7 +349,7 @@ TEST_F(Manager, gives_pages_no_way_to_publish_or_withdraw)
     EXPECT_EQ(told, std::vector<std::string>{"+player"});
 }
 
-TEST_F(Manager, bears_calls_with_arguments_of_every_kind)
+TEST_F(Manager, survives_calls_with_arguments_of_every_kind)
 {
     int calls = 0;
     player.method("f", {{INT, "a"}}, [&](auto...) {

@@ -1,5 +1,6 @@
 // The view behind the facade of cameras, without a scene: what its component finds, which camera a hint
-// means, and what the host is told of. There is no camera but those that a test plugs.
+// means, and what it reports to the host. The only cameras are those that a test plugs. What all media
+// views share is in media_views.cpp.
 
 #include "media/camera_view.h"
 #include "marlune/app.h"
@@ -189,7 +190,7 @@ TEST_F(CameraViews, do_not_look_for_a_camera_under_a_callback)
     EXPECT_EQ(recorder.take(), u"error_occurred 1 no cameras found");
 }
 
-TEST_F(CameraViews, keep_the_camera_they_have_when_there_is_none_to_choose)
+TEST_F(CameraViews, keep_the_camera_they_have_when_no_camera_can_be_chosen)
 {
     view->install(QCameraDevice());
     QCamera* const camera = view->camera();
@@ -274,7 +275,7 @@ TEST_F(TwoCameras, leave_one_that_another_one_replaces_with_its_parent)
     EXPECT_FALSE(old);
 }
 
-TEST_F(TwoCameras, set_a_former_one_free_when_it_is_chosen_again)
+TEST_F(TwoCameras, release_a_former_camera_when_it_is_chosen_again)
 {
     CameraView other;
     for (const QCameraDevice& device : devices) {
@@ -296,7 +297,7 @@ TEST_F(TwoCameras, set_a_former_one_free_when_it_is_chosen_again)
     EXPECT_EQ(view->camera()->error(), QCamera::NoError) << "in the same view";
 }
 
-TEST_F(CameraViews, tell_of_a_camera_that_cannot_be_opened)
+TEST_F(CameraViews, report_a_camera_that_cannot_be_opened)
 {
     follow_all();
     view->install(QCameraDevice());
@@ -355,7 +356,7 @@ TEST_F(CameraViews, survive_a_scene_that_takes_their_camera_along)
 
 // --- The callbacks ---------------------------------------------------------------------------------
 
-TEST_F(CameraViews, tell_the_host_before_the_scene)
+TEST_F(CameraViews, notify_the_host_before_the_scene)
 {
     std::vector<std::string> order;
     QObject::connect(view.get(), &CameraView::cameraChanged, [&] {

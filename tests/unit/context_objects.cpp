@@ -45,15 +45,15 @@ QVariant call(DBAbstractContextObject& object, const char* method, const QVarian
     return object.___invoke_method(method, arguments);
 }
 
-/** What the manager has told pages. */
-struct Told {
+/** What the manager has reported to pages. */
+struct Report {
     QString object, member;
     QVariant value;
 
-    bool operator==(const Told&) const = default;
+    bool operator==(const Report&) const = default;
 };
 
-void PrintTo(const Told& told, std::ostream* out)
+void PrintTo(const Report& told, std::ostream* out)
 {
     QString text;
     QDebug(&text) << told.object << told.member << told.value;
@@ -122,7 +122,7 @@ protected:
     HostObject player{"player"};
     QWebChannel channel;
     std::unique_ptr<DataBindingContextManager> manager;
-    std::vector<Told> changes, emissions;
+    std::vector<Report> changes, emissions;
     int calls = 0;
     std::vector<ContainerStd> given_values;
     std::vector<VariantTypeStd> given_codes;
@@ -184,7 +184,7 @@ TEST_F(ContextObject, describes_the_values_that_the_host_has_now)
     EXPECT_EQ(published_property("player.health").value(), QVariant(50));
 }
 
-TEST_F(ContextObject, has_its_record_s_name_and_says_what_it_is)
+TEST_F(ContextObject, has_its_record_s_name_and_is_marked_as_an_object)
 {
     HostObject other("inner name");
     ASSERT_TRUE(manager->registerObject("outer name", &other.record()));
@@ -219,7 +219,7 @@ TEST_F(ContextObject, describes_a_property_by_name_and_type)
     EXPECT_EQ(property.property("name"), QVariant("health"));
 }
 
-TEST_F(ContextObject, tells_of_changed_texts_of_a_property_and_only_of_changed_ones)
+TEST_F(ContextObject, notifies_of_a_property_s_texts_only_when_they_change)
 {
     player.property("health", INT, single(100));
     publish();
@@ -349,7 +349,7 @@ TEST_F(ContextObject, refuses_to_call_what_is_no_method)
     EXPECT_FALSE(call(object, "died", {}).isValid());
 }
 
-TEST_F(ContextObject, says_when_the_host_serves_no_such_call)
+TEST_F(ContextObject, logs_a_call_that_the_host_does_not_serve)
 {
     player.method("f");
     expect_message("func_call_method was nullptr, failed to call method f");
@@ -374,7 +374,7 @@ TEST_F(ContextObject, does_not_call_the_host_without_the_vector_that_it_wants)
     EXPECT_EQ(calls, 0);
 }
 
-TEST_F(ContextObject, says_so_of_the_vector_first_when_the_host_serves_no_call_either)
+TEST_F(ContextObject, logs_the_vector_first_when_the_host_does_not_serve_the_call)
 {
     player.method("move", {{VECTOR3, "to"}});
     expect_message(vector_error);
@@ -526,7 +526,7 @@ TEST_F(ContextObject, deletes_later_what_a_method_owns)
 
 // --- Writes
 
-TEST_F(ContextObject, stores_what_a_page_writes_and_tells_the_host)
+TEST_F(ContextObject, stores_what_a_page_writes_and_notifies_the_host)
 {
     PropertyInfoStd& health = player.property("health", INT, single(100));
     int told = 0;
@@ -561,7 +561,7 @@ TEST_F(ContextObject, stores_what_a_page_writes_also_when_the_host_does_not_want
     EXPECT_EQ(health.value, single(50));
 }
 
-TEST_F(ContextObject, tells_the_host_also_of_values_for_a_mere_label)
+TEST_F(ContextObject, notifies_the_host_also_of_values_for_a_mere_label)
 {
     PropertyInfoStd& colour = player.property("colour", COLOR, single("red"));
     int told = 0;
@@ -611,7 +611,7 @@ TEST_F(ContextObject, ends_an_exception_that_the_host_throws_at_a_write)
     EXPECT_EQ(health.value, single(2));
 }
 
-TEST_F(ContextObject, may_be_withdrawn_and_its_records_freed_when_a_write_is_told)
+TEST_F(ContextObject, may_be_withdrawn_and_its_records_freed_when_a_write_is_reported)
 {
     auto records = std::make_unique<HostObject>("brief");
     records->property("p", INT, single(1)).func_valueChanged_updateGodot = [&](PropertyInfoStd*) {
@@ -668,7 +668,7 @@ TEST_F(ContextObject, never_reads_a_value_that_another_thread_is_writing)
 
 // --- Announcements
 
-TEST_F(ContextObject, tells_pages_of_a_change_with_the_value_of_the_time_of_telling)
+TEST_F(ContextObject, notifies_pages_of_a_change_with_the_value_at_that_time)
 {
     PropertyInfoStd& health = player.property("health", INT, single(100));
     publish();
@@ -676,10 +676,10 @@ TEST_F(ContextObject, tells_pages_of_a_change_with_the_value_of_the_time_of_tell
     EXPECT_TRUE(changes.empty()) << "the host's thread must not wait for the pages";
     health.value = ValueStd(20);
     serve_events();
-    EXPECT_EQ(changes, (std::vector<Told>{{"player", "health", 20}}));
+    EXPECT_EQ(changes, (std::vector<Report>{{"player", "health", 20}}));
 }
 
-TEST_F(ContextObject, tells_of_a_change_by_the_property_s_type)
+TEST_F(ContextObject, reports_a_change_by_the_property_s_type)
 {
     PropertyInfoStd& bag = player.property("bag", DICTIONARY, single(R"({"gold":3})"));
     PropertyInfoStd& nothing = player.property("nothing", NIL, single(1));
@@ -688,11 +688,11 @@ TEST_F(ContextObject, tells_of_a_change_by_the_property_s_type)
     nothing.func_valueChanged_updateQt(&nothing);
     serve_events();
     EXPECT_EQ(changes,
-              (std::vector<Told>{{"player", "bag", QVariantMap{{"gold", 3}}},
-                                 {"player", "nothing", QVariant()}}));
+              (std::vector<Report>{{"player", "bag", QVariantMap{{"gold", 3}}},
+                                   {"player", "nothing", QVariant()}}));
 }
 
-TEST_F(ContextObject, tells_of_a_change_to_a_value_that_does_not_fit)
+TEST_F(ContextObject, reports_a_change_to_a_value_that_does_not_fit)
 {
     PropertyInfoStd& bag = player.property("bag", ARRAY, single("[]"));
     publish();
@@ -700,16 +700,16 @@ TEST_F(ContextObject, tells_of_a_change_to_a_value_that_does_not_fit)
     bag.func_valueChanged_updateQt(&bag);
     expect_message_matching("^property 'player.bag' does not hold what its type ARRAY asks for");
     serve_events();
-    EXPECT_EQ(changes, (std::vector<Told>{{"player", "bag", QVariant()}}));
+    EXPECT_EQ(changes, (std::vector<Report>{{"player", "bag", QVariant()}}));
 }
 
-TEST_F(ContextObject, tells_of_a_change_whatever_pointer_the_host_hands_over)
+TEST_F(ContextObject, reports_a_change_whatever_pointer_the_host_passes)
 {
     PropertyInfoStd& health = player.property("health", INT, single(1));
     publish();
     health.func_valueChanged_updateQt(nullptr);
     serve_events();
-    EXPECT_EQ(changes, (std::vector<Told>{{"player", "health", 1}}));
+    EXPECT_EQ(changes, (std::vector<Report>{{"player", "health", 1}}));
 }
 
 TEST_F(ContextObject, lets_qml_know_of_a_change)
@@ -741,7 +741,7 @@ TEST_F(ContextObject, emits_a_signal_of_the_host_with_each_value_by_its_code)
     serve_events();
     const QVariantList values = {
         7, QVariantList{1}, QVariantMap{{"a", 1}}, QVariant(), "text", QVariantList{1, 2}, 1.5};
-    EXPECT_EQ(emissions, (std::vector<Told>{{"player", "hit", values}}));
+    EXPECT_EQ(emissions, (std::vector<Report>{{"player", "hit", values}}));
 }
 
 TEST_F(ContextObject, emits_a_signal_with_no_value_in_place_of_one_that_does_not_fit)
@@ -756,7 +756,7 @@ TEST_F(ContextObject, emits_a_signal_with_no_value_in_place_of_one_that_does_not
         "^value 3 of signal 'player.hit' does not hold what its type DICTIONARY");
     serve_events();
     EXPECT_EQ(emissions,
-              (std::vector<Told>{{"player", "hit", QVariantList{7, QVariant(), QVariant()}}}));
+              (std::vector<Report>{{"player", "hit", QVariantList{7, QVariant(), QVariant()}}}));
 }
 
 TEST_F(ContextObject, gives_only_signals_a_way_to_be_emitted)
@@ -768,7 +768,7 @@ TEST_F(ContextObject, gives_only_signals_a_way_to_be_emitted)
     EXPECT_TRUE(signal.func_emit_signal);
 }
 
-TEST_F(ContextObject, tells_under_the_record_s_name_and_the_key_of_the_member)
+TEST_F(ContextObject, reports_under_the_record_s_name_and_the_key_of_the_member)
 {
     HostObject other("inner name");
     PropertyInfoStd& property = other.property("p", INT, single(1));
@@ -777,11 +777,11 @@ TEST_F(ContextObject, tells_under_the_record_s_name_and_the_key_of_the_member)
     property.func_valueChanged_updateQt(&property);
     signal.func_emit_signal(&signal, {}, {});
     serve_events();
-    EXPECT_EQ(changes, (std::vector<Told>{{"inner name", "p", 1}}));
-    EXPECT_EQ(emissions, (std::vector<Told>{{"inner name", "s", QVariantList()}}));
+    EXPECT_EQ(changes, (std::vector<Report>{{"inner name", "p", 1}}));
+    EXPECT_EQ(emissions, (std::vector<Report>{{"inner name", "s", QVariantList()}}));
 }
 
-TEST_F(ContextObject, tells_in_the_order_of_the_calls)
+TEST_F(ContextObject, reports_in_the_order_of_the_calls)
 {
     MethodInfoStd& signal = player.signal("s");
     PropertyInfoStd& health = player.property("health", INT, single(1));
@@ -800,7 +800,7 @@ TEST_F(ContextObject, tells_in_the_order_of_the_calls)
     EXPECT_EQ(order, (std::vector<QString>{"s", "p", "s"}));
 }
 
-TEST_F(ContextObject, loses_nothing_that_many_threads_tell)
+TEST_F(ContextObject, loses_no_report_of_many_threads)
 {
     MethodInfoStd& signal = player.signal("s");
     PropertyInfoStd& health = player.property("health", INT, single(1));
@@ -819,7 +819,7 @@ TEST_F(ContextObject, loses_nothing_that_many_threads_tell)
         thread.join();
 }
 
-TEST_F(ContextObject, drops_what_is_emitted_while_too_much_waits_and_says_so_once)
+TEST_F(ContextObject, drops_signals_while_too_many_wait_and_logs_it_once)
 {
     MethodInfoStd& signal = player.signal("s");
     publish();
@@ -838,7 +838,7 @@ TEST_F(ContextObject, drops_what_is_emitted_while_too_much_waits_and_says_so_onc
     EXPECT_EQ(emissions.back().value, QVariantList{1});
 }
 
-TEST_F(ContextObject, tells_the_last_value_of_changes_of_which_too_many_wait)
+TEST_F(ContextObject, reports_the_last_value_of_changes_while_too_many_wait)
 {
     PropertyInfoStd& health = player.property("health", INT, single(0));
     publish();
@@ -848,10 +848,10 @@ TEST_F(ContextObject, tells_the_last_value_of_changes_of_which_too_many_wait)
     }
     serve_events();
     EXPECT_EQ(changes.size(), size_t(Backlog::most_waiting));
-    EXPECT_EQ(changes.back(), (Told{"player", "health", Backlog::most_waiting + 100}));
+    EXPECT_EQ(changes.back(), (Report{"player", "health", Backlog::most_waiting + 100}));
 }
 
-TEST_F(ContextObject, tells_nothing_once_it_is_withdrawn)
+TEST_F(ContextObject, reports_nothing_once_it_is_withdrawn)
 {
     PropertyInfoStd& health = player.property("health", INT, single(1));
     MethodInfoStd& signal = player.signal("s");
@@ -867,7 +867,7 @@ TEST_F(ContextObject, tells_nothing_once_it_is_withdrawn)
     EXPECT_TRUE(emissions.empty());
 }
 
-TEST_F(ContextObject, tells_nothing_once_its_view_is_gone)
+TEST_F(ContextObject, reports_nothing_once_its_view_is_gone)
 {
     PropertyInfoStd& health = player.property("health", INT, single(1));
     MethodInfoStd& signal = player.signal("s");
@@ -904,7 +904,7 @@ TEST_F(ContextObject, is_not_mistaken_for_one_that_had_its_place_before)
     EXPECT_EQ(changes.size(), 1u);
 }
 
-TEST_F(ContextObject, may_be_told_of_changes_while_it_comes_and_goes)
+TEST_F(ContextObject, may_be_changed_while_it_is_published_and_withdrawn)
 {
     PropertyInfoStd& health = player.property("health", INT, single(1));
     publish();

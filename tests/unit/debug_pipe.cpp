@@ -77,7 +77,7 @@ std::string read_bytes(int socket, std::size_t count)
 
 }  // namespace
 
-TEST_F(DebugPipe, costs_one_line_when_nobody_serves_it)
+TEST_F(DebugPipe, logs_one_line_without_a_server)
 {
     testing::internal::CaptureStderr();
     start_debug_pipe();
@@ -85,7 +85,7 @@ TEST_F(DebugPipe, costs_one_line_when_nobody_serves_it)
               "Failed to connect to named pipe. Error: " + std::to_string(ENOENT) + "\n");
 }
 
-TEST_F(DebugPipe, says_so_when_its_server_has_gone_before_the_start)
+TEST_F(DebugPipe, logs_that_its_server_has_gone_before_the_start)
 {
     listen();
     stop_listening();

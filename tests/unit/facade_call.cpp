@@ -108,7 +108,7 @@ TEST_F(FacadeCall, converts_arguments_and_results)
     });
 }
 
-TEST_F(FacadeCall, goes_on_to_what_a_member_gives)
+TEST_F(FacadeCall, continues_with_what_a_member_returns)
 {
     target->part_ = std::make_unique<Part>();
     serve_while([&] {
@@ -120,7 +120,7 @@ TEST_F(FacadeCall, goes_on_to_what_a_member_gives)
     });
 }
 
-TEST_F(FacadeCall, gives_the_default_where_there_is_nothing_to_ask)
+TEST_F(FacadeCall, returns_the_default_where_it_has_no_target)
 {
     serve_while([&] {
         EXPECT_EQ(ask(target.get(), -1, &Target::part, &Part::mood), -1) << "a member gives null";

@@ -424,7 +424,7 @@ TEST_F(PageScript, calls_everybody_who_is_connected_to_a_signal)
     EXPECT_EQ(page->json("log"), R"([["first","fell",12],["second","fell"]])");
 }
 
-TEST_F(PageScript, bears_a_signal_that_nobody_is_connected_to)
+TEST_F(PageScript, survives_a_signal_without_a_connection)
 {
     MethodInfoStd& died = *player.record().methods["died"];
     ASSERT_TRUE(add("player", player));
@@ -469,7 +469,7 @@ TEST_F(PageScript, reads_and_writes_properties)
     EXPECT_TRUE(serve_until([&] { return health.value == ContainerStd(ValueStd(50)); }));
 }
 
-TEST_F(PageScript, tells_of_changes_and_has_the_new_value)
+TEST_F(PageScript, reports_changes_and_has_the_new_value)
 {
     PropertyInfoStd& health = *player.record().properties["health"];
     ASSERT_TRUE(add("player", player));
@@ -652,7 +652,7 @@ TEST_F(PageScript, loses_an_object_that_goes)
     EXPECT_EQ(page->json("Object.keys(___godot_channel.objects)"), R"(["___cm"])");
 }
 
-TEST_F(PageScript, fails_to_tell_that_an_object_has_gone_when_nobody_listens)
+TEST_F(PageScript, fails_to_report_a_removed_object_without_a_listener)
 {
     ASSERT_TRUE(add("player", player));
     open_page();
@@ -701,7 +701,7 @@ TEST_F(PageScript, keeps_up_with_an_object_that_comes_and_goes_faster_than_it_ca
     EXPECT_EQ(page->json("'player' in $g"), "false");
 }
 
-TEST_F(PageScript, says_when_it_has_no_object_of_the_name_that_a_change_or_a_signal_carries)
+TEST_F(PageScript, logs_a_change_or_a_signal_of_an_unknown_object)
 {
     HostObject other("inner");
     PropertyInfoStd& property = other.property("p", INT, ValueStd(1));
@@ -715,7 +715,7 @@ TEST_F(PageScript, says_when_it_has_no_object_of_the_name_that_a_change_or_a_sig
         EXPECT_EQ(error, "no such object name inner");
 }
 
-TEST_F(PageScript, is_told_of_newcomers_alone)
+TEST_F(PageScript, is_notified_of_new_objects_only)
 {
     std::vector<std::unique_ptr<HostObject>> objects;
     open_page();

@@ -276,7 +276,7 @@ TEST_F(Transport, takes_what_looks_like_an_object_for_the_data_that_it_is)
     EXPECT_EQ(given, ContainerStd(ValueStd(text)));
 }
 
-TEST_F(Transport, says_once_what_it_drops)
+TEST_F(Transport, logs_once_what_it_drops)
 {
     const std::string name = "x\ny" + std::string(1000, 'x');
     open();
@@ -383,7 +383,7 @@ TEST_F(Transport, describes_the_objects_that_it_is_asked_about_as_the_channel_do
     EXPECT_EQ((*answer_to("cm"))["data"].toObject()["___cm"], all["___cm"]);
 }
 
-TEST_F(Transport, tells_of_properties_of_objects_that_have_been_described_apart)
+TEST_F(Transport, reports_properties_of_objects_that_were_described_separately)
 {
     open({{"objects", QJsonArray{"___cm"}}});
     page.post({{"type", INIT}, {"id", "all"}});

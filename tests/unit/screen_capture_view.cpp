@@ -68,7 +68,7 @@ std::string wrong_number(int number, int count)
 
 }  // namespace
 
-TEST(ScreenChoice, is_the_first_screen_without_a_wish)
+TEST(ScreenChoice, is_the_first_screen_without_a_hint)
 {
     expect_choice("-1", TWO_SCREENS, 0);
     expect_choice("", TWO_SCREENS, 0);
@@ -161,13 +161,13 @@ protected:
 
 }  // namespace
 
-TEST_F(ScreenCaptureViews, begin_active_and_without_a_wish)
+TEST_F(ScreenCaptureViews, begin_active_and_without_a_hint)
 {
     EXPECT_EQ(view->property("active"), 1u);
     EXPECT_EQ(view->property("physical_screen_hint"), QStringLiteral("-1"));
 }
 
-TEST_F(ScreenCaptureViews, tell_of_what_the_host_sets_each_time)
+TEST_F(ScreenCaptureViews, notify_of_what_the_host_sets_each_time)
 {
     QSignalSpy active(view.get(), &ScreenCaptureView::activeChanged);
     QSignalSpy hint(view.get(), &ScreenCaptureView::physical_screen_hintChanged);
@@ -318,7 +318,7 @@ TEST_F(ScreenRecorders, are_active_with_any_number_but_zero)
     EXPECT_EQ(active.count(), 0) << "nothing has changed";
 }
 
-TEST_F(ScreenRecorders, capture_when_activity_is_told_of_and_not_before)
+TEST_F(ScreenRecorders, capture_once_activity_is_signalled_and_not_before)
 {
     recorder->set_video_sink(&sink);
     EXPECT_TRUE(recorder->setProperty("active", 1u));

@@ -112,7 +112,7 @@ TEST_F(StartedLibrary, has_declared_its_qml_modules)
     EXPECT_FALSE(QQmlMetaType::latestModuleVersion(QStringLiteral("Nope")).isValid());
 }
 
-TEST_F(StartedLibrary, bears_its_modules_being_declared_again)
+TEST_F(StartedLibrary, survives_a_second_declaration_of_its_modules)
 {
     for (const auto declare : {qml_register_types_Debug, qml_register_types_Multimedia,
                                qml_register_types_Splash, qml_register_types_Web})

@@ -88,7 +88,7 @@ TEST_F(StartOptions, form_paths_at_the_root_when_no_project_root_is_set)
     EXPECT_EQ(qgetenv("QML_IMPORT_PATH"), "/addons/webview//qml");
 }
 
-TEST_F(StartOptions, replace_what_the_environment_said_before)
+TEST_F(StartOptions, replace_what_the_environment_contained)
 {
     qputenv("QT_PLUGIN_PATH", "/elsewhere");
     startup::set_directories();
@@ -128,7 +128,7 @@ TEST_F(StartOptions, keep_compiled_copies_of_components_and_subpixel_smoothing_o
     EXPECT_EQ(qgetenv("QSG_DISTANCEFIELD_ANTIALIASING"), "gray");
 }
 
-TEST_F(StartOptions, look_for_no_hardware_that_encodes)
+TEST_F(StartOptions, do_not_look_for_hardware_encoders)
 {
     startup::set_defaults();
     EXPECT_EQ(qgetenv("QT_FFMPEG_ENCODING_HW_DEVICE_TYPES"), ",") << "a list without an entry";
@@ -146,7 +146,7 @@ TEST_F(StartOptions, leave_settings_of_the_user_alone)
         EXPECT_EQ(qgetenv(name), value) << name;
 }
 
-TEST_F(StartOptions, say_so_when_the_project_root_is_no_absolute_path)
+TEST_F(StartOptions, log_that_the_project_root_is_no_absolute_path)
 {
     startup::warn_of_relative_root(QDir::currentPath().toStdString());
     startup::warn_of_relative_root("");

@@ -181,7 +181,7 @@ TEST(Argument, text_comes_in_utf8_with_all_that_is_in_it)
     EXPECT_EQ(argument(QString(1 << 22, u'x'), STRING), single(std::string(1 << 22, 'x')));
 }
 
-TEST(Argument, half_a_character_does_no_harm)
+TEST(Argument, with_half_a_character_is_accepted)
 {
     const QString half = QString(u'a') + QChar(0xd83d) + u'b';
     const auto text = std::get<std::string>(std::get<ValueStd>(*argument(half, STRING)));

@@ -1,5 +1,5 @@
-// The view behind the facade of video players, without a scene: what its component finds, and what the
-// host is told of.
+// The view behind the facade of video players, without a scene: what its component finds, and what it
+// reports to the host. What all media views share is in media_views.cpp.
 
 #include "media/video_view.h"
 #include "media/metadata.h"
@@ -150,7 +150,7 @@ TEST_F(VideoViews, show_the_position_as_texts)
     EXPECT_EQ(view->playing_position_to_str(3725), u"01:02:05");
 }
 
-TEST_F(VideoViews, tell_of_the_position_in_order_and_once_a_second)
+TEST_F(VideoViews, report_the_position_in_order_and_once_a_second)
 {
     view->setProperty("duration", qint64(10000));
     SignalOrder order(*view);
@@ -199,7 +199,7 @@ TEST_F(VideoViews, look_at_the_players_position_at_each_turn_of_the_timer)
 
 // --- What the player says --------------------------------------------------------------------------
 
-TEST_F(VideoViews, take_the_duration_over)
+TEST_F(VideoViews, adopt_the_duration)
 {
     SignalOrder order(*view);
     emit view->player()->durationChanged(1234);
@@ -263,7 +263,7 @@ TEST_F(VideoViews, name_what_has_no_file_in_its_path_by_its_url)
 
 // --- What the scene asks ---------------------------------------------------------------------------
 
-TEST_F(VideoViews, switch_the_controls_and_tell_of_it_each_time)
+TEST_F(VideoViews, switch_the_controls_and_notify_of_it_each_time)
 {
     QSignalSpy enabled(view.get(), &VideoView::controls_enabledChanged);
     QSignalSpy auto_hide(view.get(), &VideoView::controls_auto_hideChanged);
@@ -292,7 +292,7 @@ TEST_F(VideoViews, switch_sound_off_and_on)
     EXPECT_FALSE(view->audio_output()->isMuted());
 }
 
-TEST_F(VideoViews, tell_the_scene_of_its_sink)
+TEST_F(VideoViews, notify_the_scene_of_its_sink)
 {
     QVideoSink sink;
     QSignalSpy spy(view.get(), &VideoView::playerChanged);
@@ -302,7 +302,7 @@ TEST_F(VideoViews, tell_the_scene_of_its_sink)
     view->setVideoSink(nullptr);
 }
 
-TEST_F(VideoViews, tell_of_the_tracks_even_where_there_is_no_such_track)
+TEST_F(VideoViews, notify_of_the_tracks_even_where_the_track_does_not_exist)
 {
     allow_messages_matching("Cannot set active track without open source");
     QSignalSpy spy(view.get(), &VideoView::activeTracksChanged);
@@ -372,7 +372,7 @@ TEST_F(VideoViews, keep_a_player_that_no_scene_has_taken)
 
 // --- The callbacks ----------------------------------------------------------------------------------
 
-TEST_F(VideoViews, tell_the_host_before_the_scene)
+TEST_F(VideoViews, notify_the_host_before_the_scene)
 {
     std::vector<std::string> order;
     fill(view->callbacks().duration_changed, [&](int64_t) { order.push_back("host"); });
@@ -381,7 +381,7 @@ TEST_F(VideoViews, tell_the_host_before_the_scene)
     EXPECT_EQ(order, (std::vector<std::string>{"host", "scene"}));
 }
 
-TEST_F(VideoViews, tell_of_the_next_player_what_they_told_of_the_first)
+TEST_F(VideoViews, report_the_next_player_as_they_reported_the_first)
 {
     auto root = std::make_unique<QObject>();
     view->post_setup(nullptr, root.get());
@@ -408,7 +408,7 @@ TEST(Subtitles, lose_the_marks_for_their_looks)
     EXPECT_EQ(plain_subtitle({}), u"");
 }
 
-TEST(Subtitles, end_where_nobody_can_read_on)
+TEST(Subtitles, are_cut_where_they_are_too_long_to_read)
 {
     const QString long_line(5'000'000, u'x');
     EXPECT_EQ(plain_subtitle(long_line), QString(2000, u'x') + u'\u2026');

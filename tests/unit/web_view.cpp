@@ -140,7 +140,7 @@ TEST_F(WebViewObject, takes_another_number_without_a_signal)
     EXPECT_EQ(WebView().idx() < 1234, true) << "the count of views is not that number's affair";
 }
 
-TEST_F(WebViewObject, keeps_what_is_written_and_tells_of_it_even_when_it_is_the_same)
+TEST_F(WebViewObject, keeps_what_is_written_and_notifies_even_when_it_is_the_same)
 {
     for (const QMetaProperty& property : own_properties()) {
         if (!property.hasNotifySignal() || !property.isWritable())
@@ -157,7 +157,7 @@ TEST_F(WebViewObject, keeps_what_is_written_and_tells_of_it_even_when_it_is_the_
     }
 }
 
-TEST_F(WebViewObject, allows_every_navigation_when_nobody_is_asked)
+TEST_F(WebViewObject, allows_every_navigation_without_a_handler)
 {
     EXPECT_TRUE(view.navigation_handler(QStringLiteral("https://a.example/"),
                                         QStringLiteral("link_clicked")));
@@ -191,7 +191,7 @@ TEST_F(WebViewObject, refuses_the_navigation_when_the_handler_throws)
     EXPECT_FALSE(view.navigation_handler(QStringLiteral("res://a/"), QStringLiteral("other")));
 }
 
-TEST_F(WebViewObject, tells_nobody_of_loading_when_there_is_nobody)
+TEST_F(WebViewObject, reports_no_loading_without_a_callback)
 {
     int told = 0;
     view.onLoadingChanged(2, QStringLiteral("res://a/"), QString(), QString(), 0);
@@ -202,7 +202,7 @@ TEST_F(WebViewObject, tells_nobody_of_loading_when_there_is_nobody)
     EXPECT_EQ(told, 0);
 }
 
-TEST_F(WebViewObject, tells_of_loading_as_it_is_told)
+TEST_F(WebViewObject, reports_loading_as_the_scene_does)
 {
     using Told = std::tuple<int, std::string, std::string, std::string, int>;
     std::vector<Told> told, replaced;
@@ -221,7 +221,7 @@ TEST_F(WebViewObject, tells_of_loading_as_it_is_told)
     EXPECT_EQ(replaced, std::vector<Told>());
 }
 
-TEST_F(WebViewObject, goes_on_when_what_is_told_of_loading_throws)
+TEST_F(WebViewObject, survives_a_loading_callback_that_throws)
 {
     fill(view.loading_callback(), [](int, std::string, std::string, std::string, int) {
         throw std::runtime_error("the host's trouble");
@@ -230,7 +230,7 @@ TEST_F(WebViewObject, goes_on_when_what_is_told_of_loading_throws)
     view.onLoadingChanged(0, QString(), QString(), QString(), 0);
 }
 
-TEST_F(WebViewObject, lets_go_of_its_callbacks_when_it_ends)
+TEST_F(WebViewObject, releases_its_callbacks_when_it_ends)
 {
     const auto token = std::make_shared<int>();
     {
@@ -316,7 +316,7 @@ TEST_F(Watch, finds_that_a_page_hangs_after_five_questions)
     EXPECT_TRUE(becomes({true, false, true})) << "it may hang again";
 }
 
-TEST_F(Watch, says_nothing_of_a_page_that_answers)
+TEST_F(Watch, does_not_report_a_page_that_answers)
 {
     answers = true;
     ASSERT_TRUE(QTest::qWaitFor([&] { return asked > 3 * PageWatch::PATIENCE; }));

@@ -235,7 +235,7 @@ TEST(PageGuideItself, has_examples)
     EXPECT_GE(read_snippets(MARLUNE_PAGE_GUIDE).size(), 9u);
 }
 
-TEST_P(PageGuide, says_what_its_example_does)
+TEST_P(PageGuide, describes_what_its_example_does)
 {
     const Snippet& snippet = GetParam();
     ASSERT_TRUE(snippet.language == "js" || snippet.language == "html")

@@ -138,7 +138,7 @@ TEST_F(DragAndDrop, shows_what_is_dragged)
     EXPECT_TRUE(view.wait_for_colour(NOWHERE.x + 20, NOWHERE.y + 20, WHITE));
 }
 
-TEST_F(DragAndDrop, drops_nothing_where_nobody_takes_it)
+TEST_F(DragAndDrop, drops_nothing_where_no_element_accepts_it)
 {
     drag(SOURCE, {TARGET});
     // The engine may join moves into one, which would pass the target by.
@@ -161,7 +161,7 @@ TEST_F(DragAndDrop, obeys_the_source_about_what_is_allowed)
     EXPECT_TRUE(view.wait_for_console("end none")) << "the target moves what may only be copied";
 }
 
-TEST_F(DragAndDrop, takes_no_other_word_for_what_is_allowed)
+TEST_F(DragAndDrop, accepts_no_unknown_value_of_what_is_allowed)
 {
     ASSERT_EQ(view.evaluate("source.addEventListener('dragstart', event => {"
                             " for (const word of ['toString', '__proto__', 'valueOf',"

@@ -63,12 +63,12 @@ const Scenarios SCENARIOS = {
 
 }  // namespace
 
-TEST(WebHardware, that_the_device_cannot_share_with_gives_a_notice_and_no_crash)
+TEST(WebHardware, on_a_device_without_external_memory_shows_a_notice_and_does_not_crash)
 {
     EXPECT_TRUE(ends_cleanly("hardware"));
 }
 
-TEST(WebHardware, can_be_left_alone)
+TEST(WebHardware, can_be_switched_off)
 {
     EXPECT_TRUE(ends_cleanly("no-hardware"));
 }

@@ -199,7 +199,7 @@ TEST(HttpServer, asks_a_handler_for_each_reply)
     EXPECT_EQ(body_of(ask(server, "POST / HTTP/1.1\r\n\r\n")), "POST2");
 }
 
-TEST(HttpServer, tells_a_head_request_the_length_alone)
+TEST(HttpServer, answers_a_head_request_with_the_length_alone)
 {
     HttpServer server;
     server.serve("/", html("12345"));
@@ -294,7 +294,7 @@ TEST(HttpServer, releases_each_time_what_has_been_asked_for_by_then)
     EXPECT_EQ(late.hear(50ms), std::nullopt) << "it was not there to be released";
 }
 
-TEST(HttpServer, says_whether_a_request_has_come)
+TEST(HttpServer, reports_whether_a_request_has_come)
 {
     HttpServer server;
     EXPECT_FALSE(server.wait_for_request("/", 1, 20ms));
@@ -346,7 +346,7 @@ TEST(HttpServer, is_a_second_origin_beside_another_one)
     EXPECT_EQ(one.requests().size(), 1u);
 }
 
-TEST(HttpServer, survives_clients_that_say_nonsense_or_leave)
+TEST(HttpServer, survives_clients_that_send_nonsense_or_leave)
 {
     HttpServer server;
     server.serve("/large", html(std::string(8 << 20, 'x')));

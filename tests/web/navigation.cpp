@@ -313,7 +313,7 @@ TEST_F(Navigation, moves_by_several_pages)
     EXPECT_EQ(place(), quoted(url("/c"))) << "there is nothing so far away";
 }
 
-TEST_F(Navigation, goes_back_over_pages_that_have_gone_on_by_themselves)
+TEST_F(Navigation, goes_back_past_pages_that_have_redirected_themselves)
 {
     server.serve("/on", html("<script>setTimeout(() => { location = '/b'; });</script>"));
     ASSERT_TRUE(view.open(url("/a")));
@@ -365,7 +365,7 @@ TEST_F(Navigation, runs_nothing_before_loading)
     EXPECT_EQ(view.console_messages(), std::vector<std::string>());
 }
 
-TEST_F(Navigation, tells_the_console_of_a_scripts_error)
+TEST_F(Navigation, reports_a_scripts_error_to_the_console)
 {
     ASSERT_TRUE(view.open(url("/b")));
     const std::pair<const char*, const char*> errors[] = {
@@ -389,7 +389,7 @@ TEST_F(Navigation, tells_the_console_of_a_scripts_error)
 
 // --- The navigation handler --------------------------------------------------------------------
 
-TEST_F(Navigation, asks_of_urls_that_the_host_sets)
+TEST_F(Navigation, asks_the_handler_about_urls_that_the_host_sets)
 {
     ask_the_gate();
     ASSERT_TRUE(view.open(url("/a")));
@@ -398,7 +398,7 @@ TEST_F(Navigation, asks_of_urls_that_the_host_sets)
               (std::vector<Question>{{"typed", url("/a")}, {"typed", url("/b")}}));
 }
 
-TEST_F(Navigation, asks_of_links_and_of_what_the_page_does)
+TEST_F(Navigation, asks_the_handler_about_links_and_navigations_of_the_page)
 {
     ASSERT_TRUE(view.open(url("/a")));
     ask_the_gate();
@@ -408,7 +408,7 @@ TEST_F(Navigation, asks_of_links_and_of_what_the_page_does)
               (std::vector<Question>{{"link_clicked", url("/b")}, {"link_clicked", url("/a")}}));
 }
 
-TEST_F(Navigation, asks_of_moves_in_the_history)
+TEST_F(Navigation, asks_the_handler_about_moves_in_the_history)
 {
     ASSERT_TRUE(view.open(url("/a")));
     ASSERT_TRUE(view.go_to(url("/b")));
@@ -422,7 +422,7 @@ TEST_F(Navigation, asks_of_moves_in_the_history)
                                      {"back_forward", url("/a")}}));
 }
 
-TEST_F(Navigation, asks_of_reloading)
+TEST_F(Navigation, asks_the_handler_about_reloading)
 {
     ASSERT_TRUE(view.open(url("/b")));
     ask_the_gate();
@@ -434,7 +434,7 @@ TEST_F(Navigation, asks_of_reloading)
                   {"reload", url("/b")}, {"reload", url("/b")}, {"redirect", url("/b")}}));
 }
 
-TEST_F(Navigation, asks_of_redirects)
+TEST_F(Navigation, asks_the_handler_about_redirects)
 {
     server.serve("/older", redirect_to("/old", 301));
     server.serve("/refresh", html("<meta http-equiv=refresh content='0; url=/b'>"));
@@ -449,7 +449,7 @@ TEST_F(Navigation, asks_of_redirects)
               (std::vector<Question>{{"typed", url("/refresh")}, {"redirect", url("/b")}}));
 }
 
-TEST_F(Navigation, asks_of_forms)
+TEST_F(Navigation, asks_the_handler_about_forms)
 {
     server.serve("/form", html("<form action=/sent method=post><input name=word value=ä></form>"));
     server.serve("/sent", html("sent"));
@@ -462,7 +462,7 @@ TEST_F(Navigation, asks_of_forms)
     EXPECT_EQ(server.requests("/sent")[0].body, "word=%C3%A4");
 }
 
-TEST_F(Navigation, asks_of_frames)
+TEST_F(Navigation, asks_the_handler_about_frames)
 {
     server.serve("/framed", html("<iframe src=/a></iframe><iframe src=/frame2></iframe>"));
     ask_the_gate();
@@ -478,7 +478,7 @@ TEST_F(Navigation, asks_of_frames)
     EXPECT_EQ(view.loads().size(), 2u) << "nothing is told of the loading of frames";
 }
 
-TEST_F(Navigation, asks_of_html_by_a_url_that_holds_it)
+TEST_F(Navigation, asks_the_handler_about_html_by_a_url_that_holds_it)
 {
     ASSERT_TRUE(view.open(url("/b")));
     ask_the_gate();
@@ -491,7 +491,7 @@ TEST_F(Navigation, asks_of_html_by_a_url_that_holds_it)
     expect_end(first, Load::STOPPED, address, "internal", -3);
 }
 
-TEST_F(Navigation, does_not_ask_of_moves_within_the_page)
+TEST_F(Navigation, does_not_ask_the_handler_about_moves_within_the_page)
 {
     ASSERT_TRUE(view.open(url("/b")));
     ask_the_gate();
@@ -735,7 +735,7 @@ TEST_F(Navigation, opens_no_window_where_the_handler_refuses)
 
 // --- Other programs, and the disk --------------------------------------------------------------
 
-TEST_F(Navigation, asks_of_urls_that_are_commands_for_the_game)
+TEST_F(Navigation, asks_the_handler_about_urls_that_are_commands_for_the_game)
 {
     server.serve("/framed", html("<iframe src='mygame://framed'></iframe>"));
     ASSERT_TRUE(view.open(url("/b")));
@@ -773,7 +773,7 @@ TEST_F(Navigation, opens_no_other_program_unless_the_policy_says_so)
     }
 }
 
-TEST_F(Navigation, says_little_of_a_page_that_calls_programs_again_and_again)
+TEST_F(Navigation, logs_little_about_a_page_that_calls_programs_again_and_again)
 {
     ASSERT_TRUE(view.open(url("/b")));
     ask_the_gate();
@@ -812,7 +812,7 @@ TEST_F(Navigation, to_the_disk_is_for_the_host_alone)
 
 // --- What is told of loading -------------------------------------------------------------------
 
-TEST_F(Navigation, tells_of_a_page_that_comes)
+TEST_F(Navigation, reports_a_page_that_loads)
 {
     ASSERT_TRUE(view.open(url("/b")));
     const std::vector<Load> all = view.loads();
@@ -824,7 +824,7 @@ TEST_F(Navigation, tells_of_a_page_that_comes)
     expect_end(0, Load::SUCCEEDED, url("/b"), "http_status", 200);
 }
 
-TEST_F(Navigation, tells_of_a_page_of_the_host)
+TEST_F(Navigation, reports_a_page_of_the_host)
 {
     ResourcePack pack({{"/index.html", "<p>hi"}});
     ASSERT_TRUE(view.open("res://pack/"));
@@ -838,7 +838,7 @@ TEST_F(Navigation, tells_of_a_page_of_the_host)
     expect_end(first, Load::FAILED, "res://pack/missing.html", "internal", -6);
 }
 
-TEST_F(Navigation, tells_of_a_page_that_a_server_does_not_have)
+TEST_F(Navigation, reports_a_page_that_a_server_does_not_have)
 {
     server.serve("/broken", {.status = 500, .body = "broken"});
     ASSERT_TRUE(view.open(url("/b")));
@@ -850,7 +850,7 @@ TEST_F(Navigation, tells_of_a_page_that_a_server_does_not_have)
     expect_end(first, Load::FAILED, url("/broken"), "http_status", 500);
 }
 
-TEST_F(Navigation, tells_errors_in_plain_text)
+TEST_F(Navigation, reports_errors_in_plain_text)
 {
     ASSERT_TRUE(view.open(url("/b")));
     view->set_url(url("/nowhere"));
@@ -859,7 +859,7 @@ TEST_F(Navigation, tells_errors_in_plain_text)
     EXPECT_EQ(end->error_string, "The server has answered with status 404");
 }
 
-TEST_F(Navigation, tells_of_a_server_that_is_not_there)
+TEST_F(Navigation, reports_a_server_that_cannot_be_reached)
 {
     const std::string gone = HttpServer().url("/");
     ASSERT_TRUE(view.open(url("/b")));
@@ -871,7 +871,7 @@ TEST_F(Navigation, tells_of_a_server_that_is_not_there)
     expect_end(first, Load::FAILED, "http://nowhere.invalid/", "connection", -105);
 }
 
-TEST_F(Navigation, tells_of_a_page_that_is_stopped)
+TEST_F(Navigation, reports_a_page_that_is_stopped)
 {
     server.serve("/endless", {.body = "<p>begins", .hold = HttpReply::END});
     ASSERT_TRUE(view.open(url("/b")));
@@ -883,7 +883,7 @@ TEST_F(Navigation, tells_of_a_page_that_is_stopped)
     expect_end(first, Load::STOPPED, url("/endless"), "internal", -3);
 }
 
-TEST_F(Navigation, tells_of_an_answer_without_a_page)
+TEST_F(Navigation, reports_an_answer_without_a_page)
 {
     server.serve("/nothing", {.status = 204});
     ASSERT_TRUE(view.open(url("/b")));
@@ -893,7 +893,7 @@ TEST_F(Navigation, tells_of_an_answer_without_a_page)
     EXPECT_EQ(place(), quoted(url("/b")));
 }
 
-TEST_F(Navigation, tells_of_the_end_only_of_what_takes_a_loadings_place)
+TEST_F(Navigation, reports_only_the_end_of_what_replaces_a_load)
 {
     ASSERT_TRUE(view.open(url("/a")));
     const size_t first = view.loads().size();
@@ -907,7 +907,7 @@ TEST_F(Navigation, tells_of_the_end_only_of_what_takes_a_loadings_place)
     EXPECT_EQ(all[first + 1].url, url("/b"));
 }
 
-TEST_F(Navigation, tells_the_callback_that_was_set_last)
+TEST_F(Navigation, calls_the_callback_that_was_set_last)
 {
     ASSERT_TRUE(view.open(url("/a")));
     const auto other = std::make_shared<LoadLog>();
@@ -934,7 +934,7 @@ TEST_F(Navigation, calls_back_on_one_thread_that_is_not_the_hosts)
 
 // --- Views -------------------------------------------------------------------------------------
 
-TEST_F(Navigation, begins_anew_when_the_view_is_loaded_again)
+TEST_F(Navigation, starts_again_when_the_view_is_loaded_again)
 {
     ASSERT_TRUE(view.open(url("/a")));
     ASSERT_TRUE(view.go_to(url("/b")));

@@ -187,7 +187,7 @@ TEST_F(Objects, published_while_a_page_loads_come_to_it)
     EXPECT_EQ(view.evaluate("$g.player.heal(1)"), "1");
 }
 
-TEST_F(Objects, published_later_come_to_the_open_page_which_is_told)
+TEST_F(Objects, published_later_come_to_the_open_page_which_is_notified)
 {
     ASSERT_TRUE(open());
     EXPECT_EQ(view.evaluate("'player' in $g"), "false");
@@ -220,7 +220,7 @@ TEST_F(Objects, of_a_taken_name_are_refused_before_the_loading_too)
     EXPECT_EQ(view.evaluate("$g.player.health.value"), "100");
 }
 
-TEST_F(Objects, under_another_name_than_their_record_s_can_tell_pages_nothing)
+TEST_F(Objects, under_another_name_than_their_record_s_cannot_notify_pages)
 {
     EXPECT_TRUE(add("hero", player));
     ASSERT_TRUE(open());
@@ -232,7 +232,7 @@ TEST_F(Objects, under_another_name_than_their_record_s_can_tell_pages_nothing)
     EXPECT_TRUE(view.wait_for_console("Uncaught no such object name player"));
 }
 
-TEST_F(Objects, go_when_they_are_withdrawn_and_pages_are_told)
+TEST_F(Objects, go_when_they_are_withdrawn_and_pages_are_notified)
 {
     add(player);
     ASSERT_TRUE(open());
@@ -298,7 +298,7 @@ TEST_F(Objects, may_be_withdrawn_with_their_records_freed_during_a_call)
     EXPECT_EQ(brief, nullptr);
 }
 
-TEST_F(Objects, may_come_again_and_tell_each_thing_once)
+TEST_F(Objects, may_come_again_and_report_each_change_once)
 {
     add(player);
     ASSERT_TRUE(open());
@@ -475,7 +475,7 @@ TEST_F(Objects, are_announced_once_the_page_s_own_scripts_listen_however_late_th
     EXPECT_TRUE(view.wait_for_console("slow true")) << "the objects came first";
 }
 
-TEST_F(Objects, are_announced_also_where_the_page_stops_what_tells_that_it_is_parsed)
+TEST_F(Objects, are_announced_also_where_the_page_stops_the_event_of_its_parsing)
 {
     const std::string listen =
         "<script>addEventListener('godot.ready', () => console.log('ready'))</script>";
@@ -494,7 +494,7 @@ TEST_F(Objects, are_announced_also_where_the_page_stops_what_tells_that_it_is_pa
 
 // --- Hostile pages and other clients
 
-TEST_F(Objects, bear_a_page_that_goes_for_their_lives)
+TEST_F(Objects, survive_a_page_that_attacks_them)
 {
     allow_messages_matching("a page has sent ");
     add(player);
@@ -742,7 +742,7 @@ TEST_F(Passages, take_values_to_properties_and_back)
             << passage;
 }
 
-TEST_F(Objects, are_told_what_the_host_changes)
+TEST_F(Objects, are_notified_of_changes_by_the_host)
 {
     add(player);
     ASSERT_TRUE(open());
@@ -880,7 +880,7 @@ TEST_F(Objects, throw_at_a_page_for_what_cannot_be_sent)
 }
 
 // A page may speak to the channel without the library's script.
-TEST_F(Objects, are_not_harmed_by_messages_that_the_channel_cannot_read)
+TEST_F(Objects, survive_messages_that_the_channel_cannot_read)
 {
     add(player);
     ASSERT_TRUE(open());
@@ -892,7 +892,7 @@ TEST_F(Objects, are_not_harmed_by_messages_that_the_channel_cannot_read)
     }
 }
 
-TEST_F(Objects, tell_a_page_that_has_given_too_few_or_too_many_arguments)
+TEST_F(Objects, warn_a_page_that_passes_too_few_or_too_many_arguments)
 {
     add(player);
     ASSERT_TRUE(open());
@@ -1099,7 +1099,7 @@ TEST_F(Objects, of_one_name_differ_from_view_to_view)
 }
 
 // What the library fills in is in the record, so the view that it was published to last has it.
-TEST_F(Objects, in_two_views_serve_both_but_tell_the_last_one_only)
+TEST_F(Objects, in_two_views_serve_both_but_notify_only_the_last_one)
 {
     HostWebView second;
     add(player);

@@ -181,7 +181,7 @@ TEST_F(PublishedObjects, serve_one_scene_after_the_other)
         EXPECT_NE(message, "player.hit(3,axe)") << "the scene that has gone hears too";
 }
 
-TEST_F(PublishedObjects, tell_bindings_what_the_host_changes)
+TEST_F(PublishedObjects, notify_bindings_of_changes_by_the_host)
 {
     publish(web, player);
     ASSERT_TRUE(web.open("about:blank"));
@@ -192,7 +192,7 @@ TEST_F(PublishedObjects, tell_bindings_what_the_host_changes)
     EXPECT_EQ(player.writes, 0) << "the host is told of its own change";
 }
 
-TEST_F(PublishedObjects, tell_the_host_and_bindings_what_a_scene_writes)
+TEST_F(PublishedObjects, notify_the_host_and_bindings_of_writes_by_a_scene)
 {
     publish(web, player);
     ASSERT_TRUE(web.open("about:blank"));
@@ -230,7 +230,7 @@ TEST_F(PublishedObjects, are_heard_when_the_host_emits_signals)
     EXPECT_TRUE(says("player.hit(3,axe)"));
 }
 
-TEST_F(PublishedObjects, that_are_not_there_are_null)
+TEST_F(PublishedObjects, that_do_not_exist_are_null)
 {
     publish(web, player);
     ASSERT_TRUE(web.open("about:blank"));

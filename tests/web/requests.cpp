@@ -88,7 +88,7 @@ TEST_F(PageRequests, the_location_is_refused_with_a_message)
     EXPECT_EQ(view.evaluate(WHERE_AM_I), "\"code 1\"");
 }
 
-TEST_F(PageRequests, each_request_is_refused_anew)
+TEST_F(PageRequests, each_request_is_refused_again)
 {
     open();
     // What has been refused is not kept, neither for the process nor on disk.

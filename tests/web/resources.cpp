@@ -265,7 +265,7 @@ TEST_F(Resources, that_are_missing_fail_parts_of_the_page)
     EXPECT_EQ(view.evaluate("1 + 1"), "2");
 }
 
-TEST(ResourceCallback, that_gives_nothing_means_that_there_is_nothing)
+TEST(ResourceCallback, that_returns_nothing_serves_no_resource)
 {
     uint8_t byte = 'x';
     const std::map<std::string, std::pair<uint8_t*, uint64_t>> answers = {
@@ -357,7 +357,7 @@ TEST(ResourceCallback, need_not_care_for_the_flag)
         EXPECT_EQ(view.evaluate("ask('file')"), quoted("application/octet-stream x"));
 }
 
-TEST(ResourceCallback, that_throws_means_that_there_is_nothing)
+TEST(ResourceCallback, that_throws_serves_no_resource)
 {
     for (int i = 0; i < 2; ++i)
         expect_message("marlune: the pack is torn (the call was given up and returns its default)");

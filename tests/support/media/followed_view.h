@@ -22,7 +22,7 @@ namespace marlune::test {
 // Numbers that hosts set and get.
 enum FillMode { STRETCH, PRESERVE_ASPECT_FIT, PRESERVE_ASPECT_CROP };
 
-/** What a view has told its host, once. */
+/** One call of a view to its host. */
 struct ViewEvent {
     std::string name;   // of the callback
     std::string value;  // its arguments as text, with spaces between them
@@ -31,7 +31,7 @@ struct ViewEvent {
 
 std::ostream& operator<<(std::ostream& out, const ViewEvent& event);
 
-/** All that a view has told, in the order in which it came. For any thread. */
+/** All calls of a view to its host, in their order. For any thread. */
 class EventLog {
 public:
     template <typename... Values>
@@ -73,7 +73,7 @@ public:
     std::vector<ViewEvent> events() const { return log_->all(); }
 
     /** See EventLog::texts(). */
-    std::vector<std::string> told(size_t first = 0) const { return log_->texts(first); }
+    std::vector<std::string> reports(size_t first = 0) const { return log_->texts(first); }
 
     /** Waits for an event, counted from the event `first` on. */
     testing::AssertionResult wait_for_event(const std::string& name, const std::string& value,
@@ -82,7 +82,7 @@ public:
         if (this->draw_until([&] { return log_->has(name, value, first); }, PATIENCE))
             return testing::AssertionSuccess();
         return testing::AssertionFailure()
-            << name << " " << value << " was not told, but " << log_->describe(first);
+            << name << " " << value << " was not reported, but " << log_->describe(first);
     }
 
     testing::AssertionResult wait_for_event(const std::string& name, size_t first = 0)
@@ -90,7 +90,7 @@ public:
         if (this->draw_until([&] { return log_->has(name, first); }, PATIENCE))
             return testing::AssertionSuccess();
         return testing::AssertionFailure()
-            << name << " was not told, but " << log_->describe(first);
+            << name << " was not reported, but " << log_->describe(first);
     }
 
     /** Waits until a pixel of the texture has a colour. */

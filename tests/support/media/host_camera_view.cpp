@@ -71,7 +71,7 @@ testing::AssertionResult HostCameraView::goes_on()
     return testing::AssertionFailure()
         << "the picture stands still"
         << (first ? " at frame " + std::to_string(*first) : ", and is none of a camera's")
-        << "; see " << keep_picture(picture()) << "; told was " << log()->describe();
+        << "; see " << keep_picture(picture()) << "; reported was " << log()->describe();
 }
 
 testing::AssertionResult HostCameraView::wait_for_colour_at(uint32_t x, uint32_t y, Colour colour)

@@ -79,7 +79,8 @@ testing::AssertionResult HostVideoView::wait_until_loaded(size_t first)
 {
     if (draw_until([&] { return is_loaded(facade().get_media_status()); }, PATIENCE))
         return testing::AssertionSuccess();
-    return testing::AssertionFailure() << "it is not loaded, told was " << log()->describe(first);
+    return testing::AssertionFailure()
+        << "it is not loaded, reported was " << log()->describe(first);
 }
 
 std::optional<int> HostVideoView::frame_number()
