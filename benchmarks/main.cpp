@@ -8,11 +8,11 @@
 //
 // The project root, which contains Qt's files, is read from MARLUNE_PROJECT_ROOT.
 
-#include "bench_view.h"
-#include "fresh_process.h"
-#include "measures.h"
-#include "raw_scheme.h"
-#include "screen_painter.h"
+#include "measures/measures.h"
+#include "ours/view.h"
+#include "raw/scheme.h"
+#include "support/fresh_process.h"
+#include "support/screen_painter.h"
 
 #include <marlune/app.h>
 
@@ -33,7 +33,7 @@ namespace {
 struct Arguments {
     std::string only;
     std::string sample;
-    Thoroughness much;
+    Effort effort;
     bool verbose = false;
 
     bool want(std::string_view group) const
@@ -53,7 +53,7 @@ Arguments parse(int count, char** values)
         else if (word == "--sample" && has_value)
             arguments.sample = values[++i];
         else if (word == "--quick")
-            arguments.much.quick = true;
+            arguments.effort.quick = true;
         else if (word == "--verbose")
             arguments.verbose = true;
         else
@@ -73,19 +73,19 @@ void report_errors_only(QtMsgType type, const QMessageLogContext&, const QString
 void measure_processes(Table& table, const Arguments& arguments)
 {
     if (arguments.want("start")) {
-        measure_start(table, arguments.much);
-        measure_page_start(table, arguments.much);
+        measure_start(table, arguments.effort);
+        measure_page_start(table, arguments.effort);
     }
     if (arguments.want("memory")) {
-        measure_memory(table, arguments.much);
-        measure_page_memory(table, arguments.much);
+        measure_memory(table, arguments.effort);
+        measure_page_memory(table, arguments.effort);
     }
 }
 
 // The benchmarks in this process, in this order.
 constexpr struct {
     const char* name;
-    void (*measure)(Table& table, Thoroughness much, Gpu& gpu);
+    void (*measure)(Table& table, Effort effort, Gpu& gpu);
 } groups[] = {
     {"calls", measure_calls},           {"frames", measure_frames},
     {"views", measure_views},           {"web-calls", measure_web_calls},
@@ -103,7 +103,7 @@ void measure_here(Table& table, const Arguments& arguments)
     install_raw_scheme(static_cast<QObject*>(MARLUNE_CTX));
     for (const auto& [name, measure] : groups) {
         if (arguments.want(name))
-            measure(table, arguments.much, gpu);
+            measure(table, arguments.effort, gpu);
     }
 }
 

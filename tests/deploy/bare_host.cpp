@@ -11,7 +11,7 @@
 #define STB_IMAGE_IMPLEMENTATION
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #include "../../examples/game.h"
-#include "support/fake_camera.h"
+#include "support/media/fake_camera.h"
 
 #include <stb_image.h>
 

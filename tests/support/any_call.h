@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/vulkan_host.h"
+#include "support/vulkan/vulkan_host.h"
 
 #include <marlune/mquick_view.h>
 

@@ -1,10 +1,12 @@
 #pragma once
 
-#include "support/vulkan_host.h"
+#include "support/getters.h"
+#include "support/vulkan/vulkan_host.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,21 +14,15 @@
 /** For tests that call members of a facade from within its callbacks, each pair in turn. */
 namespace marlune::test {
 
+/** What one test calls: one member of a facade that acts, or all that only ask and store. */
 template <typename Facade>
 struct Member {
     const char* name;
-    void (*call)(Facade& view);
-};
-
-/** What one test calls: one member that acts, or all that only ask and store. */
-template <typename Facade>
-struct MemberGroup {
-    const char* name;
-    std::vector<Member<Facade>> members;
+    std::function<void(Facade& view)> call;
 };
 
 template <typename Facade>
-std::string name_of(const testing::TestParamInfo<MemberGroup<Facade>>& info)
+std::string name_of(const testing::TestParamInfo<Member<Facade>>& info)
 {
     return info.param.name;
 }
@@ -38,22 +34,21 @@ struct Occasion {
     void (*provoke)(HostView& view);
 };
 
-/** Calls the members in the first call of one callback. Callbacks share it, and outlive their test. */
+/** Calls a member in the first call of one callback. Callbacks share it, and outlive their test. */
 template <typename Facade>
 class CallerInCallback {
 public:
-    CallerInCallback(const Facade& view, std::string callback, MemberGroup<Facade> group)
-        : view_(view), callback_(std::move(callback)), group_(std::move(group))
+    CallerInCallback(const Facade& view, std::string callback, Member<Facade> member)
+        : view_(view), callback_(std::move(callback)), member_(std::move(member))
     {
     }
 
     void on(const char* name)
     {
-        // What the members give rise to comes here too.
+        // What the member gives rise to comes here too.
         if (callback_ != name || std::exchange(began_, true))
             return;
-        for (const Member<Facade>& member : group_.members)
-            member.call(view_);
+        member_.call(view_);
         called_ = true;
     }
 
@@ -62,53 +57,40 @@ public:
 private:
     Facade view_;
     const std::string callback_;
-    const MemberGroup<Facade> group_;
+    const Member<Facade> member_;
     bool began_ = false;
     std::atomic<bool> called_ = false;
 };
 
-/** The members of any view that neither load nor take anything away. */
+/** Calls the members of any view that neither load nor take anything away. */
 template <typename Facade>
-std::vector<Member<Facade>> members_of_any_view()
+void call_members_of_any_view(Facade& view)
 {
-    return {
-        {"get_resolution", [](Facade& view) { view.get_resolution(); }},
-        {"get_refresh_rate", [](Facade& view) { view.get_refresh_rate(); }},
-        {"get_mips_count", [](Facade& view) { view.get_mips_count(); }},
-        {"get_texture", [](Facade& view) { view.get_texture(); }},
-        {"get_physical_screens", [](Facade& view) { view.get_physical_screens(); }},
-        {"set_resolution", [](Facade& view) { view.set_resolution(view.get_resolution()); }},
-        {"set_refresh_rate", [](Facade& view) { view.set_refresh_rate(60); }},
-        {"set_mipmaps_enabled", [](Facade& view) { view.set_mipmaps_enabled(false); }},
-        {"set_view_monitor", [](Facade& view) { view.set_view_monitor(host().instance()); }},
-        {"set_statistics_monitor",
-         [](Facade& view) {
-             view.set_statistics_monitor(host().physical_device(), host().device());
-         }},
-        {"set_func_javascript_console_log",
-         [](Facade& view) {
-             view.set_func_javascript_console_log([](int, std::string, int, std::string) {});
-         }},
-        {"mouse_move", [](Facade& view) { view.mouse_move(1, 1); }},
-        {"mouse_wheel_up", [](Facade& view) { view.mouse_wheel_up(1, 1); }},
-        {"mouse_wheel_down", [](Facade& view) { view.mouse_wheel_down(1, 1); }},
-        {"mouse_click", [](Facade& view) { view.mouse_click(0, 0, 1, 1); }},
-        {"key_event", [](Facade& view) { view.key_event(0x41, 0, "a"); }},
-    };
+    Getters<&Facade::get_resolution, &Facade::get_refresh_rate, &Facade::get_mips_count,
+            &Facade::get_texture, &Facade::get_physical_screens>::call(view);
+    view.set_resolution(view.get_resolution());
+    view.set_refresh_rate(60);
+    view.set_mipmaps_enabled(false);
+    view.set_view_monitor(host().instance());
+    view.set_statistics_monitor(host().physical_device(), host().device());
+    view.set_func_javascript_console_log([](int, std::string, int, std::string) {});
+    view.mouse_move(1, 1);
+    view.mouse_wheel_up(1, 1);
+    view.mouse_wheel_down(1, 1);
+    view.mouse_click(0, 0, 1, 1);
+    view.key_event(0x41, 0, "a");
 }
 
-/** A group for each member that acts, and one for all others. */
+/** The members that act, and one entry for all others. */
 template <typename Facade>
-std::vector<MemberGroup<Facade>> groups_of(std::vector<Member<Facade>> acting,
-                                           std::vector<Member<Facade>> others)
+std::vector<Member<Facade>> with_others(std::vector<Member<Facade>> acting,
+                                        std::function<void(Facade& view)> call_others)
 {
-    const auto common = members_of_any_view<Facade>();
-    others.insert(others.end(), common.begin(), common.end());
-    std::vector<MemberGroup<Facade>> groups;
-    for (const Member<Facade>& member : acting)
-        groups.push_back({member.name, {member}});
-    groups.push_back({"all_others", std::move(others)});
-    return groups;
+    acting.push_back({"all_others", [call_others](Facade& view) {
+                          call_others(view);
+                          call_members_of_any_view(view);
+                      }});
+    return acting;
 }
 
 }  // namespace marlune::test

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/endurance.h"
+#include "support/process/endurance.h"
 
 #include <QString>
 #include <QtLogging>

@@ -16,12 +16,17 @@ std::chrono::milliseconds interval_of(const MView& view)
 
 }  // namespace
 
+void set_up(const MView& view, Size resolution, VulkanHost& host)
+{
+    view.set_view_monitor(host.instance());
+    view.set_statistics_monitor(host.physical_device(), host.device());
+    view.set_resolution({resolution.width, resolution.height});
+}
+
 HostViewBase::HostViewBase(MView& view, Size resolution, VulkanHost& host)
     : view_(view), host_(host), resolution_(resolution)
 {
-    view_.set_view_monitor(host.instance());
-    view_.set_statistics_monitor(host.physical_device(), host.device());
-    view_.set_resolution({resolution.width, resolution.height});
+    set_up(view, resolution, host);
     view_.set_func_javascript_console_log(write_to(console_));
 }
 

@@ -3,7 +3,7 @@
 #include "support/console_log.h"
 #include "support/image.h"
 #include "support/library.h"
-#include "support/vulkan_host.h"
+#include "support/vulkan/vulkan_host.h"
 #include "support/wait.h"
 
 #include <marlune/mquick_view.h>
@@ -19,6 +19,9 @@ namespace marlune::test {
 struct Size {
     uint32_t width = 512, height = 256;
 };
+
+/** Gives a view a device and a resolution, as each host does before it loads. */
+void set_up(const MView& view, Size resolution = {}, VulkanHost& host = test::host());
 
 /** What all kinds of view of the tests have in common. See HostViewOf. */
 class HostViewBase {

@@ -1,8 +1,8 @@
 #include "support/library.h"
 
 #include "support/message_log.h"
-#include "support/processes.h"
-#include "support/vulkan_host.h"
+#include "support/process/processes.h"
+#include "support/vulkan/vulkan_host.h"
 
 #include <marlune/app.h>
 #include <marlune/mquick_view.h>

@@ -1,6 +1,6 @@
-#include "support/library.h"
+#include "support/process/scenarios.h"
 
 int main(int argc, char** argv)
 {
-    return marlune::test::run_tests(argc, argv);
+    return marlune::test::run_scenario_or_tests(argc, argv);
 }

@@ -15,6 +15,7 @@
 namespace marlune::test {
 
 /** Ends with the last test: what Qt has at the end of the process does not bear it that late. */
+template <typename Application>
 class ApplicationOfTests : public testing::Environment {
 public:
     void TearDown() override { application_.reset(); }
@@ -23,15 +24,16 @@ private:
     int argument_count_ = 1;
     char name_[5] = "test";
     char* arguments_[2] = {name_, nullptr};
-    std::unique_ptr<QCoreApplication> application_ =
-        std::make_unique<QCoreApplication>(argument_count_, arguments_);
+    std::unique_ptr<Application> application_ =
+        std::make_unique<Application>(argument_count_, arguments_);
 };
 
 /** Makes the application object, the first time. */
-inline void have_application()
+template <typename Application = QCoreApplication>
+void have_application()
 {
     static const auto* const environment =
-        testing::AddGlobalTestEnvironment(new ApplicationOfTests);
+        testing::AddGlobalTestEnvironment(new ApplicationOfTests<Application>);
     static_cast<void>(environment);
 }
 

@@ -17,13 +17,13 @@ execute_process(COMMAND c++filt INPUT_FILE "${LIBRARY}.symbols"
 string(REPLACE "\n" ";" names "${names}")
 list(REMOVE_DUPLICATES names)  # a constructor has two symbols of one name
 
-file(STRINGS "${CMAKE_CURRENT_LIST_DIR}/../exports.txt" expected)
+file(STRINGS "${CMAKE_CURRENT_LIST_DIR}/../deploy/exports.txt" expected)
 list(FILTER expected EXCLUDE REGEX "^typeinfo name for ")
 # Integers of 64 bits are "long" elsewhere.
 list(TRANSFORM expected REPLACE "long long" "long")
 list(TRANSFORM names REPLACE "long long" "long")
 compare_lists("The exported names for Windows are" EXPECTED expected ACTUAL names
-    REMEDY "Mend the library, or tests/exports.txt where the change is wanted")
+    REMEDY "Mend the library, or tests/deploy/exports.txt where the change is wanted")
 
 string(REGEX MATCHALL "DLL Name: [^\n]+" libraries "${headers}")
 list(TRANSFORM libraries REPLACE "DLL Name: " "")

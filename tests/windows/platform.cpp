@@ -121,12 +121,12 @@ protected:
 
 }  // namespace
 
-TEST(DebugPipe, costs_one_line_when_nobody_serves_it)
+TEST(DebugPipe, logs_one_line_without_a_server)
 {
     EXPECT_EQ(printed_by(start_debug_pipe), "Failed to connect to named pipe. Error: 2\n");
 }
 
-TEST(DebugPipe, says_so_when_its_reader_has_another_writer)
+TEST(DebugPipe, logs_that_its_reader_has_another_writer)
 {
     Reader reader;
     const Connection other;
@@ -134,13 +134,13 @@ TEST(DebugPipe, says_so_when_its_reader_has_another_writer)
     EXPECT_EQ(printed_by(start_debug_pipe), "Failed to connect to named pipe. Error: 231\n");
 }
 
-TEST(DebugPipe, says_so_when_its_reader_has_left_before_the_start)
+TEST(DebugPipe, logs_that_its_reader_has_left_before_the_start)
 {
     Reader().leave();
     EXPECT_EQ(printed_by(start_debug_pipe), "Failed to connect to named pipe. Error: 2\n");
 }
 
-TEST(DebugPipe, connects_at_the_start_and_says_nothing)
+TEST(DebugPipe, connects_at_the_start_and_logs_nothing)
 {
     Reader reader;
     EXPECT_EQ(printed_by(start_debug_pipe), "");
@@ -248,7 +248,7 @@ TEST(DebugPipe, writes_from_a_thread_of_its_own)
     EXPECT_EQ(reader.read(7), "one two");
 }
 
-TEST_F(LibraryDirectory, is_set_as_it_stands)
+TEST_F(LibraryDirectory, is_set_without_changes)
 {
     platform::set_library_directory("C:/game/addons/webview/");
     EXPECT_EQ(library_directory(), "C:/game/addons/webview/");
