@@ -39,7 +39,7 @@ Item {
     // True once the browser item has its settings and follows the view.
     property bool started
     // This scene has found out that the engine uses software rendering.
-    property bool engineDrawsInMemory
+    property bool usesSoftwareRendering
     // The host's device cannot import the frames that the engine makes.
     property bool undrawable
 
@@ -305,12 +305,12 @@ Item {
         browser.active = false;
     }
 
-    function decide(engineDrawsOnHardware: bool): void {
-        undrawable = engineDrawsOnHardware;
+    function decide(engineUsesGpu: bool): void {
+        undrawable = engineUsesGpu;
         if (undrawable)
             waiting = [];
-        engineDrawsInMemory = !engineDrawsOnHardware;
-        if (engineDrawsOnHardware)
+        usesSoftwareRendering = !engineUsesGpu;
+        if (engineUsesGpu)
             console.warn(`${view.objectName}: the web engine renders on the GPU, but the host's Vulkan `
                          + `device cannot import its frames. Create the device with ${memoryExtension}, `
                          + "or set GPU_DISABLED before the start.");

@@ -164,7 +164,7 @@ void WebView::publish_pending()
 
 bool WebView::uses_software_rendering() const
 {
-    return root_item() && root_item()->property("engineDrawsInMemory").toBool();
+    return root_item() && root_item()->property("usesSoftwareRendering").toBool();
 }
 
 bool WebView::has_pages()
