@@ -87,8 +87,8 @@ public:
      * Sets the host's Vulkan instance. Call it first when you set a view up. Blocks.
      *
      * Setting the same instance again has no effect. Setting another one releases a loaded scene
-     * and its texture. If the instance cannot be used, the library logs a critical message ("Failed
-     * to create VkInstance").
+     * and its texture. If the instance cannot be used, the library logs the critical message
+     * "Failed to create VkInstance".
      */
     void set_view_monitor(VkInstance& instance) const;
 
