@@ -39,8 +39,8 @@
  * calls in the order in which they were made. The library fills them in once, under a ValueLock: in
  * webchannel_registerObject(), or in the view's first load() if that comes later. A thread that may
  * access these callbacks at that moment must hold a ValueLock while it copies them, and call the
- * copies without the lock. The Qt thread may read and write a record's value at any time: hold a
- * ValueLock while another thread reads or writes it.
+ * copies without the lock. The Qt thread may read and write a record's value at any time: every
+ * other thread must hold a ValueLock while it reads or writes a value.
  */
 namespace marlune::db {
 

@@ -69,10 +69,10 @@ public:
 
     /**
      * Sets the source: a URL ("file:///a b.mp4", "https://...") or the path of a file. Pipes,
-     * terminals and directories are refused with error 1. Returns before the source has loaded;
-     * callbacks report the progress. Stops what is playing; the new source plays after play(). In a
-     * view without a scene the source is loaded as well, and set_auto_play() determines whether
-     * load() starts it.
+     * terminals and directories are refused with error 1. Blocks, but returns before the source has
+     * loaded; callbacks report the progress. Stops what is playing; the new source plays after
+     * play(). In a view without a scene the source is loaded as well, and set_auto_play()
+     * determines whether load() starts it.
      *
      * In a callback it returns at once and takes effect after the callback has returned. The same
      * applies to later calls of that callback that act on the player; they keep their order.

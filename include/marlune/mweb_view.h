@@ -78,7 +78,7 @@ public:
 
     /**
      * Navigates to an absolute URL; before load(), sets the first URL. Setting the current URL
-     * loads it again. Returns before the page has loaded; the callback of
+     * loads it again. Blocks, but returns before the page has loaded; the callback of
      * set_func_loading_changed() reports the progress. A URL without a scheme is not loaded, and
      * the library logs a warning.
      */
@@ -92,10 +92,10 @@ public:
 
     /**
      * Loads an HTML text as if it came from `base_url`, against which its relative URLs are
-     * resolved; if `base_url` is empty, they are not resolved. Returns before the page has loaded.
-     * Does nothing before load(). The engine accepts up to 2 MB, where every byte that is not a
-     * letter, a digit or one of a few punctuation characters counts as three; a larger text is
-     * reported as a failed load. Serve larger pages through the "res" scheme.
+     * resolved; if `base_url` is empty, they are not resolved. Blocks, but returns before the page
+     * has loaded. Does nothing before load(). The engine accepts up to 2 MB, where every byte that
+     * is not a letter, a digit or one of a few punctuation characters counts as three; a larger
+     * text is reported as a failed load. Serve larger pages through the "res" scheme.
      */
     void load_html(std::string html, std::string base_url) const;
 
