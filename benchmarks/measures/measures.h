@@ -8,7 +8,7 @@
 
 namespace marlune::bench {
 
-/** How many samples are taken: a tenth of them for a quick look. */
+/** The number of samples: a tenth of them for quick results. */
 struct Effort {
     bool quick = false;
 
@@ -32,7 +32,7 @@ void measure_memory(Table& table, Effort effort);
 void measure_page_start(Table& table, Effort effort);
 void measure_page_memory(Table& table, Effort effort);
 
-// What such a process does: its sample, as one or more numbers.
+// The work of such a process: takes its sample, and returns one or more numbers.
 using Numbers = std::vector<double>;
 Numbers start_of_library();
 Numbers start_of_raw_qt();

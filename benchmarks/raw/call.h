@@ -7,7 +7,7 @@
 
 namespace marlune::bench {
 
-/** Runs `work` on the thread of `object`, by Qt's own blocking connection, and returns its result. */
+/** Runs `work` on the thread of `object`, by Qt's own blocking connection. Returns its result. */
 template <typename Work>
 auto call(QObject* object, Work work)
 {

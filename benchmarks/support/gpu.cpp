@@ -13,7 +13,7 @@ Gpu::Gpu()
                                     .pApplicationInfo = &application};
     vulkan::check(vkCreateInstance(&info, nullptr, &instance), "vkCreateInstance");
     physical_device = vulkan::first_physical_device(instance);
-    // The extension lets the device take the frames of web pages that the web engine draws on a GPU.
+    // The extension lets the device import frames of web pages that the engine renders on a GPU.
     device = vulkan::create_device(physical_device, {"VK_KHR_external_memory_fd"});
 }
 

@@ -42,7 +42,7 @@ double processor_time_of_process()
 {
     timespec time{};
     if (clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time) != 0)
-        throw std::runtime_error("cannot read the processor time of this process");
+        throw std::runtime_error("cannot read the CPU time of this process");
     return 1000.0 * static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e6;
 }
 

@@ -1,4 +1,4 @@
-// Turns a QML source into its stored form: encipher PLAIN STORED. Runs on the machine that builds.
+// Converts a QML source into its stored form: encipher PLAIN STORED. Runs on the build machine.
 
 #include "views/qml_cipher.h"
 

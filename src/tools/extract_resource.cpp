@@ -1,5 +1,6 @@
-// Writes what Qt WebChannel's library carries, and files, into one: extract_resource FILE INPUT... Runs on
-// the machine that builds, so that Qt's part always is that of the Qt that is built against.
+// Writes the script of Qt WebChannel's library and the given files into one file: extract_resource
+// FILE INPUT... Runs on the build machine, so that the script always belongs to the Qt version of
+// the build.
 
 #include <QFile>
 #include <QWebChannel>

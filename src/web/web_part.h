@@ -15,7 +15,10 @@ void set_up_profile();
 /** True while a web view has a page. */
 bool has_pages();
 
-/** Closes all pages that the host has left open. After the event loop, before the engine is ended. */
+/**
+ * Closes all pages that the host has left open. Call after the event loop has ended and before the
+ * engine is stopped.
+ */
 void close_pages();
 
 }  // namespace marlune::web_part
