@@ -35,7 +35,7 @@ public:
      */
     bool wait_for_end(std::chrono::seconds limit);
 
-    /** Waits until calls are served; for ever where nobody starts the thread. */
+    /** Waits until calls are served, which never happens if nothing starts the thread. */
     void wait_until_ready() const;
 
     /** True from start() or enter() on. */
