@@ -84,6 +84,7 @@ function(marlune_install_addon)
         "set(IMPORT_SCANNER [==[${tools}/qmlimportscanner]==])\n"
         "set(QT_CONFIGURATION [==[${configuration}]==])\n"
         "set(QT_VERSION [==[${Qt6_VERSION}]==])\n"
+        "set(FULL_VERSION [==[${MARLUNE_FULL_VERSION}]==])\n"
         "set(SYSTEM [==[${CMAKE_SYSTEM_NAME} ${CMAKE_SYSTEM_PROCESSOR}]==])\n"
         "set(SOURCE_DIR [==[${PROJECT_SOURCE_DIR}]==])\n"
         "set(LIBRARY_NAME [==[$<TARGET_FILE_NAME:marlune>]==])\n")

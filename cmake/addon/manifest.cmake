@@ -32,8 +32,6 @@ function(addon_find_required_version prefix result)
 endfunction()
 
 function(addon_write_manifest)
-    file(STRINGS "${SOURCE_DIR}/src/runtime/app.cpp" version REGEX "^std::string version = ")
-    string(REGEX REPLACE ".*\"(.*)\".*" "\\1" version "${version}")
     addon_list_packages(packages)
     addon_find_required_version(GLIBC glibc)
     addon_find_required_version(GLIBCXX glibcxx)
@@ -67,7 +65,7 @@ function(addon_write_manifest)
     string(REGEX REPLACE ",\n$" "" sizes "${sizes}")
     file(CONFIGURE OUTPUT "${ADDON}/manifest.json" @ONLY CONTENT [[{
   "name": "marlune",
-  "version": "@version@",
+  "version": "@FULL_VERSION@",
   "qt": "@QT_VERSION@",
   "system": "@SYSTEM@",
   "needs": {"GLIBC": "@glibc@", "GLIBCXX": "@glibcxx@"},

@@ -241,8 +241,8 @@ TEST_F(PublishedObjects, that_do_not_exist_are_null)
 TEST_F(PublishedObjects, that_are_not_there_cannot_be_called)
 {
     expect_message(
-        "cannot call method 'nobody.heal', no web view publishes the object. Look for its "
-        "name in PublishedObjects.names.");
+        "cannot call method 'nobody.heal', no web view publishes the object. See "
+        "PublishedObjects.names for the published objects.");
     ASSERT_TRUE(load_scene());
     EXPECT_TRUE(says_to("u", "undefined undefined"));
 }
