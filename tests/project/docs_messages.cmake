@@ -1,0 +1,48 @@
+# Checks that docs/messages.md has each message that the library logs by qWarning() or qCritical(), with all
+# fixed pieces of its text. Messages that the code composes in other ways are not checked.
+cmake_minimum_required(VERSION 3.25)
+
+# No host can see the first; the text of the second is Qt's own.
+set(not_documented "prepare_context is virtual" "%s: line %d: %s")
+
+# Reads a file without the characters that have a meaning in CMake's lists.
+function(read_plainly file result)
+    file(READ "${file}" text)
+    string(REPLACE "[" "<open>" text "${text}")
+    string(REPLACE "]" "<close>" text "${text}")
+    string(REPLACE ";" "<semicolon>" text "${text}")
+    set(${result} "${text}" PARENT_SCOPE)
+endfunction()
+
+read_plainly("${SOURCE_DIR}/docs/messages.md" documented)
+file(GLOB_RECURSE sources "${SOURCE_DIR}/src/*.cpp" "${SOURCE_DIR}/src/*.h")
+set(checked 0)
+set(missing "")
+foreach(source IN LISTS sources)
+    read_plainly("${source}" code)
+    string(REPLACE "\\\"" "<quote>" code "${code}")
+    string(REGEX REPLACE "\"[ \n]*\"" "" code "${code}")  # literals that the compiler joins
+    string(REGEX MATCHALL "q(Warning|Critical)\\([ \n]*\"[^\"]+\"" calls "${code}")
+    foreach(call IN LISTS calls)
+        string(REGEX REPLACE "^[^\"]*\"(.*)\"$" "\\1" text "${call}")
+        if(text IN_LIST not_documented)
+            continue()
+        endif()
+        math(EXPR checked "${checked} + 1")
+        string(REGEX REPLACE "^(%s|marlune): " "" pieces "${text}")
+        string(REGEX REPLACE "%[.0-9]*[a-z]+" ";" pieces "${pieces}")
+        foreach(piece IN LISTS pieces)
+            string(REPLACE "<quote>" "\"" piece "${piece}")
+            string(FIND "${documented}" "${piece}" place)
+            if(place EQUAL -1)
+                list(APPEND missing "${text}")
+                break()
+            endif()
+        endforeach()
+    endforeach()
+endforeach()
+if(missing OR checked EQUAL 0)
+    list(JOIN missing "\n  " missing)
+    string(REPLACE "<semicolon>" ";" missing "${missing}")
+    message(FATAL_ERROR "Of ${checked} messages, docs/messages.md lacks:\n  ${missing}\nCorrect it there.")
+endif()
