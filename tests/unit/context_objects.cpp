@@ -865,7 +865,7 @@ TEST_F(ContextObject, reports_nothing_once_it_is_withdrawn)
     EXPECT_TRUE(emissions.empty());
 }
 
-TEST_F(ContextObject, reports_nothing_once_its_view_is_gone)
+TEST_F(ContextObject, reports_nothing_once_its_view_is_destroyed)
 {
     PropertyInfoStd& health = player.property("health", INT, single(1));
     MethodInfoStd& signal = player.signal("s");

@@ -544,7 +544,7 @@ TEST_F(PageScript, has_the_value_to_which_the_host_changes_its_write)
     EXPECT_EQ(page->json("$g.player.health.value"), "7");
 }
 
-TEST_F(PageScript, sees_what_a_scene_writes_after_what_the_host_has_announced)
+TEST_F(PageScript, sees_a_write_of_a_scene_after_an_announcement_of_the_host)
 {
     PropertyInfoStd& health = *player.record().properties["health"];
     ASSERT_TRUE(add("player", player));

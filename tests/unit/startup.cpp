@@ -89,7 +89,7 @@ TEST_F(StartOptions, form_paths_at_the_root_when_no_project_root_is_set)
     EXPECT_EQ(qgetenv("QML_IMPORT_PATH"), "/addons/webview//qml");
 }
 
-TEST_F(StartOptions, replace_what_the_environment_contained)
+TEST_F(StartOptions, replace_values_of_the_environment)
 {
     qputenv("QT_PLUGIN_PATH", "/elsewhere");
     startup::set_directories();

@@ -278,7 +278,7 @@ TEST_F(VideoViews, switch_the_controls_and_notify_each_time)
     EXPECT_TRUE(view->controls_auto_hide());
 }
 
-TEST_F(VideoViews, refuse_to_seek_where_the_source_does_not_allow_it)
+TEST_F(VideoViews, refuse_to_seek_when_the_source_does_not_allow_it)
 {
     expect_message("set_position failed");
     view->set_position(100);

@@ -140,7 +140,7 @@ TEST_F(WebViewObject, accepts_another_number_without_a_signal)
     EXPECT_EQ(WebView().idx() < 1234, true) << "that number does not affect the count of views";
 }
 
-TEST_F(WebViewObject, keeps_what_is_written_and_notifies_even_when_it_is_the_same)
+TEST_F(WebViewObject, keeps_written_values_and_notifies_even_when_they_are_equal)
 {
     for (const QMetaProperty& property : own_properties()) {
         if (!property.hasNotifySignal() || !property.isWritable())
