@@ -1,4 +1,4 @@
-// Each component that the library brings along: it loads, draws and takes input without a warning.
+// Each component of the library: it loads, draws and processes input without a warning.
 
 #include "support/host_view.h"
 
@@ -44,19 +44,20 @@ void give_input(HostView& view, Size size)
         view.type(key);
 }
 
-TEST_P(Components, draw_themselves_and_take_input)
+TEST_P(Components, draw_and_process_input)
 {
     HostView view(size);
     ASSERT_TRUE(view->load(component.module, component.name));
     give_input(view, size);
     for (int i = 0; i < 10; ++i)
         view.draw_frame();
-    EXPECT_TRUE(shows_something(view.picture(), "a component draws what it is for"));
+    EXPECT_TRUE(shows_something(view.picture(), "the component draws something"));
     view->reset();
-    ASSERT_TRUE(view->load(component.module, component.name)) << "a second time";
+    ASSERT_TRUE(view->load(component.module, component.name))
+        << "the component loads a second time";
 }
 
-/** What a code strip of DebugVideo says; its layout is told at the head of that component. */
+/** The number in a code strip of DebugVideo; the head of that component describes its layout. */
 int frame_number(const Image& picture, uint32_t y)
 {
     constexpr uint32_t CELLS = 27;
@@ -71,7 +72,7 @@ int frame_number(const Image& picture, uint32_t y)
         number = 2 * number + bit(k);
         ones += bit(k);
     }
-    EXPECT_EQ(ones % 2, 0) << "the strip is whole";
+    EXPECT_EQ(ones % 2, 0) << "the parity of the strip is even";
     return number;
 }
 
@@ -84,7 +85,8 @@ TEST(DebugVideo, numbers_each_frame_that_is_drawn)
         const Image picture = view.picture();
         const uint32_t middle = SIZE.width / 27 / 2;
         EXPECT_EQ(frame_number(picture, middle), frame);
-        EXPECT_EQ(frame_number(picture, SIZE.height - middle), frame) << "at the bottom as well";
+        EXPECT_EQ(frame_number(picture, SIZE.height - middle), frame)
+            << "the bottom strip shows the same number";
         view.draw_frame();
     }
 }

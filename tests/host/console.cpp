@@ -1,4 +1,4 @@
-// The console callback: what it is told, on which thread, and what it may do.
+// The console callback: its arguments, its thread, and what it may do.
 
 #include "support/host_view.h"
 #include "support/message_log.h"
@@ -26,7 +26,7 @@ class Console : public testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(view.load("ConsoleEmitter")); }
 
-    /** Lets the scene emit one message. */
+    /** Makes the scene emit one message. */
     void emit_message(const std::string& text) { view->key_event(KEY_SPACE, 0, text); }
 
     /** Runs `call` in the callback of the next message. */
@@ -42,7 +42,7 @@ protected:
     HostView view;
 };
 
-TEST_F(Console, brings_all_four_values)
+TEST_F(Console, passes_all_four_values)
 {
     emit_message("größer 🌊");
     const std::vector<ConsoleRecord> records = view.console().take();
@@ -53,7 +53,7 @@ TEST_F(Console, brings_all_four_values)
     EXPECT_EQ(records[0].source_id, "größe.js");
 }
 
-TEST_F(Console, brings_long_and_empty_messages)
+TEST_F(Console, passes_long_and_empty_messages)
 {
     const std::string huge(1 << 20, 'x');
     emit_message(huge);
@@ -71,7 +71,7 @@ TEST_F(Console, is_called_on_one_thread_that_is_not_the_hosts)
     EXPECT_EQ(records[0].thread, records[1].thread);
 }
 
-TEST_F(Console, belongs_to_one_view)
+TEST_F(Console, notifies_the_callback_of_its_own_view_only)
 {
     HostView other;
     ASSERT_TRUE(other.load("ConsoleEmitter"));
@@ -133,7 +133,7 @@ TEST_F(Console, survives_a_callback_that_destroys_its_view_when_it_is_replaced)
     view->set_func_javascript_console_log(
         [owner = std::make_shared<Owner>(view.facade())](int, std::string, int, std::string) {});
     view->set_func_javascript_console_log({});
-    EXPECT_EQ(view->get_resolution(), std::tuple(0u, 0u)) << "the view has gone";
+    EXPECT_EQ(view->get_resolution(), std::tuple(0u, 0u)) << "the view is destroyed";
 }
 
 TEST_F(Console, survives_a_callback_that_throws)
@@ -143,7 +143,7 @@ TEST_F(Console, survives_a_callback_that_throws)
     emit_message("text");
 }
 
-TEST_F(Console, lets_a_callback_read_the_view_in_place)
+TEST_F(Console, lets_a_callback_read_the_view_at_once)
 {
     std::tuple<uint32_t, uint32_t> resolution;
     uint64_t texture = 0;
@@ -166,19 +166,19 @@ TEST_F(Console, lets_a_callback_replace_itself)
     EXPECT_EQ(view.console().take_messages(), std::vector<std::string>());
 }
 
-TEST_F(Console, puts_a_reset_off_until_the_callback_has_returned)
+TEST_F(Console, delays_a_reset_until_the_callback_has_returned)
 {
     const uint64_t texture = view->get_texture();
     in_the_callback([this] { view->reset(); });
     EXPECT_TRUE(wait_until([&] {
         emit_message("text");
         return view.console().take_messages().empty();
-    })) << "the scene is gone";
+    })) << "the scene is destroyed";
     EXPECT_EQ(view->get_texture(), texture);
     EXPECT_TRUE(view.load("ConsoleEmitter"));
 }
 
-TEST_F(Console, puts_a_destroy_off_until_the_callback_has_returned)
+TEST_F(Console, delays_a_destroy_until_the_callback_has_returned)
 {
     MView stale = view.facade();
     in_the_callback([this] { view->destroy(); });
@@ -195,7 +195,7 @@ TEST_F(Console, refuses_to_load_from_a_callback)
     EXPECT_TRUE(view.load("Quadrants"));
 }
 
-/** Lets the events come in that the callers give rise to meanwhile. */
+/** Serves events for a while, so that the calls of other threads can arrive. */
 template <typename Serve>
 void serve_a_while(Serve serve)
 {
@@ -226,7 +226,7 @@ TEST_F(Console, keeps_the_calls_of_other_threads_waiting_while_a_callback_serves
             while (!calls)
                 std::this_thread::yield();
             serve_a_while(serve);
-            EXPECT_FALSE(destroyed) << "it cannot have happened yet";
+            EXPECT_FALSE(destroyed) << "the view must not be destroyed yet";
             EXPECT_NE(stale.get_texture(), 0u);
         });
         caller.join();
@@ -252,7 +252,7 @@ TEST_F(Console, lets_other_threads_load_while_a_callback_serves_events)
     EXPECT_TRUE(loaded);
 }
 
-TEST_F(Console, lets_a_callback_make_and_destroy_a_view)
+TEST_F(Console, lets_a_callback_create_and_destroy_a_view)
 {
     std::tuple<uint32_t, uint32_t> resolution;
     in_the_callback([&] {

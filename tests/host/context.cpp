@@ -1,4 +1,4 @@
-// What a component finds in its context.
+// The context properties of a component.
 
 #include "support/host_view.h"
 
@@ -64,7 +64,7 @@ TEST(Context, provides_the_resolution)
     EXPECT_EQ(context_of(view)["resolution"], "640x360");
 }
 
-/** Views are counted as they are made: the number of one that is made now. */
+/** Returns the number of a new view; the library numbers views in the order of their creation. */
 int number_of_new_view()
 {
     HostView view;
@@ -81,7 +81,7 @@ int views_made_for()
     return number_of_new_view() - before - 1;
 }
 
-TEST(Facades, of_media_have_a_view_of_their_own_beside_that_of_their_base)
+TEST(Facades, of_media_have_a_view_in_addition_to_that_of_their_base_class)
 {
     EXPECT_EQ(views_made_for<MQuickView>(), 1);
     EXPECT_EQ(views_made_for<MVideoPlayerView>(), 2);

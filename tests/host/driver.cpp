@@ -1,4 +1,5 @@
-// A driver that fails, loses its device, has a second queue; and what of it is in use.
+// Views on a driver that fails, loses its device or has a second queue; and which of its objects
+// they use.
 
 #include "support/host_view.h"
 #include "support/message_log.h"
@@ -22,7 +23,7 @@ namespace marlune::test {
 
 namespace {
 
-/** A view on a driver that does what the test says. */
+/** A view on a driver whose failures the test determines. */
 class Driver : public testing::Test {
 protected:
     Driver() { driver_layer::forget(); }
@@ -34,24 +35,25 @@ protected:
         EXPECT_EQ(view.picture().pixel(0, 0), RED);
     }
 
-    // The validation layer takes for done what it hands down, and so must not see what fails.
+    // The validation layer assumes that the calls it passes on succeed, so it must not see the
+    // failures.
     VulkanHost host{
         (driver_layer::announce(), std::vector{driver_layer::NAME, VulkanHost::VALIDATION_LAYER}),
         1};
     HostView view{{512, 256}, host};
 };
 
-/** A function of the driver whose calls fail one by one. */
+/** A function of the driver whose calls the test makes fail one by one. */
 struct Call {
     const char* function;
-    std::set<int> crash = {};  // calls of a load after whose failure Qt itself crashes or leaks
+    std::set<int> crash = {};  // calls in a load whose failure makes Qt crash or leak
 
     friend void PrintTo(const Call& call, std::ostream* out) { *out << call.function; }
 };
 
 class DriverCall : public Driver, public testing::WithParamInterface<Call> {};
 
-TEST_F(Driver, that_draws_no_first_frame_fails_the_load)
+TEST_F(Driver, that_fails_the_first_frame_fails_the_load)
 {
     allow_messages_matching("frame command buffer|submit");
     for (const char* function : {"vkBeginCommandBuffer", "vkQueueSubmit"}) {
@@ -64,7 +66,7 @@ TEST_F(Driver, that_draws_no_first_frame_fails_the_load)
     }
 }
 
-TEST_F(Driver, that_misses_a_frame_keeps_the_one_before)
+TEST_F(Driver, that_fails_a_frame_keeps_the_one_before)
 {
     view->set_mipmaps_enabled(true);
     ASSERT_TRUE(view.load("ContextProbe"));
@@ -93,7 +95,7 @@ TEST_F(Driver, that_loses_the_device_is_reported_once)
     view->reset();
     view->render();
     driver_layer::forget();
-    EXPECT_EQ(view.picture(), picture) << "the texture stays with its last content";
+    EXPECT_EQ(view.picture(), picture) << "the texture keeps its last content";
     load();
 }
 
@@ -111,7 +113,7 @@ TEST_F(Driver, that_loses_the_device_while_loading_fails_the_load)
     }
 }
 
-TEST_F(Driver, that_loses_the_device_lets_the_view_go)
+TEST_F(Driver, that_loses_the_device_lets_the_view_be_destroyed)
 {
     load();
     allow_messages_matching("Device loss detected|device is lost");
@@ -121,7 +123,7 @@ TEST_F(Driver, that_loses_the_device_lets_the_view_go)
     view->destroy();
 }
 
-TEST_F(Driver, that_makes_no_render_pass_is_reported)
+TEST_F(Driver, that_creates_no_render_pass_is_reported)
 {
     allow_messages_matching("Failed to create renderpass");
     expect_message_matching("Cannot create render target");
@@ -139,7 +141,7 @@ TEST_P(DriverCall, that_fails_in_a_load_leaves_a_view_that_can_be_loaded)
     load();
     const int calls = driver_layer::calls()[function];
     ASSERT_GT(calls, 0);
-    allow_messages_matching("");  // Qt has its own for each
+    allow_messages_matching("");  // Qt has a message for each failure
     for (int nth = 1; nth <= calls; ++nth) {
         for (const VkResult result : {VK_ERROR_OUT_OF_DEVICE_MEMORY, VK_ERROR_DEVICE_LOST}) {
             if (crash.contains(nth))
@@ -154,8 +156,9 @@ TEST_P(DriverCall, that_fails_in_a_load_leaves_a_view_that_can_be_loaded)
     }
 }
 
-// Not here: what Qt goes on with as if it had not failed, which are descriptor set layouts, shader
-// modules, secondary command buffers and fences that are to be reset; and framebuffers, at which it leaks.
+// Not listed: functions whose failure Qt ignores, for descriptor set layouts, shader modules,
+// secondary command buffers and the reset of fences; and framebuffers, for which Qt leaks after a
+// failure.
 INSTANTIATE_TEST_SUITE_P(
     Function, DriverCall,
     testing::Values(Call{"vkAllocateCommandBuffers", {2, 3}}, Call{"vkAllocateDescriptorSets"},
@@ -202,7 +205,7 @@ TYPED_TEST(DriverOfView, that_fails_in_a_load_leaves_a_view_that_can_be_loaded)
     driver_layer::announce();
     VulkanHost host({driver_layer::NAME, VulkanHost::VALIDATION_LAYER}, 1);
     HostViewOf<TypeParam> view({512, 256}, host);
-    allow_messages_matching("");  // Qt has its own for each
+    allow_messages_matching("");  // Qt has a message for each failure
     for (const bool after_a_scene : {false, true}) {
         for (const char* function :
              {"vkCreateCommandPool", "vkCreateImage", "vkBeginCommandBuffer", "vkQueueSubmit"}) {
@@ -222,7 +225,7 @@ TYPED_TEST(DriverOfView, that_fails_in_a_load_leaves_a_view_that_can_be_loaded)
     EXPECT_TRUE(load_scene(view.facade()));
 }
 
-TEST_F(Driver, gets_back_what_a_scene_has_used_when_the_view_is_reset)
+TEST_F(Driver, gets_the_objects_of_a_scene_back_when_the_view_is_reset)
 {
     const auto before = driver_layer::objects();
     load();
@@ -232,12 +235,12 @@ TEST_F(Driver, gets_back_what_a_scene_has_used_when_the_view_is_reset)
     const Objects kept = {{"CommandPool", 3},   {"DescriptorPool", 1}, {"Fence", 1},
                           {"Image", 1},         {"ImageView", 1},      {"Memory", 1},
                           {"PipelineCache", 1}, {"QueryPool", 1}};
-    EXPECT_EQ(driver_layer::objects(), kept) << "the texture stays, and what would draw it";
+    EXPECT_EQ(driver_layer::objects(), kept) << "the texture and the objects for drawing it stay";
     view->destroy();
     EXPECT_EQ(driver_layer::objects(), before);
 }
 
-TEST(Queue, beside_the_first_one_may_be_in_use_all_the_time)
+TEST(Queue, beside_the_first_may_be_in_use_all_the_time)
 {
     driver_layer::announce();
     VulkanHost host({VulkanHost::VALIDATION_LAYER, driver_layer::NAME}, 2);

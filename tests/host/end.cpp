@@ -1,5 +1,6 @@
-// Hosts that end as engines do: without M::destroy, on any thread, with others still at work; in a
-// process that has been forked; and what is left of the library where the game goes on after it.
+// Hosts that end as game engines do: without M::destroy, on any thread, while other threads still
+// work, or in a forked process; and the state of the library in a game that continues after the
+// library has stopped.
 
 #include "support/host_view.h"
 #include "support/library.h"
@@ -25,7 +26,7 @@ namespace marlune::test {
 
 namespace {
 
-// --- What happens in the processes -------------------------------------------------------------
+// --- The code of the processes -------------------------------------------------------------------
 
 /** Never destroyed: it must outlive the views. */
 VulkanHost& lasting_host()
@@ -42,7 +43,7 @@ MQuickView view_with(const std::string& scene)
     return view;
 }
 
-/** A thread of the host that renders until its process ends. */
+/** Starts a thread that renders until the process ends. */
 void keep_rendering()
 {
     leave_views_behind();
@@ -103,7 +104,7 @@ void calls_in_a_forked_process()
         view.render();
         view.destroy();
         MQuickView made;
-        require(made.get_texture() == 0, "a view that is made there is none");
+        require(made.get_texture() == 0, "a new facade has no view there");
         made.set_func_resource_file({});
         M::destroy();
         ::_exit(EXIT_SUCCESS);
@@ -112,7 +113,7 @@ void calls_in_a_forked_process()
     ::waitpid(child, &status, 0);
     require(WIFEXITED(status) && WEXITSTATUS(status) == EXIT_SUCCESS,
             "every call returns its default at once");
-    require(view.get_texture() != 0, "the parent goes on");
+    require(view.get_texture() != 0, "the parent continues");
     view.destroy();
     M::destroy();
     delete &lasting_host();
@@ -147,7 +148,7 @@ const Scenarios SCENARIOS = {
     {"go_on_after_the_end", go_on_after_the_end},
 };
 
-// --- What is seen of them from outside ---------------------------------------------------------
+// --- The tests of these processes ----------------------------------------------------------------
 
 class Ends : public testing::TestWithParam<std::string> {};
 
@@ -160,7 +161,7 @@ TEST_P(Ends, cleanly)
 INSTANTIATE_TEST_SUITE_P(Process, Ends, testing::ValuesIn(SCENARIOS.names()),
                          [](const auto& test) { return test.param; });
 
-TEST(Library, may_be_unloaded_after_its_end)
+TEST(Library, may_be_unloaded_after_it_has_stopped)
 {
     for (int i = 0; i < 3 && !HasFailure(); ++i) {
         const ProgramResult result = run_program(

@@ -1,4 +1,4 @@
-// What a facade is by itself: a small value that stands for a view, or for none.
+// A facade alone: a small value that refers to a view, or to none.
 
 #include "support/host_view.h"
 #include "support/library.h"
@@ -30,7 +30,7 @@ namespace {
 
 using Resolution = std::tuple<uint32_t, uint32_t>;
 
-/** The pointer behind the table of virtual operations. */
+/** The pointer that follows the pointer to the virtual table. */
 const void* view_of(const MView& facade)
 {
     const void* fields[2];
@@ -50,8 +50,8 @@ void call_every_member_without_result(const MView& facade)
 {
     facade.set_view_monitor(host().instance());
     facade.set_statistics_monitor(host().physical_device(), host().device());
-    facade.set_resolution({100, 100});  // would cost a warning where there is a view
-    facade.set_refresh_rate(0);         // so would this
+    facade.set_resolution({100, 100});  // with a view, this logs a warning
+    facade.set_refresh_rate(0);         // so does this
     facade.set_mipmaps_enabled(true);
     facade.render();
     facade.reset();
@@ -69,7 +69,7 @@ TEST(PlainFacade, has_no_view)
     EXPECT_EQ(view_of(MView()), nullptr);
 }
 
-TEST(PlainFacade, answers_with_the_defaults)
+TEST(PlainFacade, returns_the_defaults)
 {
     expect_defaults_of_no_view(MView());
 }
@@ -81,7 +81,7 @@ TEST(PlainFacade, does_nothing_for_every_member_without_a_result)
     expect_defaults_of_no_view(facade);
 }
 
-TEST(PlainFacade, is_destroyed_without_effect)
+TEST(PlainFacade, may_be_destroyed_without_effect)
 {
     MView facade;
     facade.destroy();
@@ -89,16 +89,16 @@ TEST(PlainFacade, is_destroyed_without_effect)
     expect_defaults_of_no_view(facade);
 }
 
-TEST(PlainFacade, installs_the_resource_callback_for_all_views)
+TEST(PlainFacade, registers_the_resource_callback_for_all_views)
 {
     start_library();
     const auto token = std::make_shared<int>();
     const auto callback = [token](std::string, bool&, uint64_t&) -> uint8_t* { return nullptr; };
     MView().set_func_resource_file(callback);
-    EXPECT_EQ(token.use_count(), 3) << "it is kept";
+    EXPECT_EQ(token.use_count(), 3) << "the library keeps the callback";
     MQuickView other;
     other.set_func_resource_file({});
-    EXPECT_EQ(token.use_count(), 2) << "it was the one of all views";
+    EXPECT_EQ(token.use_count(), 2) << "the callback of all views was replaced";
     other.destroy();
 }
 
@@ -111,7 +111,7 @@ TEST(PlainFacade, releases_the_callback_for_freeing_and_never_calls_it)
     EXPECT_FALSE(called);
 }
 
-TEST(QuickFacade, has_a_view_with_the_defaults_of_one)
+TEST(QuickFacade, has_a_view_with_the_defaults_of_views)
 {
     start_library();
     MQuickView facade;
@@ -159,7 +159,7 @@ TEST(QuickFacade, survives_assignment_to_itself)
     facade.destroy();
 }
 
-TEST(QuickFacade, leaves_the_view_alive_when_it_is_dropped)
+TEST(QuickFacade, leaves_the_view_alive_when_it_goes_out_of_scope)
 {
     start_library();
     MView survivor;
@@ -183,7 +183,7 @@ TEST(QuickFacade, has_no_view_after_destroy)
     EXPECT_FALSE(facade.load("Scenes", "Quadrants"));
 }
 
-TEST(QuickFacade, is_destroyed_twice_as_if_once)
+TEST(QuickFacade, may_be_destroyed_twice)
 {
     start_library();
     MQuickView facade;
@@ -192,13 +192,13 @@ TEST(QuickFacade, is_destroyed_twice_as_if_once)
     expect_defaults_of_no_view(facade);
 }
 
-TEST(QuickFacade, that_is_stale_answers_with_the_defaults)
+TEST(QuickFacade, that_is_stale_returns_the_defaults)
 {
     HostView view;
     ASSERT_TRUE(view.load("Quadrants"));
     MQuickView stale = view.facade();
     view->destroy();
-    EXPECT_NE(view_of(stale), nullptr) << "the copy knows nothing of the end of its view";
+    EXPECT_NE(view_of(stale), nullptr) << "the copy does not notice that its view is destroyed";
     expect_defaults_of_no_view(stale);
     call_every_member_without_result(stale);
     EXPECT_FALSE(stale.load("Scenes", "Quadrants"));
@@ -220,7 +220,7 @@ TEST(Library, reports_its_version)
     EXPECT_EQ(M::get_version_full(), "0.1.2+4b4e766");
 }
 
-TEST(Library, keeps_the_protocol_list_whatever_the_setter_is_given)
+TEST(Library, keeps_the_protocol_list_whatever_the_argument_of_the_setter)
 {
     const std::string before = opts::FFMPEG_PROTOCOL_WHITELIST;
     EXPECT_TRUE(before.starts_with("file,http,")) << before;
@@ -228,7 +228,7 @@ TEST(Library, keeps_the_protocol_list_whatever_the_setter_is_given)
     EXPECT_EQ(opts::FFMPEG_PROTOCOL_WHITELIST, before);
 }
 
-TEST(Library, keeps_the_debug_option_whatever_the_setter_is_given)
+TEST(Library, keeps_the_debug_option_whatever_the_argument_of_the_setter)
 {
     M::set_ffmpeg_debug(true);
     EXPECT_FALSE(opts::FFMPEG_DEBUG);

@@ -31,7 +31,7 @@ TEST(Render, after_reset_does_nothing)
     EXPECT_EQ(view.picture(), before);
 }
 
-TEST(Render, is_done_once_by_loading)
+TEST(Render, is_called_once_by_loading)
 {
     HostView view;
     view->set_refresh_rate(1);
@@ -53,7 +53,7 @@ TEST(Render, draws_a_frame_when_the_interval_has_passed)
 TEST(Render, twice_in_one_interval_draws_one_frame)
 {
     HostView view;
-    view->set_refresh_rate(1);  // an interval that no machine is too slow for
+    view->set_refresh_rate(1);  // long enough for two calls, even on a slow machine
     ASSERT_TRUE(view.load("ContextProbe"));
     const int before = view.frames_rendered();
     view.draw_frame();
@@ -79,7 +79,7 @@ TEST(Render, draws_no_more_frames_than_the_rate_allows_however_often_it_is_calle
     }
 }
 
-TEST(Render, lets_animations_move_on)
+TEST(Render, advances_animations)
 {
     HostView view;
     ASSERT_TRUE(view.load("Moving"));
@@ -87,7 +87,7 @@ TEST(Render, lets_animations_move_on)
     EXPECT_TRUE(view.draw_until([&] { return view.picture() != first; }));
 }
 
-TEST(Render, of_a_scene_that_rests_draws_the_same_again)
+TEST(Render, of_a_scene_that_does_not_change_draws_the_same_image)
 {
     HostView view;
     ASSERT_TRUE(view.load("Quadrants"));

@@ -1,4 +1,4 @@
-# Programs of hosts once more, for a user whose language writes numbers with commas.
+# Repeats programs of hosts for a user whose language writes numbers with commas.
 if(NOT EXISTS /usr/share/i18n/locales/de_DE)
     add_test(NAME german COMMAND "${CMAKE_COMMAND}" -E echo "skipped: the package locales is not installed")
     set_tests_properties(german PROPERTIES LABELS host SKIP_REGULAR_EXPRESSION "^skipped")

@@ -1,4 +1,4 @@
-// Mouse, wheel and keys, as the scene InputProbe sees them. Its numbers are those of Qt.
+// Mouse, wheel and keys, as the scene InputProbe receives them. Its numbers are those of Qt.
 
 #include "support/host_view.h"
 
@@ -21,7 +21,7 @@ constexpr uint32_t KEY_A = 0x41, KEY_C = 0x43;
 constexpr uint32_t KEY_SHIFT = 0x01000020, KEY_CONTROL = 0x01000021, KEY_META = 0x01000022,
                    KEY_ALT = 0x01000023;
 
-/** In the event of a modifier key itself, Qt turns that key's own modifier round. */
+/** In the event of a modifier key itself, Qt inverts the modifier of that key. */
 std::string key_message(const std::string& kind, uint32_t key, const std::string& text,
                         uint32_t modifiers)
 {
@@ -36,7 +36,7 @@ class Input : public testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(view.load("InputProbe")); }
 
-    /** What the scene has been told since the last look. */
+    /** The events that the scene has received since the last call. */
     Messages seen() { return view.console().take_messages(); }
 
     std::string last_seen()
@@ -54,10 +54,10 @@ protected:
     HostView view;
 };
 
-TEST_F(Input, of_a_key_is_over_when_the_scene_has_reacted)
+TEST_F(Input, of_a_key_returns_when_the_scene_has_reacted)
 {
     bool reacted = false, reacted_in_time = false;
-    // On the Qt thread, where nothing but the call itself can serve the scene meanwhile.
+    // The callback runs on the Qt thread, where only the call itself can serve the scene meanwhile.
     view->set_func_javascript_console_log(
         [&, is_first = true](int, std::string message, int, std::string) mutable {
             reacted = reacted || message == "reacted";
@@ -70,7 +70,7 @@ TEST_F(Input, of_a_key_is_over_when_the_scene_has_reacted)
     EXPECT_TRUE(reacted_in_time);
 }
 
-TEST_F(Input, brings_a_click_with_the_buttons_that_are_held)
+TEST_F(Input, sends_a_click_with_the_buttons_that_are_held)
 {
     view->mouse_click(LEFT, PRESS, 10, 20);
     view->mouse_click(LEFT, RELEASE, 10, 20);
@@ -106,11 +106,11 @@ TEST_F(Input, ignores_other_actions_of_a_button)
     view->mouse_click(LEFT, 2, 10, 20);
     view->mouse_click(RIGHT, PRESS, 10, 20);
     EXPECT_EQ(seen(), Messages{"press 10,20 button=2 buttons=2 modifiers=0"})
-        << "and does not take the button for held";
+        << "the button does not count as held";
     view->mouse_click(RIGHT, RELEASE, 10, 20);
 }
 
-TEST_F(Input, gathers_the_buttons_that_are_held_together)
+TEST_F(Input, combines_the_buttons_that_are_held_together)
 {
     view->mouse_click(LEFT, PRESS, 10, 20);
     view->mouse_click(MIDDLE, PRESS, 10, 20);
@@ -141,7 +141,7 @@ TEST_F(Input, remembers_where_the_pointer_is_when_the_scene_is_loaded_again)
     view->mouse_click(LEFT, PRESS, 10, 20);
     seen();
     view->mouse_move(30, 40);
-    EXPECT_EQ(seen(), Messages()) << "it is there already";
+    EXPECT_EQ(seen(), Messages()) << "the pointer is already there";
     view->mouse_move(31, 40);
     EXPECT_EQ(seen(), Messages{"move 31,40 button=0 buttons=1 modifiers=0"});
     view->mouse_click(LEFT, RELEASE, 31, 40);
@@ -149,7 +149,7 @@ TEST_F(Input, remembers_where_the_pointer_is_when_the_scene_is_loaded_again)
 
 TEST_F(Input, moves_the_pointer)
 {
-    view->mouse_move(1, 1);  // enters
+    view->mouse_move(1, 1);  // the pointer enters
     seen();
     view->mouse_move(5, 6);
     EXPECT_EQ(seen(), Messages{"move 5,6 button=0 buttons=0 modifiers=0"});
@@ -164,7 +164,7 @@ TEST_F(Input, drags_with_the_button_that_is_held)
     view->mouse_click(LEFT, RELEASE, 30, 40);
 }
 
-TEST_F(Input, moves_the_pointer_once_to_one_place)
+TEST_F(Input, ignores_a_move_to_the_same_place)
 {
     view->mouse_click(LEFT, PRESS, 10, 20);
     seen();
@@ -173,11 +173,11 @@ TEST_F(Input, moves_the_pointer_once_to_one_place)
     EXPECT_EQ(seen(), Messages{"move 5,5 button=0 buttons=1 modifiers=0"});
     view->mouse_move(6, 5);
     view->mouse_move(5, 5);
-    EXPECT_EQ(seen().size(), 2u) << "but again when it has been elsewhere";
+    EXPECT_EQ(seen().size(), 2u) << "it moves there again after it was elsewhere";
     view->mouse_click(LEFT, RELEASE, 5, 5);
 }
 
-TEST_F(Input, takes_the_pointer_to_be_at_the_origin_at_first)
+TEST_F(Input, starts_with_the_pointer_at_the_origin)
 {
     view->mouse_click(LEFT, PRESS, 10, 20);
     seen();
@@ -227,10 +227,10 @@ TEST_F(Input, turns_the_wheel_without_buttons_and_modifiers_whatever_is_held)
               Messages{"wheel 10,20 angle=0,120 pixels=0,0 buttons=0 modifiers=0 inverted=false"});
     view->mouse_click(MIDDLE, PRESS, 10, 20);
     EXPECT_EQ(seen(), Messages{"press 10,20 button=4 buttons=5 modifiers=0"})
-        << "the wheel leaves the held buttons alone";
+        << "the wheel does not change the held buttons";
 }
 
-TEST_F(Input, outside_of_the_scene_goes_nowhere)
+TEST_F(Input, outside_of_the_scene_is_ignored)
 {
     view->mouse_click(LEFT, PRESS, 100000, 4000000000);
     view->mouse_click(LEFT, RELEASE, 100000, 4000000000);
@@ -238,7 +238,7 @@ TEST_F(Input, outside_of_the_scene_goes_nowhere)
     EXPECT_EQ(seen(), Messages());
 }
 
-TEST_F(Input, brings_keys_with_their_text)
+TEST_F(Input, sends_keys_with_their_text)
 {
     press(KEY_A, "a");
     release(KEY_A, "a");
@@ -247,7 +247,7 @@ TEST_F(Input, brings_keys_with_their_text)
                         key_message("release", KEY_A, "a", NO_MODIFIER)}));
 }
 
-TEST_F(Input, brings_text_of_any_script)
+TEST_F(Input, sends_text_of_any_script)
 {
     press(0, "é月🌊");
     EXPECT_EQ(seen(), Messages{key_message("press", 0, "é月🌊", NO_MODIFIER)});
@@ -260,7 +260,7 @@ TEST_F(Input, ignores_other_actions_of_a_key)
     EXPECT_EQ(seen(), Messages());
     press(KEY_A, "a");
     EXPECT_EQ(seen(), Messages{key_message("press", KEY_A, "a", NO_MODIFIER)})
-        << "and takes no modifier for held";
+        << "no modifier counts as held";
 }
 
 TEST_F(Input, holds_a_modifier_from_its_key_to_the_next_release)
@@ -291,7 +291,7 @@ TEST_F(Input, knows_four_modifier_keys)
     }
 }
 
-TEST_F(Input, holds_the_last_modifier_alone)
+TEST_F(Input, holds_only_the_last_modifier)
 {
     press(KEY_CONTROL);
     press(KEY_SHIFT);
@@ -299,7 +299,7 @@ TEST_F(Input, holds_the_last_modifier_alone)
     EXPECT_EQ(last_seen(), key_message("press", KEY_A, "a", SHIFT));
 }
 
-TEST_F(Input, that_releases_a_modifier_key_brings_its_modifier_once_more)
+TEST_F(Input, that_releases_a_modifier_key_sends_its_modifier_once_more)
 {
     press(KEY_SHIFT);
     release(KEY_SHIFT);
@@ -311,7 +311,7 @@ TEST_F(Input, that_releases_a_modifier_key_brings_its_modifier_once_more)
         << "the key's own code sets it again after the release has cleared it";
 }
 
-TEST_F(Input, takes_a_modifier_from_the_front_of_the_text)
+TEST_F(Input, reads_a_modifier_from_the_start_of_the_text)
 {
     for (const auto& [text, modifier] : {std::pair("Ctrl+c", CONTROL), std::pair("Shift+c", SHIFT),
                                          std::pair("Alt+c", ALT), std::pair("Meta+c", META)}) {
@@ -320,7 +320,7 @@ TEST_F(Input, takes_a_modifier_from_the_front_of_the_text)
     }
 }
 
-TEST_F(Input, takes_one_modifier_only_from_the_text)
+TEST_F(Input, reads_only_one_modifier_from_the_text)
 {
     press(KEY_A, "Ctrl+Shift+A");
     EXPECT_EQ(seen(), Messages{key_message("press", KEY_A, "Shift+A", CONTROL)});
@@ -353,7 +353,7 @@ TEST_F(Input, does_not_hold_a_modifier_key_whose_text_has_a_plus)
     EXPECT_EQ(last_seen(), key_message("press", KEY_A, "a", NO_MODIFIER));
 }
 
-TEST_F(Input, cuts_the_named_modifier_off_a_release_as_well)
+TEST_F(Input, removes_the_named_modifier_from_a_release_too)
 {
     release(KEY_C, "Ctrl+c");
     EXPECT_EQ(seen(), Messages{key_message("release", KEY_C, "c", CONTROL)});

@@ -1,4 +1,4 @@
-// Loading components: what stands afterwards, and what is said when nothing does.
+// Loading components: the state of the view afterwards, and the messages if a load fails.
 
 #include "support/host_view.h"
 #include "support/message_log.h"
@@ -35,7 +35,7 @@ void expect_that_it_loads(HostView& view)
 
 struct Failure {
     const char* scene;
-    std::vector<const char*> messages;  // one regex each, in no order
+    std::vector<const char*> messages;  // one regex a message, in any order
 
     friend void PrintTo(const Failure& failure, std::ostream* out) { *out << failure.scene; }
 };
@@ -48,7 +48,7 @@ TEST_P(LoadFailure, is_logged_with_its_reason_and_leaves_a_view_that_can_be_load
     for (const char* message : GetParam().messages)
         expect_message_matching(message);
     EXPECT_FALSE(view.load(GetParam().scene));
-    EXPECT_TRUE(all_expected_messages_came()) << "the reasons are there when load() returns";
+    EXPECT_TRUE(all_expected_messages_came()) << "the reasons are logged before load() returns";
     EXPECT_EQ(view->get_texture(), 0u);
     view->render();
     expect_that_it_loads(view);
@@ -112,7 +112,7 @@ TEST(Load, of_empty_names_fails)
     expect_that_it_loads(view);
 }
 
-TEST(Load, of_names_that_lead_elsewhere_fails)
+TEST(Load, of_names_with_a_path_fails)
 {
     HostView view;
     allow_messages_matching("Scenes");
@@ -121,9 +121,9 @@ TEST(Load, of_names_that_lead_elsewhere_fails)
     expect_that_it_loads(view);
 }
 
-TEST(Load, without_an_instance_or_device_fails_until_they_are_given)
+TEST(Load, without_an_instance_or_device_fails_until_they_are_set)
 {
-    HostView starter;  // the library has to run
+    HostView starter;  // the library must be running
     MQuickView view;
     view.set_resolution({512, 256});
     expect_message_matching("set_view_monitor");
@@ -152,7 +152,7 @@ TEST(Load, works_at_the_default_resolution)
     view.destroy();
 }
 
-TEST(Load, replaces_the_scene_before_it_without_a_reset)
+TEST(Load, replaces_the_current_scene_without_a_reset)
 {
     HostView view;
     ASSERT_TRUE(view.load("Greys"));
@@ -166,7 +166,7 @@ TEST(Load, repeats_the_same_component)
         expect_that_it_loads(view);
 }
 
-TEST(Load, gives_several_views_their_own_scene_of_one_component)
+TEST(Load, creates_a_scene_of_one_component_for_each_of_several_views)
 {
     HostView one, other;
     ASSERT_TRUE(one.load("MipPattern"));
@@ -178,7 +178,7 @@ TEST(Load, gives_several_views_their_own_scene_of_one_component)
     EXPECT_EQ(other.picture().pixel(10, 10), RED);
 }
 
-/** As the web engine does on a thread of its own, and other libraries of a game may. */
+/** Uses Vulkan as the web engine does on its own thread, and as other libraries of a game may. */
 void use_vulkan_beside(const std::atomic<bool>& done)
 {
     const VkInstanceCreateInfo info{.sType = VK_STRUCTURE_TYPE_INSTANCE_CREATE_INFO};
@@ -187,7 +187,7 @@ void use_vulkan_beside(const std::atomic<bool>& done)
         ASSERT_EQ(vkCreateInstance(&info, nullptr, &instance), VK_SUCCESS);
         std::array<VkPhysicalDevice, 8> devices{};
         auto count = static_cast<uint32_t>(devices.size());
-        // Here the loader unloads the drivers that have no device.
+        // In this call the loader unloads the drivers that have no device.
         EXPECT_EQ(vkEnumeratePhysicalDevices(instance, &count, devices.data()), VK_SUCCESS);
         vkDestroyInstance(instance, nullptr);
     }
@@ -195,7 +195,7 @@ void use_vulkan_beside(const std::atomic<bool>& done)
 
 TEST(Load, survives_other_threads_that_use_vulkan)
 {
-    // What has been freed is overwritten, so that no use of it stays without effect.
+    // Overwrites freed memory, so that every use of it has an effect.
     mallopt(M_PERTURB, 0xa5);
     HostView first;
     std::atomic<bool> done = false;
@@ -212,7 +212,7 @@ TEST(Load, of_a_root_without_the_console_signal_only_warns)
 {
     HostView view;
     expect_message_matching("No such signal .*javaScriptConsoleMessage");
-    expect_message_matching("receiver name");  // Qt's second line on the same
+    expect_message_matching("receiver name");  // Qt's second line about the same signal
     ASSERT_TRUE(view.load("Mute"));
     EXPECT_TRUE(every_pixel_in(view.picture(), {0, 0, 512, 256}, BLUE, "the scene is drawn"));
 }
@@ -233,7 +233,7 @@ TEST(Reset, before_loading_does_nothing)
     expect_that_it_loads(view);
 }
 
-/** Names of files that came to be in, or went from, a folder; see inotify(7). */
+/** The names of files that are created or deleted in a folder; see inotify(7). */
 class FolderWatch {
 public:
     explicit FolderWatch(const std::filesystem::path& folder) : inotify_(inotify_init1(IN_NONBLOCK))
@@ -244,7 +244,10 @@ public:
     FolderWatch(const FolderWatch&) = delete;
     FolderWatch& operator=(const FolderWatch&) = delete;
 
-    /** Looks for what has happened since, and says how often files were `created` and `deleted`. */
+    /**
+     * Reads the events since the last call, and counts in `created` and `deleted` how often each
+     * file was created and deleted.
+     */
     void look()
     {
         alignas(inotify_event) std::array<char, 4096> buffer;
@@ -267,7 +270,7 @@ private:
 TEST(TemporaryFile, of_a_component_is_the_same_each_time_and_soon_deleted)
 {
     HostView view;
-    FolderWatch folder(std::filesystem::temp_directory_path());  // this process's own
+    FolderWatch folder(std::filesystem::temp_directory_path());  // belongs to this process alone
     ASSERT_TRUE(view.load("Wide16"));
     ASSERT_TRUE(view.load("Wide16"));
     EXPECT_TRUE(wait_until([&] {
@@ -288,7 +291,7 @@ bool is_gone(const std::filesystem::path& path)
     return wait_until([&] { return !std::filesystem::exists(symlink_status(path)); });
 }
 
-/** The path of the file that a first load of the scene has used, and that is gone by now. */
+/** The path of the file that a first load of the scene has used and deleted. */
 std::filesystem::path used_path(HostView& view, const std::string& scene)
 {
     const auto folder = std::filesystem::temp_directory_path();
@@ -301,7 +304,7 @@ std::filesystem::path used_path(HostView& view, const std::string& scene)
     return path;
 }
 
-TEST(TemporaryFile, never_goes_where_a_link_in_its_place_leads)
+TEST(TemporaryFile, is_never_written_through_a_link_at_its_path)
 {
     HostView view;
     const auto path = used_path(view, "Wide16");
@@ -321,7 +324,7 @@ TEST(TemporaryFile, never_goes_where_a_link_in_its_place_leads)
     std::filesystem::remove(other);
 }
 
-TEST(TemporaryFile, whose_place_is_taken_fails_the_load)
+TEST(TemporaryFile, whose_path_is_a_directory_fails_the_load)
 {
     HostView view;
     const auto path = used_path(view, "Narrow15");

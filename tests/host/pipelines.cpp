@@ -1,4 +1,4 @@
-// Compiled pipelines, from one run of the game to the next.
+// Compiled pipelines, which one run of the game keeps for the next.
 
 #include "support/host_view.h"
 #include "support/vulkan/driver_layer.h"
@@ -28,7 +28,7 @@ std::string content(const path& file)
     return {std::istreambuf_iterator(stream), {}};
 }
 
-/** The life of a view. */
+/** Creates a view, draws a frame, and destroys the view. */
 void show(const std::string& scene, VulkanHost& host = test::host())
 {
     HostView view({512, 256}, host);
@@ -62,14 +62,14 @@ TEST(PipelinesByDefault, are_in_the_users_folder_for_caches)
     EXPECT_FALSE(content(file).empty());
 }
 
-TEST_F(Pipelines, are_kept_in_the_storage_path_when_a_view_ends)
+TEST_F(Pipelines, are_kept_in_the_storage_path_when_a_view_is_destroyed)
 {
     std::filesystem::remove_all(folder);
     show("Quadrants");
     EXPECT_FALSE(content(file).empty());
 }
 
-TEST_F(Pipelines, of_views_before_are_given_to_the_driver)
+TEST_F(Pipelines, of_earlier_views_are_passed_to_the_driver)
 {
     driver_layer::announce();
     VulkanHost host({VulkanHost::VALIDATION_LAYER, driver_layer::NAME}, 1);
@@ -80,7 +80,7 @@ TEST_F(Pipelines, of_views_before_are_given_to_the_driver)
     EXPECT_GT(driver_layer::pipeline_cache_data(), 0u);
 }
 
-TEST_F(Pipelines, of_a_damaged_file_count_as_none)
+TEST_F(Pipelines, of_a_damaged_file_are_ignored)
 {
     std::filesystem::create_directories(folder);
     for (const std::string& damaged :
@@ -91,7 +91,7 @@ TEST_F(Pipelines, of_a_damaged_file_count_as_none)
     }
 }
 
-TEST_F(Pipelines, are_given_up_where_no_file_can_be)
+TEST_F(Pipelines, are_not_kept_where_no_file_can_be_written)
 {
     std::filesystem::remove_all(folder);
     std::ofstream(folder) << "no folder";

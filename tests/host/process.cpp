@@ -1,5 +1,5 @@
-// The library in a process, from before its start to the end of main: each scenario runs in a
-// process of its own, since one start is all that a process has.
+// The library in a process, from before its start to the end of main(): each scenario runs in a
+// process of its own, because the library starts only once in a process.
 
 #include "support/host_view.h"
 #include "support/library.h"
@@ -25,7 +25,7 @@ namespace marlune::test {
 
 namespace {
 
-// --- What happens in the processes -------------------------------------------------------------
+// --- The code of the processes -------------------------------------------------------------------
 
 MQuickView loaded_view()
 {
@@ -117,7 +117,7 @@ void require_points_in_rates()
         require(screen.at("refreshRate").find('.') != std::string::npos, "a rate has a point");
 }
 
-/** Of a user whose environment is German, with a game that knows nothing of locales. */
+/** A process of a user with a German environment, whose game never sets the locale. */
 void german_user()
 {
     start_library();
@@ -137,7 +137,8 @@ void german_game()
     require(std::setlocale(LC_ALL, "") != nullptr, "there is a German locale");
     start_library();
     M::ensure_qt_eventloop_is_running();
-    require(number_of_the_host() == "1,5", "the game's numbers have commas, as it wants");
+    require(number_of_the_host() == "1,5",
+            "the game's numbers have commas, as the game has chosen");
     require_points_in_rates();
     M::destroy();
 }
@@ -170,7 +171,8 @@ void engine_with_processes_of_its_own()
     view.destroy();
     M::destroy();
     release_host();
-    // They end with this process at the latest: whoever runs this scenario looks for what is left.
+    // The processes end at the latest with this one; the test that runs this scenario looks for any
+    // that remain.
 }
 
 void stop_with_a_loaded_view()
@@ -293,7 +295,7 @@ const Scenarios SCENARIOS = {
     {"exit_instead_of_return", exit_instead_of_return},
 };
 
-// --- What is seen of them from outside -------------------------------------------------------------
+// --- The tests of these processes ----------------------------------------------------------------
 
 using Lines = std::vector<std::string>;
 
@@ -349,7 +351,7 @@ private:
         std::filesystem::path(testing::TempDir()) / "german_locale";
 };
 
-TEST_P(GermanProcess, keeps_its_numbers)
+TEST_P(GermanProcess, keeps_its_format_of_numbers)
 {
     EXPECT_EQ(lines_of_scenario(GetParam()), Lines());
 }
@@ -363,7 +365,7 @@ TEST(Start, logs_that_the_debug_pipe_has_no_reader)
               Lines{"Failed to connect to named pipe. Error: 2"});
 }
 
-TEST(Start, after_the_end_is_refused_on_the_error_stream)
+TEST(Start, after_the_library_has_stopped_is_refused_on_the_error_stream)
 {
     EXPECT_EQ(lines_of_scenario("start_after_stop"), Lines{ALREADY});
 }

@@ -18,7 +18,7 @@ using Resolution = std::tuple<uint32_t, uint32_t>;
 constexpr const char* TOO_NARROW = "resolution not set, width must be more than 256";
 constexpr const char* TOO_LOW = "resolution not set, height must be more than 256";
 
-TEST(Resolution, is_what_was_set)
+TEST(Resolution, returns_the_value_that_was_set)
 {
     HostView view;
     view->set_resolution({1280, 720});
@@ -41,14 +41,14 @@ TEST(Resolution, keeps_the_old_size_when_the_height_is_below_256)
     EXPECT_EQ(view->get_resolution(), Resolution(1920, 1080));
 }
 
-TEST(Resolution, complains_of_the_width_alone_when_both_sides_are_too_small)
+TEST(Resolution, reports_only_the_width_when_both_sides_are_too_small)
 {
     HostView view;
     expect_message(TOO_NARROW);
     view->set_resolution({0, 0});
 }
 
-TEST(Resolution, takes_a_side_of_exactly_256)
+TEST(Resolution, accepts_a_side_of_exactly_256)
 {
     HostView view;
     view->set_resolution({256, 256});
@@ -63,7 +63,7 @@ TEST(Resolution, is_kept_exactly_up_to_the_greatest_number)
     EXPECT_EQ(view->get_resolution(), Resolution(greatest, greatest));
 }
 
-TEST(Resolution, beyond_what_the_device_can_draw_fails_the_load)
+TEST(Resolution, beyond_the_limit_of_the_device_fails_the_load)
 {
     constexpr uint32_t greatest = std::numeric_limits<uint32_t>::max();
     VkPhysicalDeviceProperties properties;
@@ -86,11 +86,11 @@ TEST(Resolution, beyond_what_the_device_can_draw_fails_the_load)
         view->set_resolution({512, 256});
         EXPECT_TRUE(view.load("Quadrants"));
         view->set_resolution(size);
-        EXPECT_GE(view->get_mips_count(), 15) << "the levels of what was asked for";
+        EXPECT_GE(view->get_mips_count(), 15) << "the levels of the requested resolution";
     }
 }
 
-TEST(Resolution, that_the_device_can_not_draw_leaves_scenes_with_a_size_of_their_own_alone)
+TEST(Resolution, beyond_the_limit_of_the_device_does_not_affect_scenes_with_their_own_size)
 {
     constexpr uint32_t greatest = std::numeric_limits<uint32_t>::max();
     HostView view;
@@ -128,7 +128,7 @@ struct Rate {
 
 class RefreshRates : public testing::TestWithParam<Rate> {};
 
-TEST_P(RefreshRates, read_back_as_whole_milliseconds_allow)
+TEST_P(RefreshRates, are_rounded_to_an_interval_of_whole_milliseconds)
 {
     HostView view;
     view->set_refresh_rate(GetParam().asked);
@@ -186,7 +186,7 @@ TEST(MipsCount, does_not_depend_on_mipmaps_being_enabled)
     EXPECT_EQ(view->get_mips_count(), 10);
 }
 
-TEST(MipsCount, follows_the_resolution_asked_for)
+TEST(MipsCount, follows_the_requested_resolution)
 {
     HostView view({512, 256});
     ASSERT_TRUE(view.load("Transparent"));

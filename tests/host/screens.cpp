@@ -25,7 +25,7 @@ protected:
         start_library();
         M::ensure_qt_eventloop_is_running();
         screens = MView().get_physical_screens();
-        ASSERT_FALSE(screens.empty()) << "the tests run with a display";
+        ASSERT_FALSE(screens.empty()) << "the tests need a display";
     }
 
     void expect_all_match(const std::string& key, const std::string& pattern)
@@ -73,7 +73,7 @@ TEST_F(Screens, report_their_orientation_as_true_or_false)
     expect_all_match("isLandscape", "true|false");
 }
 
-TEST_F(Screens, are_the_same_when_asked_again)
+TEST_F(Screens, are_the_same_in_the_next_call)
 {
     EXPECT_EQ(MView().get_physical_screens(), screens);
 }

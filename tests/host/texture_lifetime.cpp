@@ -1,4 +1,4 @@
-// How long the texture's handle is good for.
+// How long the handle of the texture is valid.
 
 #include "support/host_view.h"
 #include "support/message_log.h"
@@ -27,7 +27,7 @@ TEST(Texture, is_the_same_for_all_frames_of_a_scene)
     }
 }
 
-TEST(Texture, stays_with_its_last_content_through_reset)
+TEST(Texture, keeps_its_handle_and_content_after_reset)
 {
     HostView view;
     ASSERT_TRUE(view.load("Quadrants"));
@@ -41,7 +41,7 @@ TEST(Texture, stays_with_its_last_content_through_reset)
     EXPECT_EQ(view.picture(), before);
 }
 
-TEST(Texture, is_made_again_by_loading_after_reset)
+TEST(Texture, is_created_again_by_loading_after_reset)
 {
     HostView view;
     ASSERT_TRUE(view.load("Quadrants"));
@@ -60,7 +60,7 @@ TEST(Texture, is_released_with_the_view)
     EXPECT_EQ(copy.get_texture(), 0u);
 }
 
-TEST(Texture, that_a_reset_has_left_is_released_with_the_view)
+TEST(Texture, that_a_reset_has_kept_is_released_with_the_view)
 {
     HostView view;
     ASSERT_TRUE(view.load("Quadrants"));
@@ -69,7 +69,7 @@ TEST(Texture, that_a_reset_has_left_is_released_with_the_view)
     EXPECT_EQ(view->get_texture(), 0u);
 }
 
-TEST(Devices, given_again_change_nothing)
+TEST(Devices, that_are_set_again_change_nothing)
 {
     HostView view;
     ASSERT_TRUE(view.load("Quadrants"));
@@ -81,7 +81,7 @@ TEST(Devices, given_again_change_nothing)
     EXPECT_EQ(view.picture().pixel(0, 0), RED);
 }
 
-TEST(Devices, of_another_instance_take_the_scene_and_its_texture_down)
+TEST(Devices, of_another_instance_destroy_the_scene_and_its_texture)
 {
     VulkanHost other;
     HostView view;

@@ -1,4 +1,4 @@
-// The smaller levels of the texture.
+// The mip levels of the texture.
 
 #include "support/host_view.h"
 
@@ -11,12 +11,15 @@ namespace {
 constexpr uint32_t KEY_SPACE = 0x20;
 constexpr Size SIZE{512, 256};
 
-/** The level shows its two colours side by side, as level 0 does, and no third where they meet. */
+/**
+ * Expects that the level shows its two colours side by side, as level 0 does, and no third colour
+ * where they meet.
+ */
 void expect_halves(HostView& view, uint32_t level, Colour left, Colour right)
 {
     const Image picture = view.picture(level);
     const uint32_t half = picture.width() / 2;
-    const std::string rule = "level " + std::to_string(level) + " is level 0 made smaller";
+    const std::string rule = "level " + std::to_string(level) + " is a reduced level 0";
     EXPECT_TRUE(every_pixel_in(picture, {0, 0, half, picture.height()}, left, rule));
     EXPECT_TRUE(every_pixel_in(picture, {half, 0, half, picture.height()}, right, rule));
 }
@@ -32,7 +35,7 @@ protected:
     HostView view{SIZE};
 };
 
-TEST_F(Mips, are_made_down_to_the_last_level)
+TEST_F(Mips, are_filled_down_to_the_last_level)
 {
     view.draw_frame();
     const int count = view->get_mips_count();
@@ -43,7 +46,7 @@ TEST_F(Mips, are_made_down_to_the_last_level)
                                "the last level is the mean of all", 2));
 }
 
-TEST_F(Mips, show_the_frame_before)
+TEST_F(Mips, show_the_previous_frame)
 {
     view.draw_frame();
     view.type(KEY_SPACE, " ");
@@ -58,7 +61,7 @@ TEST_F(Mips, show_the_frame_before)
     expect_halves(view, 8, GREEN, WHITE);
 }
 
-TEST_F(Mips, stay_as_they_are_when_they_are_switched_off)
+TEST_F(Mips, keep_their_content_when_they_are_switched_off)
 {
     view.draw_frame();
     view->set_mipmaps_enabled(false);

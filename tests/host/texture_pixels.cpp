@@ -1,4 +1,4 @@
-// What the texture holds: orientation, channels, alpha, encoding, size.
+// The content of the texture: orientation, channels, alpha, encoding, size.
 
 #include "support/host_view.h"
 
@@ -34,7 +34,7 @@ TEST(Texture, is_transparent_where_nothing_is_drawn)
                                "what the scene does not draw is transparent", 0));
 }
 
-TEST(Texture, holds_srgb_encoded_values)
+TEST(Texture, contains_srgb_encoded_values)
 {
     HostView view({512, 256});
     ASSERT_TRUE(view.load("Greys"));
@@ -53,15 +53,17 @@ TEST(Texture, shows_the_first_frame_as_soon_as_the_scene_is_loaded)
     EXPECT_EQ(view.picture().pixel(0, 0), RED);
 }
 
-TEST(Texture, has_the_size_of_a_scene_that_has_its_own)
+TEST(Texture, has_the_size_of_a_scene_with_its_own_size)
 {
     HostView view({1920, 1080});
     ASSERT_TRUE(view.load("SelfSized"));
     const Image picture = view.picture({800, 600});
-    EXPECT_TRUE(every_pixel_in(picture, picture.area().inside(12), RED, "the scene is all there"));
+    EXPECT_TRUE(every_pixel_in(picture, picture.area().inside(12), RED,
+                               "the texture shows the whole scene"));
     for (const Rect& corner :
          {Rect{0, 0, 10, 10}, Rect{790, 0, 10, 10}, Rect{0, 590, 10, 10}, Rect{790, 590, 10, 10}}) {
-        EXPECT_TRUE(every_pixel_in(picture, corner, WHITE, "each corner of the scene is a corner"));
+        EXPECT_TRUE(every_pixel_in(picture, corner, WHITE,
+                                   "each corner of the texture shows a corner of the scene"));
     }
 }
 
@@ -70,7 +72,7 @@ TEST(Texture, has_the_resolution_when_the_scene_is_15_px_wide)
     HostView view({512, 256});
     ASSERT_TRUE(view.load("Narrow15"));
     EXPECT_TRUE(every_pixel_in(view.picture(), {0, 0, 512, 256}, GREEN,
-                               "a scene of less than 16 px takes the view's resolution"));
+                               "a scene of less than 16 px gets the view's resolution"));
 }
 
 TEST(Texture, has_the_size_of_a_scene_that_is_16_px_wide)
@@ -81,7 +83,7 @@ TEST(Texture, has_the_size_of_a_scene_that_is_16_px_wide)
                                "a scene of 16 px keeps its own size"));
 }
 
-TEST(Texture, is_right_at_odd_sizes)
+TEST(Texture, is_correct_at_odd_sizes)
 {
     HostView view({257, 333});
     ASSERT_TRUE(view.load("Greys"));
@@ -91,7 +93,7 @@ TEST(Texture, is_right_at_odd_sizes)
     EXPECT_EQ(picture.pixel(256, 332), (Colour{0x80, 0x80, 0x80, 255}));
 }
 
-TEST(Texture, of_each_view_holds_its_own_scene)
+TEST(Texture, of_each_view_shows_its_own_scene)
 {
     HostView one({512, 256}), other({300, 300});
     ASSERT_TRUE(one.load("Quadrants"));

@@ -43,7 +43,7 @@ TEST(Threads, use_one_view_together)
     EXPECT_EQ(wrong, 0);
 }
 
-TEST(Threads, make_load_and_destroy_views_of_their_own)
+TEST(Threads, create_load_and_destroy_views_of_their_own)
 {
     HostView starter;
     std::atomic<int> loaded = 0;
@@ -82,7 +82,7 @@ TEST(Threads, get_the_default_or_the_value_while_the_view_is_destroyed)
     }
 }
 
-TEST(Threads, destroy_one_view_at_the_same_time)
+TEST(Threads, may_destroy_one_view_at_the_same_time)
 {
     for (int round = 0; round < 20; ++round) {
         HostView view;

@@ -12,7 +12,7 @@ namespace {
 using Resolution = std::tuple<uint32_t, uint32_t>;
 using Call = bool (*)(const MQuickView& view, VulkanHost& host);
 
-/** A call without an answer, for the table below. */
+/** A call without a result, for the table below. */
 template <auto act>
 bool no_answer(const MQuickView& view, VulkanHost& host)
 {
@@ -28,7 +28,7 @@ bool is_one_of(const Value& value, std::initializer_list<Value> values)
 
 constexpr Call CALLS[] = {
     [](const MQuickView& view, VulkanHost&) {
-        // The second stands before the host has chosen its own.
+        // 1920 x 1080 is the resolution before the host sets its own.
         return is_one_of(view.get_resolution(),
                          {Resolution(256, 256), Resolution(1920, 1080), Resolution(0, 0)});
     },

@@ -7,9 +7,9 @@
 namespace marlune::test {
 
 /**
- * Makes one call on the view: a count of `number` goes round through all members that neither load a
- * scene nor take anything away. False when the answer is neither the default nor that of a view which
- * has been given 256 x 256 px on this host.
+ * Makes one call on the view: a rising `number` goes round through all members that neither load a
+ * scene nor reset or destroy one. Returns false if the result is neither the default nor the value
+ * of a view with a resolution of 256 x 256 px on this host.
  */
 bool make_any_call(const MQuickView& view, unsigned number, VulkanHost& host = test::host());
 

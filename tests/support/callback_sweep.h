@@ -11,10 +11,13 @@
 #include <utility>
 #include <vector>
 
-/** For tests that call members of a facade from within its callbacks, each pair in turn. */
+/** For tests that call members of a facade inside its callbacks, each pair in turn. */
 namespace marlune::test {
 
-/** What one test calls: one member of a facade that acts, or all that only ask and store. */
+/**
+ * The calls of one test: one member of a facade that acts, or all members that only read and store
+ * values.
+ */
 template <typename Facade>
 struct Member {
     const char* name;
@@ -27,14 +30,17 @@ std::string name_of(const testing::TestParamInfo<Member<Facade>>& info)
     return info.param.name;
 }
 
-/** Something that a host does for a callback to come. */
+/** An action of a host that makes the view call a callback. */
 template <typename HostView>
 struct Occasion {
     const char* callback;
     void (*provoke)(HostView& view);
 };
 
-/** Calls a member in the first call of one callback. Callbacks share it, and outlive their test. */
+/**
+ * Calls a member in the first call of one callback. The callbacks share this object, and it
+ * outlives its test.
+ */
 template <typename Facade>
 class CallerInCallback {
 public:
@@ -45,7 +51,7 @@ public:
 
     void on(const char* name)
     {
-        // What the member gives rise to comes here too.
+        // The member may itself cause calls of this callback.
         if (callback_ != name || std::exchange(began_, true))
             return;
         member_.call(view_);
@@ -62,7 +68,7 @@ private:
     std::atomic<bool> called_ = false;
 };
 
-/** Calls the members of any view that neither load nor take anything away. */
+/** Calls the members that all views have and that neither load nor reset nor destroy. */
 template <typename Facade>
 void call_members_of_any_view(Facade& view)
 {

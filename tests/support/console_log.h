@@ -17,14 +17,14 @@ struct ConsoleRecord {
     std::thread::id thread;
 };
 
-/** Console messages of a view in the order in which they came. For any thread. */
+/** Console messages of a view in the order of their arrival. For any thread. */
 class ConsoleLog {
 public:
     void add(ConsoleRecord record);
     std::vector<ConsoleRecord> take();
     std::vector<std::string> take_messages();
 
-    /** Takes the first record for which `matches` is true, if there is one, and leaves the others. */
+    /** Removes and returns the first record for which `matches` is true. The others stay. */
     std::optional<ConsoleRecord>
     take_first(const std::function<bool(const ConsoleRecord&)>& matches);
 

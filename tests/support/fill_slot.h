@@ -6,7 +6,7 @@
 
 namespace marlune::test {
 
-/** Puts a function where a view keeps one of the host's. */
+/** Stores a function in a callback slot of a view. */
 template <typename Slot>
 void fill(Slot& slot, typename Slot::Function function)
 {

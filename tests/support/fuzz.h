@@ -18,7 +18,7 @@
 #include <string>
 
 /**
- * Random input, for as long as one likes. Each run prints its seed, by which it can be repeated:
+ * Random input for a set time. Each run prints its seed, with which it can be repeated:
  * MARLUNE_FUZZ_SEED=... MARLUNE_FUZZ_SECONDS=... test-...
  */
 namespace marlune::test {
@@ -52,7 +52,7 @@ class Fuzz : public testing::Test {
 protected:
     Fuzz() : dice(seed()) {}
 
-    /** Goes on for a while. A failure ends it, and tells by which step it came. */
+    /** Repeats `step` for duration(). A failure ends the loop, and the message names the step. */
     template <typename Step>
     void repeat(Step step, uint64_t least_steps = 0)
     {
@@ -74,7 +74,7 @@ protected:
 private:
     static uint64_t seed()
     {
-        // Always the same in the brief form: a change is judged by what it does, not by its luck.
+        // The brief form always uses the same seed: a change is judged by its effect, not by luck.
         const uint64_t seed = number_in_environment("MARLUNE_FUZZ_SEED")
                                   .value_or(is_soak() ? std::random_device()() : 39917217);
         std::cout << "MARLUNE_FUZZ_SEED=" << seed << std::endl;
@@ -89,7 +89,7 @@ private:
     }
 };
 
-/** Counts Qt's messages instead of showing them: here they come by the thousand. */
+/** Counts Qt's messages instead of showing them: these tests cause thousands. */
 class MessageCounter {
 public:
     MessageCounter() : before_(qInstallMessageHandler(count)) { counted = 0; }

@@ -4,7 +4,7 @@
 
 namespace marlune::test {
 
-/** The members of a facade that take nothing and only answer. */
+/** The members of a facade that have no parameters and only return a value. */
 template <auto... Members>
 struct Getters {
     template <typename Facade>
@@ -13,7 +13,7 @@ struct Getters {
         (static_cast<void>((view.*Members)()), ...);
     }
 
-    /** Expects what a facade answers without a view: 0, false, no text, an empty list. */
+    /** Expects the defaults of a facade without a view: 0, false, an empty text, an empty list. */
     template <typename Facade>
     static void expect_defaults(const Facade& view)
     {

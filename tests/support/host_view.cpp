@@ -8,7 +8,10 @@ namespace {
 
 constexpr uint32_t KEY_SPACE = 0x20;
 
-/** An interval is whole ms and the rate read back is rounded, so one ms is added to be sure. */
+/**
+ * An interval is a whole number of ms and the rate that the view returns is rounded, so this adds
+ * one ms.
+ */
 std::chrono::milliseconds interval_of(const MView& view)
 {
     return std::chrono::milliseconds(1000 / view.get_refresh_rate() + 1);

@@ -20,10 +20,10 @@ struct Size {
     uint32_t width = 512, height = 256;
 };
 
-/** Gives a view a device and a resolution, as each host does before it loads. */
+/** Sets the device and the resolution of a view, as each host does before it loads. */
 void set_up(const MView& view, Size resolution = {}, VulkanHost& host = test::host());
 
-/** What all kinds of view of the tests have in common. See HostViewOf. */
+/** The part that all test views share. See HostViewOf. */
 class HostViewBase {
 public:
     HostViewBase(const HostViewBase&) = delete;
@@ -32,7 +32,7 @@ public:
     /** Draws a frame if one is due. */
     void render();
 
-    /** Draws exactly one frame: waits until one is due, as a host does that keeps a steady pace. */
+    /** Draws exactly one frame: waits until one is due, like a host with a steady frame rate. */
     void draw_frame();
 
     /** Draws frames until `holds` is true. */
@@ -46,14 +46,14 @@ public:
         return wait_until(drawn_and_true, cap);
     }
 
-    /** The texture's content, of a scene that has the view's resolution or the size given. */
+    /** The texture's content, for a scene with the view's resolution or with the given size. */
     Image picture(uint32_t level = 0);
     Image picture(Size size, uint32_t level = 0);
 
     /** Presses and releases a key. */
     void type(uint32_t key, const std::string& text = {});
 
-    /** Messages of the scene since the last look. */
+    /** The console messages that the test has not taken yet. */
     ConsoleLog& console() { return *console_; }
 
 protected:
@@ -61,7 +61,7 @@ protected:
     HostViewBase(MView& view, Size resolution, VulkanHost& host);
     ~HostViewBase() = default;
 
-    /** To be called after each loading, which draws a frame by itself. */
+    /** Call this after each load, which draws a frame on its own. */
     void note_frame();
 
 private:
@@ -72,7 +72,9 @@ private:
     std::chrono::steady_clock::time_point last_asked_;
 };
 
-/** Starts the library when that has not been done, makes a view, and destroys it when it goes. */
+/**
+ * Starts the library if it is not running, creates a view, and destroys the view in its destructor.
+ */
 template <typename Facade>
 class ViewOwner {
 protected:
@@ -83,11 +85,11 @@ protected:
 };
 
 /**
- * A view as a host has it: on the shared device, with a resolution and a console callback. Starts
- * the library when that has not been done, and destroys the view when it goes.
+ * A view as a host uses it: on the shared device, with a resolution and a console callback. Starts
+ * the library if it is not running, and destroys the view in its destructor.
  */
 template <typename Facade>
-class HostViewOf : private ViewOwner<Facade>,  // first: the other base uses its facade
+class HostViewOf : private ViewOwner<Facade>,  // first: the other base class uses its facade
                    public HostViewBase {
 public:
     explicit HostViewOf(Size resolution = {}, VulkanHost& host = test::host())
@@ -104,14 +106,14 @@ class HostView : public HostViewOf<MQuickView> {
 public:
     using HostViewOf::HostViewOf;
 
-    /** Loads one of the tests' own scenes, which belong to the module "Scenes". */
+    /** Loads a scene of the tests' own module "Scenes". */
     bool load(const std::string& scene);
 
-    /** How many frames the scene ContextProbe has seen. */
+    /** The number of frames that the scene ContextProbe has counted. */
     int frames_rendered();
 };
 
-/** A callback that writes to `log`, which it keeps alive. */
+/** A callback that writes to `log` and keeps it alive. */
 MView::JavaScriptConsoleLog write_to(std::shared_ptr<ConsoleLog> log);
 
 }  // namespace marlune::test

@@ -103,7 +103,7 @@ testing::AssertionResult shows_something(const Image& image, const std::string& 
                 return testing::AssertionSuccess();
         }
     }
-    return testing::AssertionFailure() << rule << ": all of the picture is " << first;
+    return testing::AssertionFailure() << rule << ": the whole image is " << first;
 }
 
 std::filesystem::path keep_picture(const Image& image)

@@ -25,17 +25,17 @@ inline constexpr Colour RED{255, 0, 0, 255};
 inline constexpr Colour GREEN{0, 255, 0, 255};
 inline constexpr Colour BLUE{0, 0, 255, 255};
 
-/** True when no channel differs by more than `tolerance`. */
+/** True if no channel differs by more than `tolerance`. */
 bool is_close(Colour left, Colour right, int tolerance);
 
 struct Rect {
     uint32_t x = 0, y = 0, width = 0, height = 0;
 
-    /** The part that is at least `margin` px away from every side. */
+    /** The part that is at least `margin` px away from each side. */
     Rect inside(uint32_t margin) const;
 };
 
-/** A picture in rows from top to bottom, RGBA with 8 bits each. */
+/** An image in rows from top to bottom, RGBA with 8 bits a channel. */
 class Image {
 public:
     Image() = default;
@@ -48,7 +48,7 @@ public:
     Colour pixel(uint32_t x, uint32_t y) const;
     bool operator==(const Image&) const = default;
 
-    /** PNG wants straight alpha, so premultiplied colours are divided by their alpha. */
+    /** PNG stores straight alpha, so this function divides premultiplied colours by their alpha. */
     void save_png(const std::filesystem::path& path) const;
 
 private:
@@ -58,16 +58,16 @@ private:
 };
 
 /**
- * Succeeds when all of `area` has the colour `wanted`. Otherwise the message names the rule that
- * broke, the first pixel that breaks it, and the file to which the picture has been written.
+ * Succeeds if every pixel of `area` has the colour `wanted`. Otherwise the message names the broken
+ * rule, the first wrong pixel, and the file that contains the image.
  */
 testing::AssertionResult every_pixel_in(const Image& image, Rect area, Colour wanted,
                                         const std::string& rule, int tolerance = 1);
 
-/** Succeeds when the picture shows anything at all: not all of its pixels are alike. */
+/** Succeeds if the image is not of one colour. */
 testing::AssertionResult shows_something(const Image& image, const std::string& rule);
 
-/** Writes the picture where results of the running test go, and returns its path. */
+/** Writes the image to the folder for results of the running test, and returns its path. */
 std::filesystem::path keep_picture(const Image& image);
 
 }  // namespace marlune::test

@@ -4,11 +4,11 @@
 
 namespace marlune::test {
 
-/** Numbers of Qt::Key. Letters and digits have those of their upper-case character. */
+/** Numbers of Qt::Key. Letters and digits have the numbers of their upper-case characters. */
 enum Key : uint32_t {
     KEY_ESCAPE = 0x01000000,
     KEY_TAB = 0x01000001,
-    KEY_BACKTAB = 0x01000002,  // what Shift makes of Tab
+    KEY_BACKTAB = 0x01000002,  // Tab with Shift
     KEY_BACKSPACE = 0x01000003,
     KEY_ENTER = 0x01000004,  // the one beside the letters: Qt::Key_Return
     KEY_DELETE = 0x01000007,

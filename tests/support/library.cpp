@@ -30,13 +30,19 @@ class Watch : public testing::EmptyTestEventListener {
     void OnTestEnd(const testing::TestInfo&) override { check_what_was_said(); }
 };
 
-/** Qt loses what its threads have sent each other and nobody has served when the loop ends. */
+/**
+ * Qt leaks events that its threads have posted to each other and that are pending when the loop
+ * ends.
+ */
 void serve_what_is_posted()
 {
     MQuickView().destroy();
 }
 
-/** Ends what the tests began. The device goes last: the library's work is done on it. */
+/**
+ * Stops the library and destroys the shared host, in this order: the library works on the host's
+ * device.
+ */
 class Ending : public testing::Environment {
     void TearDown() override
     {

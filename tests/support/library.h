@@ -3,21 +3,21 @@
 namespace marlune::test {
 
 /**
- * Starts the library, the first time that it is called, with the options as they stand and the
- * project root that the environment names. It is stopped after the last test of the process.
+ * The first call starts the library, with the current options and the project root that the
+ * environment names. The library is stopped after the last test of the process.
  */
 void start_library();
 
 /**
- * The same, once there is the device that the views are drawn on: the engine looks into the Vulkan loader
- * as soon as it has been started, and the loader does not always stand that beside the making of a device.
+ * The same, but creates the shared device first: the web engine uses the Vulkan loader as soon as
+ * it has started, and the loader sometimes fails if another thread creates a device at that time.
  */
 void start_library_with_device();
 
 /**
- * Runs the tests of this program in a supervised process. Beyond its assertions a test fails for a
- * Qt message that it does not expect and for any message of the Vulkan validation layer; the program
- * fails for a process that it leaves behind.
+ * Runs the tests of this program in a supervised process. Apart from its assertions, a test fails
+ * if Qt writes a message that the test does not expect, or if the Vulkan validation layer writes
+ * any message. The program fails if it leaves a process behind.
  */
 int run_tests(int argc, char** argv);
 

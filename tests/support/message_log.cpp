@@ -18,24 +18,25 @@ namespace marlune::test {
 
 namespace {
 
-// What is said here in any case.
+// Messages that any run may write.
 const std::array KNOWN_MESSAGES = {
-    // The Qt thread is not main by design; Qt says so once.
+    // By design, the Qt thread is not the thread of main(); Qt reports that once.
     std::regex("QApplication was not created in the main\\(\\) thread"),
-    // The host's instance is adopted as it is, with or without surface extensions.
+    // Qt adopts the host's instance as it is, with or without surface extensions.
     std::regex("Failed to find vk\\w*Surface\\w*"),
-    // A process of the engine that is left by a very short life while it still starts.
+    // The web engine was stopped while one of its processes was still starting.
     std::regex("zygote_linux\\.cc.*Broken pipe"),
-    // A machine without D-Bus; the engine of newer versions of Qt says so.
+    // A machine without D-Bus; the web engine of newer Qt versions reports it.
     std::regex("dbus/bus\\.cc.*Failed to connect to the bus"),
-    // The engine of Qt 6.11, sometimes: it hears of the graphics hardware early.
+    // The web engine of Qt 6.11 sometimes receives an update about the GPU before it has
+    // initialized.
     std::regex("^GPUInfo not initialized on GpuInfoUpdate$"),
-    // A machine without a sound server: a player keeps its pace without one.
+    // A machine without a sound server; a video player keeps its pace without one.
     std::regex("^PulseAudioService: pa_context_connect\\(\\) failed$"),
     std::regex("^No audio device detected$"),
-    // Matroska has one duration for all of its streams, which Qt takes then.
+    // Matroska has one duration for all of its streams; Qt then uses that one.
     std::regex("^AVStream duration -\\d+ is invalid. Taking it from the metadata$"),
-    // A view without a step of its own at the end of its set-up says so at each load.
+    // A view that does not override post_setup() reports it at each load.
     std::regex("^post_setup is virtual$"),
 };
 
@@ -54,7 +55,7 @@ struct Log {
     std::mutex mutex;
     std::vector<Expectation> expected;
     std::vector<std::regex> allowed;
-    std::vector<std::string> surplus;  // came without being expected
+    std::vector<std::string> surplus;  // unexpected messages
 };
 
 Log& message_log()
@@ -141,7 +142,7 @@ void check_messages()
     const std::lock_guard lock(log.mutex);
     for (const Expectation& expectation : log.expected) {
         if (!expectation.came)
-            ADD_FAILURE() << "expected message never came: " << expectation.text;
+            ADD_FAILURE() << "expected message never arrived: " << expectation.text;
     }
     for (const std::string& message : log.surplus)
         ADD_FAILURE() << "unexpected message: " << message;

@@ -3,30 +3,33 @@
 #include <string>
 
 /**
- * Qt's warnings and critical messages, judged: one that the running test does not expect fails it,
- * and so does an expected one that does not come.
+ * Judges Qt's warnings and critical messages: a message that the running test does not expect fails
+ * the test, and so does an expected message that does not arrive.
  */
 namespace marlune::test {
 
-/** Takes over Qt's message output. Called by run_tests(), before Qt is used. */
+/** Installs Qt's message handler. run_tests() calls this before Qt is used. */
 void install_message_log();
 
-/** Exactly one warning or critical message with this text comes in the running test. */
+/** Expects exactly one warning or critical message with this text in the running test. */
 void expect_message(const std::string& text);
 
-/** Exactly one warning or critical message comes whose text has a part that matches `regex`. */
+/** Expects exactly one warning or critical message with a part that matches `regex`. */
 void expect_message_matching(const std::string& regex);
 
-/** Any number of such messages may come: for Qt's own texts, whose number is not ours to fix. */
+/**
+ * Allows any number of such messages: for texts of Qt itself, whose number the library does not
+ * determine.
+ */
 void allow_messages_matching(const std::string& regex);
 
-/** True for what is said on a machine like this in any case; see the list. */
+/** True for messages that any run on such a machine may write; see the list. */
 bool is_known_message(const std::string& text);
 
-/** True when each message that the running test expects has come by now. */
+/** True if each message that the running test expects has arrived. */
 bool all_expected_messages_came();
 
-/** Fails the running test for messages that should not have come or did not come; forgets all. */
+/** Fails the running test for unexpected messages and for missing ones; forgets all of them. */
 void check_messages();
 
 }  // namespace marlune::test

@@ -11,10 +11,13 @@
 #include <memory>
 #include <thread>
 
-/** Qt without the library's start: for tests of its insides that play the Qt thread themselves. */
+/** Qt without the library's start, for tests of internal code that act as the Qt thread. */
 namespace marlune::test {
 
-/** Ends with the last test: what Qt has at the end of the process does not bear it that late. */
+/**
+ * Ends after the last test: Qt's own global objects are destroyed at the end of the process, which
+ * is too late for the application.
+ */
 template <typename Application>
 class ApplicationOfTests : public testing::Environment {
 public:
@@ -28,7 +31,7 @@ private:
         std::make_unique<Application>(argument_count_, arguments_);
 };
 
-/** Makes the application object, the first time. */
+/** Creates the application object in the first call. */
 template <typename Application = QCoreApplication>
 void have_application()
 {
@@ -37,14 +40,17 @@ void have_application()
     static_cast<void>(environment);
 }
 
-/** Does what a turn of the event loop does. */
+/** Does the work of one turn of the event loop. */
 inline void serve_events()
 {
     QCoreApplication::processEvents();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
-/** Serves this thread's events until `holds` is true; false when it still is not after the cap. */
+/**
+ * Serves this thread's events until `holds` is true; returns false if that takes longer than the
+ * cap.
+ */
 template <typename Predicate>
 bool serve_until(Predicate holds)
 {
@@ -54,7 +60,7 @@ bool serve_until(Predicate holds)
     });
 }
 
-/** Runs `caller` on a thread of its own while this thread's events are served until it has ended. */
+/** Runs `caller` on a thread of its own and serves this thread's events until it has ended. */
 template <typename Caller>
 void serve_while(Caller caller)
 {

@@ -1,3 +1,3 @@
-// The one place that compiles the library's code; everyone else includes the header alone.
+// The one source that compiles the code of stb; all others include its header alone.
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #include <stb_image_write.h>

@@ -5,7 +5,7 @@
 
 namespace marlune::test {
 
-/** Looks at `holds` until it is true; false when it is still not after `cap`. */
+/** Evaluates `holds` until it is true; returns false if that takes longer than `cap`. */
 template <typename Predicate>
 bool wait_until(Predicate holds, std::chrono::milliseconds cap = std::chrono::seconds(10))
 {

@@ -1,4 +1,4 @@
-// What is said of an add-on directory that is not whole.
+// Messages about an incomplete add-on directory.
 
 #include "library/addon_check.h"
 #include "support/message_log.h"
@@ -16,7 +16,7 @@ namespace marlune::test {
 
 namespace {
 
-/** A directory with a manifest and some files; paths as the start forms them. */
+/** A directory with a manifest and some files; paths in the form that the start uses. */
 class AddonDirectory : public testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(folder_.isValid()); }
@@ -46,7 +46,7 @@ private:
 
 }  // namespace
 
-TEST_F(AddonDirectory, is_passed_in_silence_when_it_is_whole)
+TEST_F(AddonDirectory, is_not_reported_when_it_is_complete)
 {
     write_manifest({"libmarlune.so", "plugins/platforms/libqxcb.so"});
     write(QStringLiteral("libmarlune.so"));
@@ -54,7 +54,7 @@ TEST_F(AddonDirectory, is_passed_in_silence_when_it_is_whole)
     warn_of_missing_files(path());
 }
 
-TEST_F(AddonDirectory, is_named_with_the_file_that_it_lacks)
+TEST_F(AddonDirectory, is_reported_with_the_file_that_it_lacks)
 {
     write_manifest({"libmarlune.so", "plugins/platforms/libqxcb.so"});
     write(QStringLiteral("libmarlune.so"));
@@ -63,20 +63,20 @@ TEST_F(AddonDirectory, is_named_with_the_file_that_it_lacks)
     warn_of_missing_files(path());
 }
 
-TEST_F(AddonDirectory, gets_one_line_however_many_files_it_lacks)
+TEST_F(AddonDirectory, is_reported_in_one_line_however_many_files_it_lacks)
 {
     write_manifest({"qml/a", "qml/b", "qml/c"});
     expect_message_matching("lacks qml/a and 2 more files: copy the complete directory again");
     warn_of_missing_files(path());
 }
 
-TEST_F(AddonDirectory, may_do_without_licences_and_languages)
+TEST_F(AddonDirectory, may_lack_licences_and_languages)
 {
     write_manifest({"licenses/marlune.txt", "translations/qtwebengine_locales/fi.pak"});
     warn_of_missing_files(path());
 }
 
-TEST_F(AddonDirectory, is_not_judged_without_a_manifest_that_can_be_read)
+TEST_F(AddonDirectory, is_not_checked_without_a_readable_manifest)
 {
     write(QStringLiteral("QtWebEngineProcess.exe"));
     warn_of_missing_files(path());
@@ -85,7 +85,7 @@ TEST_F(AddonDirectory, is_not_judged_without_a_manifest_that_can_be_read)
     warn_of_missing_files(path());
 }
 
-TEST_F(AddonDirectory, has_a_process_that_may_be_executed)
+TEST_F(AddonDirectory, is_reported_when_its_process_is_not_executable)
 {
     const QString process = QStringLiteral("QtWebEngineProcess.exe");
     write_manifest({"QtWebEngineProcess.exe"});

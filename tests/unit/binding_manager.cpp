@@ -1,4 +1,4 @@
-// The registry of what a host publishes to a view, and its place on the web channel.
+// The registry of the published objects of a view, and its place on the web channel.
 
 #include "binding/context_object.h"
 #include "binding/manager.h"
@@ -33,7 +33,7 @@ namespace {
 
 using enum VariantTypeStd;
 
-/** Qt's own, for each object that comes while a page is connected. */
+/** A message of Qt for each object that is registered while a page is connected. */
 constexpr auto late_object = "^Registered new object after initialization";
 
 class Manager : public testing::Test {
@@ -156,7 +156,7 @@ TEST_F(Manager, refuses_no_object_and_no_name)
     EXPECT_TRUE(told.empty());
 }
 
-TEST_F(Manager, takes_names_of_any_kind)
+TEST_F(Manager, accepts_names_of_any_kind)
 {
     const std::vector<std::string> names = {"__proto__", "constructor", "größer 猫", "\"quoted\\",
                                             " "};
@@ -180,7 +180,7 @@ TEST_F(Manager, withdraws_an_object_with_its_members)
     EXPECT_EQ(told, (std::vector<std::string>{"+player", "-player"}));
 }
 
-TEST_F(Manager, deletes_what_it_has_withdrawn_once_nothing_can_be_in_it)
+TEST_F(Manager, deletes_a_withdrawn_object_once_none_of_its_calls_can_be_running)
 {
     EXPECT_TRUE(add("player", player));
     const QPointer<QObject> object = channel->registeredObjects().value("player");
@@ -190,7 +190,7 @@ TEST_F(Manager, deletes_what_it_has_withdrawn_once_nothing_can_be_in_it)
     EXPECT_FALSE(object);
 }
 
-TEST_F(Manager, refuses_to_withdraw_what_is_not_there)
+TEST_F(Manager, refuses_to_withdraw_an_unknown_object)
 {
     expect_message("cannot remove context object 'player', does not exist.");
     EXPECT_FALSE(manager->deregisterObject("player"));
@@ -200,7 +200,7 @@ TEST_F(Manager, refuses_to_withdraw_what_is_not_there)
     EXPECT_FALSE(manager->deregisterObject("player"));
 }
 
-TEST_F(Manager, takes_a_name_and_an_object_again_that_were_withdrawn)
+TEST_F(Manager, publishes_a_withdrawn_name_and_object_again)
 {
     HostObject other("other");
     player.property("health", INT, ValueStd(1));
@@ -211,7 +211,7 @@ TEST_F(Manager, takes_a_name_and_an_object_again_that_were_withdrawn)
     }
 }
 
-TEST_F(Manager, finds_the_very_record_that_the_host_has_given)
+TEST_F(Manager, finds_the_record_that_the_host_has_published)
 {
     EXPECT_EQ(manager->find("player"), nullptr);
     EXPECT_TRUE(add("player", player));
@@ -220,7 +220,7 @@ TEST_F(Manager, finds_the_very_record_that_the_host_has_given)
     EXPECT_EQ(manager->find("player"), nullptr);
 }
 
-TEST_F(Manager, finds_records_on_other_threads_while_they_come_and_go)
+TEST_F(Manager, finds_records_on_other_threads_while_they_are_published_and_withdrawn)
 {
     HostObject steady("steady");
     EXPECT_TRUE(add("steady", steady));
@@ -258,7 +258,7 @@ TEST_F(Manager, holds_no_lock_while_it_notifies)
     EXPECT_EQ(manager->find("player"), nullptr);
 }
 
-TEST_F(Manager, takes_all_objects_with_it)
+TEST_F(Manager, deletes_all_its_objects_with_itself)
 {
     player.method("heal");
     EXPECT_TRUE(add("player", player));
@@ -268,7 +268,7 @@ TEST_F(Manager, takes_all_objects_with_it)
     EXPECT_TRUE(ids().isEmpty());
 }
 
-TEST_F(Manager, does_without_a_channel_that_has_gone)
+TEST_F(Manager, works_after_its_channel_is_destroyed)
 {
     EXPECT_TRUE(add("player", player));
     channel.reset();
@@ -277,7 +277,7 @@ TEST_F(Manager, does_without_a_channel_that_has_gone)
     manager.reset();
 }
 
-TEST_F(Manager, takes_its_objects_along_to_the_channel_of_the_next_scene)
+TEST_F(Manager, moves_its_objects_to_the_channel_of_the_next_scene)
 {
     PropertyInfoStd& both = player.property("both", INT, ValueStd(1));
     player.method("both");
@@ -294,12 +294,12 @@ TEST_F(Manager, takes_its_objects_along_to_the_channel_of_the_next_scene)
     QObject::connect(manager.get(), &DataBindingContextManager::propChanged, [&] { ++changes; });
     both.func_valueChanged_updateQt(&both);
     serve_events();
-    EXPECT_EQ(changes, 1) << "what the host has been given still works";
+    EXPECT_EQ(changes, 1) << "the host's callbacks still work";
     EXPECT_TRUE(manager->deregisterObject("player"));
     EXPECT_TRUE(ids().isEmpty());
 }
 
-TEST_F(Manager, makes_the_classes_known_to_qml_as_what_cannot_be_created)
+TEST_F(Manager, registers_its_classes_with_qml_as_uncreatable)
 {
     DataBindingContextManager::register_types();
     DataBindingContextManager::register_types();
@@ -324,7 +324,7 @@ TEST_F(Manager, gives_pages_no_way_to_publish_or_withdraw)
     ASSERT_TRUE(serve_until([&] { return answers.size() == 1; }));
     const QByteArray description = QJsonDocument(answers[0]).toJson();
     EXPECT_TRUE(description.contains("objectRegistered"));
-    EXPECT_FALSE(description.contains("registerObject")) << "pages know of it";
+    EXPECT_FALSE(description.contains("registerObject")) << "the channel describes it to pages";
 
     const QMetaObject& meta = DataBindingContextManager::staticMetaObject;
     const auto call = [&](const QJsonValue& method, const QJsonArray& arguments) {
@@ -383,7 +383,7 @@ TEST_F(Manager, survives_calls_with_arguments_of_every_kind)
                    {"args", arguments}});
         ++sent;
     };
-    // By number and by signature too, as the page's own script does not.
+    // Also calls by number and by signature, which the page script never makes.
     const QMetaObject& meta = DBAbstractContextObject::staticMetaObject;
     allow_messages_matching("^Cannot invoke non-public method");
     for (const QJsonValue& value : values) {
@@ -402,7 +402,7 @@ TEST_F(Manager, survives_calls_with_arguments_of_every_kind)
     EXPECT_EQ(calls, 0);
 }
 
-TEST_F(Manager, keeps_pages_from_what_has_gone)
+TEST_F(Manager, keeps_pages_from_calling_a_withdrawn_object)
 {
     int calls = 0, answers = 0;
     player.property("health", INT, ValueStd(1));
@@ -434,7 +434,8 @@ TEST_F(Manager, keeps_pages_from_what_has_gone)
     allow_messages_matching(late_object);
     EXPECT_TRUE(add("player", player));
     heal(4);
-    EXPECT_TRUE(serve_until([&] { return calls == 2; })) << "what comes again is there again";
+    EXPECT_TRUE(serve_until([&] { return calls == 2; }))
+        << "an object that is published again can be called again";
 }
 
 }  // namespace marlune::test

@@ -1,4 +1,4 @@
-// Where the library keeps a function of the host: which one is called, and how long it stays.
+// The slot that holds a callback of the host: which function it calls, and how long it keeps it.
 
 #include "runtime/callback_slot.h"
 #include "support/fill_slot.h"
@@ -16,7 +16,7 @@ namespace marlune::test {
 
 namespace {
 
-/** Notes where it ends. */
+/** Records on which thread, and whether in a callback, it is destroyed. */
 struct Capture {
     std::thread::id& ended_on;
     bool& ended_in_callback;
@@ -52,7 +52,7 @@ TEST_F(CallbackSlots, are_empty_for_an_empty_function)
     EXPECT_EQ(slot.call(nullptr, 4), 0);
 }
 
-TEST_F(CallbackSlots, call_the_very_function_that_was_given)
+TEST_F(CallbackSlots, call_the_stored_function_and_not_a_copy)
 {
     CallbackSlot<int()> slot;
     fill(slot, [calls = 0]() mutable { return ++calls; });
@@ -61,7 +61,7 @@ TEST_F(CallbackSlots, call_the_very_function_that_was_given)
     EXPECT_EQ(slot.call(nullptr), 3);
 }
 
-TEST_F(CallbackSlots, report_what_a_function_throws_and_go_on)
+TEST_F(CallbackSlots, report_an_exception_of_their_function_and_continue)
 {
     CallbackSlot<int()> slot;
     expect_message_matching("^marlune: broken");
@@ -84,7 +84,8 @@ TEST_F(CallbackSlots, keep_a_function_that_replaces_itself_until_it_has_returned
     slot.call(nullptr);
     EXPECT_EQ(order, "new alive ");
     EXPECT_NE(ended_on, std::thread::id());
-    EXPECT_TRUE(ended_in_callback) << "what ends with the call may take a view down";
+    EXPECT_TRUE(ended_in_callback)
+        << "an object that is destroyed with the call may destroy a view";
 }
 
 TEST_F(CallbackSlots, keep_a_function_that_is_replaced_deep_in_its_own_calls)
@@ -100,20 +101,20 @@ TEST_F(CallbackSlots, keep_a_function_that_is_replaced_deep_in_its_own_calls)
             ended_at = depth;
     });
     slot.call(nullptr, 0);
-    EXPECT_EQ(ended_at, -1) << "it ends after the outermost call";
+    EXPECT_EQ(ended_at, -1) << "it is destroyed after the outermost call";
     EXPECT_NE(ended_on, std::thread::id());
 }
 
-TEST_F(CallbackSlots, end_their_function_within_a_callback)
+TEST_F(CallbackSlots, destroy_their_function_in_a_callback_scope)
 {
     {
         CallbackSlot<void()> slot;
         fill(slot, [capture = capture()] {});
     }
-    EXPECT_TRUE(ended_in_callback) << "what goes with a slot may take a view down";
+    EXPECT_TRUE(ended_in_callback) << "an object that is destroyed with a slot may destroy a view";
 }
 
-TEST_F(CallbackSlots, go_while_their_function_runs)
+TEST_F(CallbackSlots, may_be_destroyed_while_their_function_runs)
 {
     auto slot = std::make_unique<CallbackSlot<void()>>();
     bool alive = false;
@@ -126,7 +127,7 @@ TEST_F(CallbackSlots, go_while_their_function_runs)
     EXPECT_NE(ended_on, std::thread::id());
 }
 
-TEST_F(CallbackSlots, end_a_replaced_function_on_the_thread_that_replaces_it)
+TEST_F(CallbackSlots, destroy_a_replaced_function_on_the_thread_that_replaces_it)
 {
     CallbackSlot<void()> slot;
     fill(slot, [capture = capture()] {});
@@ -143,7 +144,7 @@ TEST_F(CallbackSlots, are_filled_by_another_thread_once_the_former_function_has_
     for (int round = 0; round < 200; ++round) {
         CallbackSlot<void()> slot;
         std::atomic<bool> running = false, replaced = false, returned = false;
-        // The outermost call alone is to wait for the replacement.
+        // Only the outermost call waits for the replacement.
         fill(slot, [&, nested = false]() mutable {
             if (nested)
                 return;
@@ -159,7 +160,7 @@ TEST_F(CallbackSlots, are_filled_by_another_thread_once_the_former_function_has_
             while (!running)
                 std::this_thread::yield();
             fill(slot, [&] { replaced = true; });
-            EXPECT_TRUE(returned) << "what it has captured may be freed now";
+            EXPECT_TRUE(returned) << "the host may now free the captured objects";
         });
         slot.call(nullptr);
         host.join();

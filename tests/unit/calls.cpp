@@ -1,4 +1,4 @@
-// The carried call: it completes exactly once, whatever becomes of it.
+// A call that is posted to the Qt thread: it completes exactly once, whatever happens to it.
 
 #include "runtime/call.h"
 #include "runtime/host_callback.h"
@@ -24,7 +24,7 @@ namespace marlune::test {
 
 namespace {
 
-/** Something to call, with the life of a view. */
+/** A target of calls, registered like a view. */
 class Target : public QObject {
     Q_OBJECT
 
@@ -43,7 +43,7 @@ class OtherTarget : public QObject {
     LiveObject live_{this};
 };
 
-/** Keeps exceptions from leaving the loop, as the library's application object does. */
+/** Catches exceptions before they leave the event loop, like the library's application object. */
 class Application : public QCoreApplication {
 public:
     using QCoreApplication::QCoreApplication;
@@ -70,7 +70,7 @@ Application& application()
     return instance;
 }
 
-/** Runs `caller` on a thread of its own while this thread's events are served until it has ended. */
+/** Runs `caller` on a thread of its own and serves this thread's events until it has ended. */
 template <typename Caller>
 void while_serving(Caller caller)
 {
@@ -104,7 +104,7 @@ INSTANTIATE_TEST_SUITE_P(Deliveries, CallBothWays,
                              return info.param == WaitFor::Cleanup ? "blocking" : "queued";
                          });
 
-TEST_P(CallBothWays, runs_on_the_targets_thread_and_gives_its_result)
+TEST_P(CallBothWays, runs_on_the_targets_thread_and_returns_its_result)
 {
     const auto served_on = std::this_thread::get_id();
     while_serving([&] {
@@ -116,14 +116,14 @@ TEST_P(CallBothWays, runs_on_the_targets_thread_and_gives_its_result)
     });
 }
 
-TEST_P(CallBothWays, gives_the_default_at_once_without_a_target)
+TEST_P(CallBothWays, returns_the_default_at_once_without_a_target)
 {
     const int result =
         call<Target>("test", nullptr, GetParam(), -1, [](Target& target) { return target.answer; });
     EXPECT_EQ(result, -1);
 }
 
-TEST_P(CallBothWays, gives_the_default_when_the_target_has_gone)
+TEST_P(CallBothWays, returns_the_default_after_its_target_is_destroyed)
 {
     Target* const stale = target.get();
     target.reset();
@@ -134,7 +134,7 @@ TEST_P(CallBothWays, gives_the_default_when_the_target_has_gone)
     });
 }
 
-TEST_P(CallBothWays, gives_the_default_when_the_target_goes_while_it_waits)
+TEST_P(CallBothWays, returns_the_default_when_its_target_is_destroyed_while_it_waits)
 {
     std::atomic<int> result = 0;
     std::thread caller([&] {
@@ -148,7 +148,7 @@ TEST_P(CallBothWays, gives_the_default_when_the_target_goes_while_it_waits)
     EXPECT_EQ(result, -1);
 }
 
-TEST_P(CallBothWays, gives_the_default_when_an_object_of_another_kind_has_taken_the_place)
+TEST_P(CallBothWays, returns_the_default_when_an_object_of_another_class_is_at_the_same_address)
 {
     OtherTarget other;
     while_serving([&] {
@@ -158,7 +158,7 @@ TEST_P(CallBothWays, gives_the_default_when_an_object_of_another_kind_has_taken_
     });
 }
 
-TEST_P(CallBothWays, gives_the_default_when_the_work_throws_and_lets_the_loop_have_the_exception)
+TEST_P(CallBothWays, returns_the_default_when_the_work_throws_and_passes_the_exception_to_the_loop)
 {
     while_serving([&] {
         const int result = call<Target>("test", target.get(), GetParam(), -1,
@@ -168,7 +168,7 @@ TEST_P(CallBothWays, gives_the_default_when_the_work_throws_and_lets_the_loop_ha
     EXPECT_EQ(application().exceptions, 1);
 }
 
-TEST_P(CallBothWays, releases_the_caller_of_work_without_a_result_too)
+TEST_P(CallBothWays, returns_also_when_the_work_has_no_result)
 {
     int runs = 0;
     while_serving([&] {
@@ -181,7 +181,7 @@ TEST_P(CallBothWays, releases_the_caller_of_work_without_a_result_too)
     EXPECT_EQ(application().exceptions, 1);
 }
 
-TEST_P(CallBothWays, come_in_the_order_in_which_a_thread_makes_them)
+TEST_P(CallBothWays, runs_in_the_order_in_which_a_thread_makes_the_calls)
 {
     std::string order;
     while_serving([&] {
@@ -192,7 +192,7 @@ TEST_P(CallBothWays, come_in_the_order_in_which_a_thread_makes_them)
     EXPECT_EQ(order, "abcd");
 }
 
-TEST_F(Call, is_over_for_a_blocking_caller_when_all_that_it_carried_is_gone)
+TEST_F(Call, returns_from_a_wait_for_cleanup_when_its_captures_are_destroyed)
 {
     auto carried = std::make_shared<int>(1);
     const std::weak_ptr<int> watched = carried;
@@ -230,7 +230,7 @@ TEST_F(Call, that_is_posted_returns_before_it_has_run)
     EXPECT_TRUE(ran);
 }
 
-TEST_F(Call, that_is_posted_keeps_its_place_among_those_that_wait)
+TEST_F(Call, that_is_posted_runs_in_order_with_blocking_calls)
 {
     std::string order;
     while_serving([&] {
@@ -240,7 +240,7 @@ TEST_F(Call, that_is_posted_keeps_its_place_among_those_that_wait)
     EXPECT_EQ(order, "ab");
 }
 
-TEST_F(Call, that_is_posted_does_not_run_where_its_target_has_gone)
+TEST_F(Call, that_is_posted_does_not_run_after_its_target_is_destroyed)
 {
     auto carried = std::make_shared<int>(1);
     const std::weak_ptr<int> watched = carried;
@@ -250,7 +250,7 @@ TEST_F(Call, that_is_posted_does_not_run_where_its_target_has_gone)
     EXPECT_FALSE(watched.expired());
     Target* const stale = target.get();
     target.reset();
-    EXPECT_TRUE(watched.expired()) << "what was carried goes with the target";
+    EXPECT_TRUE(watched.expired()) << "the captures are destroyed with the target";
     post<Target>("test", stale, [&](Target&) { ran = true; });
     post<Target>("test", nullptr, [&](Target&) { ran = true; });
     OtherTarget other;
@@ -259,18 +259,18 @@ TEST_F(Call, that_is_posted_does_not_run_where_its_target_has_gone)
     EXPECT_FALSE(ran);
 }
 
-TEST_F(Call, that_is_posted_and_throws_leaves_the_exception_to_the_loop)
+TEST_F(Call, that_is_posted_and_throws_passes_the_exception_to_the_loop)
 {
     post<Target>("test", target.get(), [](Target&) { throw std::runtime_error("broken"); });
     QCoreApplication::processEvents();
     EXPECT_EQ(application().exceptions, 1);
 }
 
-// --- Calls that come while a callback of the host lets events be served ------------------------------
+// --- Calls from other threads while a callback of the host serves events -------------------------
 
 class CallDuringACallback : public Call {
 protected:
-    /** Runs `callback` as one that lets events be served once the caller's call is there. */
+    /** Runs `callback` as a callback that serves events once the call of `caller` is pending. */
     template <typename Caller, typename Callback>
     void serve_in_a_callback(Caller caller, Callback callback)
     {
@@ -284,7 +284,7 @@ protected:
             while (!target->has_calls_waiting())
                 std::this_thread::yield();
             QCoreApplication::processEvents();
-            EXPECT_FALSE(done) << "it is told that its call is over before it has happened";
+            EXPECT_FALSE(done) << "its call returned before it was served";
             callback();
         }
         while (!done)
@@ -314,7 +314,7 @@ TEST_F(CallDuringACallback, runs_once_the_callback_has_returned)
     }
 }
 
-TEST_F(CallDuringACallback, gives_the_default_when_the_target_goes_before_its_turn)
+TEST_F(CallDuringACallback, returns_the_default_when_its_target_is_destroyed_before_its_turn)
 {
     int result = 0;
     serve_in_a_callback(
@@ -323,7 +323,7 @@ TEST_F(CallDuringACallback, gives_the_default_when_the_target_goes_before_its_tu
                                   [](Target& target) { return target.answer; });
         },
         [&] { run_outside_callbacks(*target, [&](Target&) { target.reset(); }); });
-    EXPECT_EQ(result, 42) << "it came before the end of its target";
+    EXPECT_EQ(result, 42) << "it was posted before its target was destroyed";
 
     target = std::make_unique<Target>();
     serve_in_a_callback(
@@ -335,7 +335,7 @@ TEST_F(CallDuringACallback, gives_the_default_when_the_target_goes_before_its_tu
     EXPECT_EQ(result, -1);
 }
 
-TEST_F(CallDuringACallback, keeps_its_place_before_those_that_come_later)
+TEST_F(CallDuringACallback, runs_before_calls_that_are_posted_later)
 {
     std::string order;
     const auto note = [&](char letter) { return [&order, letter](Target&) { order += letter; }; };
@@ -364,7 +364,7 @@ TEST_F(CallDuringACallback, is_not_lost_when_one_before_it_throws)
     EXPECT_EQ(runs, 1);
 }
 
-TEST_F(CallDuringACallback, is_over_when_what_waits_is_dropped)
+TEST_F(CallDuringACallback, returns_when_the_waiting_calls_are_dropped)
 {
     int result = 0;
     serve_in_a_callback(
@@ -376,7 +376,7 @@ TEST_F(CallDuringACallback, is_over_when_what_waits_is_dropped)
     EXPECT_EQ(result, -1);
 }
 
-TEST(LiveObjects, forget_an_object_that_has_gone)
+TEST(LiveObjects, forget_a_destroyed_object)
 {
     auto target = std::make_unique<Target>();
     Target* const address = target.get();

@@ -1,6 +1,6 @@
-// The view behind the facade of cameras, without a scene: what its component finds, which camera a hint
-// means, and what it reports to the host. The only cameras are those that a test plugs. What all media
-// views share is in media_views.cpp.
+// The view behind the facade of cameras, without a scene: the context of its component, the camera
+// that a hint means, and its notifications to the host. The only cameras are those that a test
+// plugs. media_views.cpp has the rules of all media views.
 
 #include "media/camera_view.h"
 #include "marlune/app.h"
@@ -44,7 +44,7 @@ CameraChoice choose(const char* hint, const QStringList& descriptions)
     return choose_camera(QString::fromUtf8(hint), descriptions);
 }
 
-/** Without a word about it. */
+/** A choice without a warning. */
 CameraChoice number(qsizetype index)
 {
     return {index, QString()};
@@ -70,7 +70,7 @@ protected:
 
 }  // namespace
 
-// --- Which camera a hint means ---------------------------------------------------------------------
+// --- Which camera a hint means -------------------------------------------------------------------
 
 TEST(CameraHints, mean_the_first_camera_by_default)
 {
@@ -107,22 +107,22 @@ TEST(CameraHints, below_zero_mean_the_first_camera)
         EXPECT_EQ(choose(hint, two_cameras), number(0)) << hint;
 }
 
-TEST(CameraHints, that_are_no_numbers_mean_a_part_of_the_name_in_either_case)
+TEST(CameraHints, that_are_no_numbers_mean_a_part_of_the_name_regardless_of_case)
 {
     for (const char* const hint :
          {"usb", "USB", "uSb", "2.0", "über", "ÜBER-CAM", "2.0 ü", "cam 7"})
         EXPECT_EQ(choose(hint, two_cameras), number(1)) << hint;
-    EXPECT_EQ(choose("cam", two_cameras), number(0)) << "the first of those that have it";
-    EXPECT_EQ(choose(" ", two_cameras), number(0)) << "a part of its name too";
+    EXPECT_EQ(choose("cam", two_cameras), number(0)) << "the first camera whose name contains it";
+    EXPECT_EQ(choose(" ", two_cameras), number(0)) << "a space is also a part of its name";
 }
 
-TEST(CameraHints, take_a_number_for_a_place_and_not_for_a_part_of_the_name)
+TEST(CameraHints, that_are_numbers_never_mean_a_part_of_the_name)
 {
     EXPECT_EQ(choose("7", two_cameras).index, 0);
     EXPECT_NE(choose("7", two_cameras).warning, u"");
 }
 
-TEST(CameraHints, beyond_all_numbers_are_names)
+TEST(CameraHints, that_exceed_all_numbers_are_names)
 {
     EXPECT_EQ(choose("99999999999", two_cameras).warning,
               u"Could not find camera by hint: 99999999999, setting default");
@@ -140,7 +140,7 @@ TEST(CameraHints, that_no_name_contains_mean_the_first_camera_with_a_warning)
         (CameraChoice{0, QStringLiteral("Could not find camera by hint: %1 %s, setting default")}));
 }
 
-// --- Choosing one ----------------------------------------------------------------------------------
+// --- Choosing one --------------------------------------------------------------------------------
 
 TEST_F(CameraViews, begin_without_a_camera)
 {
@@ -151,14 +151,14 @@ TEST_F(CameraViews, begin_without_a_camera)
     EXPECT_TRUE(view->auto_play());
 }
 
-TEST_F(CameraViews, look_for_a_camera_when_their_turn_comes)
+TEST_F(CameraViews, look_for_a_camera_in_a_later_turn_of_the_event_loop)
 {
     follow_all();
     QSignalSpy hint_changed(view.get(), &CameraView::camera_hintChanged);
     view->set_camera_hint(QStringLiteral("usb"));
-    EXPECT_EQ(view->camera_hint(), u"usb") << "at once";
+    EXPECT_EQ(view->camera_hint(), u"usb") << "the hint changes at once";
     EXPECT_EQ(hint_changed.count(), 1);
-    EXPECT_EQ(recorder.take(), u"") << "not before its turn, not even on the Qt thread";
+    EXPECT_EQ(recorder.take(), u"") << "the search waits for its turn, even on the Qt thread";
     serve_events();
     EXPECT_EQ(recorder.take(), u"error_occurred 1 no cameras found");
     EXPECT_EQ(view->camera(), nullptr);
@@ -176,7 +176,7 @@ TEST_F(CameraViews, look_for_a_camera_on_the_qt_thread)
     EXPECT_EQ(told_on, std::this_thread::get_id());
 }
 
-TEST_F(CameraViews, do_not_look_for_a_camera_under_a_callback)
+TEST_F(CameraViews, do_not_look_for_a_camera_during_a_callback)
 {
     follow_all();
     QObject stand_in;
@@ -185,13 +185,13 @@ TEST_F(CameraViews, do_not_look_for_a_camera_under_a_callback)
         const HostCallbackScope scope;
         view->set_camera_hint(QStringLiteral("0"));
         serve_events();
-        EXPECT_EQ(recorder.take(), u"") << "it may be one of the camera that there is";
+        EXPECT_EQ(recorder.take(), u"") << "it may be a callback of the current camera";
     }
     serve_events();
     EXPECT_EQ(recorder.take(), u"error_occurred 1 no cameras found");
 }
 
-TEST_F(CameraViews, keep_the_camera_they_have_when_no_camera_can_be_chosen)
+TEST_F(CameraViews, keep_their_camera_when_no_other_can_be_chosen)
 {
     view->install(QCameraDevice());
     QCamera* const camera = view->camera();
@@ -202,7 +202,7 @@ TEST_F(CameraViews, keep_the_camera_they_have_when_no_camera_can_be_chosen)
     EXPECT_EQ(camera_changed.count(), 0);
 }
 
-TEST_F(CameraViews, take_hints_from_many_threads_while_they_read_them)
+TEST_F(CameraViews, accept_hints_from_many_threads_while_they_read_them)
 {
     std::vector<std::thread> hosts;
     const QString hints[] = {QStringLiteral("one"), QStringLiteral("another")};
@@ -233,13 +233,13 @@ TEST_F(CameraViews, own_the_camera_they_install_and_leave_it_off)
     EXPECT_EQ(camera_changed.count(), 1);
 }
 
-/** Left and Right, until the next test. */
+/** Has two cameras, Left and Right, until the next test. */
 class TwoCameras : public CameraViews {
 protected:
     void SetUp() override
     {
         CameraViews::SetUp();
-        QMediaDevices::videoInputs();  // from here on Qt follows what is plugged
+        QMediaDevices::videoInputs();  // from now on Qt watches for cameras
         serve_while([] { plug_cameras({{.name = "Left"}, {.name = "Right"}}); });
         devices = QMediaDevices::videoInputs();
         ASSERT_EQ(devices.size(), 2);
@@ -254,7 +254,7 @@ protected:
     QList<QCameraDevice> devices;
 };
 
-TEST_F(TwoCameras, leave_one_that_another_one_replaces_with_its_parent)
+TEST_F(TwoCameras, leave_a_replaced_camera_with_its_parent)
 {
     auto root = std::make_unique<QObject>();
     view->install(devices[0]);
@@ -308,7 +308,7 @@ TEST_F(CameraViews, report_a_camera_that_cannot_be_opened)
         QStringLiteral("error_occurred 1 %1 error_changed").arg(view->camera()->errorString()));
 }
 
-TEST_F(CameraViews, do_without_a_camera)
+TEST_F(CameraViews, work_without_a_camera)
 {
     view->set_active(true);
     view->set_auto_play(true);
@@ -319,7 +319,7 @@ TEST_F(CameraViews, do_without_a_camera)
     EXPECT_FALSE(view->camera());
 }
 
-TEST_F(CameraViews, remember_whether_they_play_by_themselves)
+TEST_F(CameraViews, remember_whether_they_play_automatically)
 {
     view->set_auto_play(false);
     EXPECT_FALSE(view->auto_play());
@@ -327,9 +327,9 @@ TEST_F(CameraViews, remember_whether_they_play_by_themselves)
     EXPECT_TRUE(view->auto_play());
 }
 
-// --- Set-up and end of the scene -------------------------------------------------------------------
+// --- Set-up and end of the scene -----------------------------------------------------------------
 
-TEST_F(CameraViews, give_the_camera_to_the_scene_with_which_it_goes)
+TEST_F(CameraViews, give_the_camera_to_the_scene_that_destroys_it)
 {
     auto root = std::make_unique<QObject>();
     view->install(QCameraDevice());
@@ -342,7 +342,7 @@ TEST_F(CameraViews, give_the_camera_to_the_scene_with_which_it_goes)
     EXPECT_EQ(view->camera(), nullptr);
 }
 
-TEST_F(CameraViews, survive_a_scene_that_takes_their_camera_along)
+TEST_F(CameraViews, survive_a_scene_that_destroys_their_camera)
 {
     auto root = std::make_unique<QObject>();
     view->install(QCameraDevice());
@@ -355,7 +355,7 @@ TEST_F(CameraViews, survive_a_scene_that_takes_their_camera_along)
     EXPECT_TRUE(view->camera());
 }
 
-// --- The callbacks ---------------------------------------------------------------------------------
+// --- The callbacks -------------------------------------------------------------------------------
 
 TEST_F(CameraViews, notify_the_host_before_the_scene)
 {

@@ -19,18 +19,19 @@ std::string enciphered(std::string text, std::string_view key = qml_cipher_key)
 
 }  // namespace
 
-TEST(QmlCipher, gives_the_source_back_when_applied_twice)
+TEST(QmlCipher, returns_the_source_when_applied_twice)
 {
     const std::string source("import QtQuick\n\0Item { }\n\xff", 27);
     EXPECT_EQ(enciphered(enciphered(source)), source);
 }
 
-TEST(QmlCipher, leaves_nothing_of_the_source_to_be_read)
+TEST(QmlCipher, hides_the_source)
 {
     const std::string stored = enciphered("import QtQuick import QtQuick import QtQuick");
     EXPECT_EQ(stored.find("import"), std::string::npos);
     EXPECT_EQ(stored.find("Qt"), std::string::npos);
-    EXPECT_NE(stored.substr(0, 15), stored.substr(15, 15)) << "repetition must not show";
+    EXPECT_NE(stored.substr(0, 15), stored.substr(15, 15))
+        << "repetition in the source must not be visible";
 }
 
 TEST(QmlCipher, needs_the_key_that_was_used)

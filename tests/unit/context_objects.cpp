@@ -1,4 +1,5 @@
-// What a published object is to pages and QML, and what it makes of their wishes and the host's.
+// Published objects as pages and QML see them, and how they serve the requests of pages and of the
+// host.
 
 #include "binding/backlog.h"
 #include "binding/context_object.h"
@@ -45,7 +46,7 @@ QVariant call(DBAbstractContextObject& object, const char* method, const QVarian
     return object.___invoke_method(method, arguments);
 }
 
-/** What the manager has reported to pages. */
+/** A report of the manager to pages. */
 struct Report {
     QString object, member;
     QVariant value;
@@ -81,7 +82,7 @@ protected:
                          });
     }
 
-    /** Publishes the player and gives what stands for it. */
+    /** Publishes the player and returns the object that represents it. */
     DBAbstractContextObject& publish()
     {
         EXPECT_TRUE(manager->registerObject("player", &player.record()));
@@ -103,7 +104,7 @@ protected:
         return *qobject_cast<DBPropertyInfo*>(channel.registeredObjects().value(name));
     }
 
-    /** A method that notes what it is called with and returns `result`. */
+    /** A method that records its arguments and returns `result`. */
     MethodInfoStd& noting_method(const std::string& name, HostObject::Arguments arguments,
                                  std::optional<VariantTypeStd> code = {}, ContainerStd result = {})
     {
@@ -175,7 +176,7 @@ TEST_F(ContextObject, describes_its_properties_by_name)
     EXPECT_EQ(publish().property("variablesMap").toMap(), expected);
 }
 
-TEST_F(ContextObject, describes_the_values_that_the_host_has_now)
+TEST_F(ContextObject, describes_the_current_values_of_the_host)
 {
     PropertyInfoStd& health = player.property("health", INT, single(100));
     DBAbstractContextObject& object = publish();
@@ -272,7 +273,7 @@ TEST_F(ContextObject, with_a_method_and_a_property_of_one_name_gives_pages_both)
 
 // --- Calls
 
-TEST_F(ContextObject, calls_the_host_here_and_now_and_hands_its_result_back)
+TEST_F(ContextObject, calls_the_host_at_once_on_the_same_thread_and_returns_its_result)
 {
     MethodInfoStd* given_record = nullptr;
     std::thread::id thread;
@@ -314,7 +315,7 @@ TEST_F(ContextObject, can_be_called_by_name_through_qt)
     EXPECT_EQ(result, QVariant(42));
 }
 
-TEST_F(ContextObject, takes_a_call_of_a_page_with_a_list_only)
+TEST_F(ContextObject, accepts_a_call_of_a_page_only_with_a_list)
 {
     noting_method("f", {{INT, "a"}}, INT, single(42));
     DBAbstractContextObject& object = publish();
@@ -331,13 +332,13 @@ TEST_F(ContextObject, takes_a_call_of_a_page_with_a_list_only)
     EXPECT_EQ(calls, 1);
 }
 
-TEST_F(ContextObject, refuses_to_call_what_does_not_exist)
+TEST_F(ContextObject, refuses_to_call_an_unknown_method)
 {
     expect_message("invoke_method: unknown doesn't exist");
     EXPECT_FALSE(call(publish(), "unknown", {}).isValid());
 }
 
-TEST_F(ContextObject, refuses_to_call_what_is_no_method)
+TEST_F(ContextObject, refuses_to_call_a_member_that_is_no_method)
 {
     player.property("health", INT, single(1));
     player.signal("died");
@@ -362,7 +363,7 @@ TEST_F(ContextObject, passes_a_list_as_a_vector)
     EXPECT_EQ(given_values, std::vector{single(Vector2Std{1.5, 2.5})});
 }
 
-TEST_F(ContextObject, does_not_call_the_host_without_the_vector_that_it_wants)
+TEST_F(ContextObject, does_not_call_the_host_without_the_vector_that_it_declares)
 {
     noting_method("move", {{INT, "how"}, {VECTOR3, "to"}}, INT, single(1));
     DBAbstractContextObject& object = publish();
@@ -392,7 +393,7 @@ TEST_F(ContextObject, does_not_call_the_host_with_too_few_or_too_many_arguments)
     EXPECT_EQ(calls, 0);
 }
 
-TEST_F(ContextObject, records_that_an_argument_has_turned_out_to_be_a_container)
+TEST_F(ContextObject, records_that_an_argument_is_a_container)
 {
     noting_method("f", {{INT, "a"}, {STRING, "b"}});
     DBAbstractContextObject& object = publish();
@@ -409,10 +410,11 @@ TEST_F(ContextObject, records_that_an_argument_has_turned_out_to_be_a_container)
     call(object, "f", {5, QVariantList{1}});
     EXPECT_EQ(given_values, (std::vector{single("{}"), single("[1]")}));
     EXPECT_EQ(given_codes, (std::vector{DICTIONARY, ARRAY}));
-    EXPECT_EQ(player.record().methods["f"]->args[0].type, INT) << "the host's record is the host's";
+    EXPECT_EQ(player.record().methods["f"]->args[0].type, INT)
+        << "the library does not write to the host's record";
 }
 
-TEST_F(ContextObject, calls_the_host_with_zero_for_what_has_no_type_there)
+TEST_F(ContextObject, calls_the_host_with_zero_for_a_value_without_a_type_of_the_host)
 {
     noting_method("f", {{INT, "a"}});
     expect_message_matching("erm, unknown type, \\(possibly\\) FIX ME: 51$");
@@ -420,7 +422,7 @@ TEST_F(ContextObject, calls_the_host_with_zero_for_what_has_no_type_there)
     EXPECT_EQ(given_values, std::vector{single(0)});
 }
 
-TEST_F(ContextObject, gives_no_result_where_the_host_s_does_not_fit)
+TEST_F(ContextObject, returns_no_result_when_the_host_s_does_not_match_the_type)
 {
     noting_method("f", {}, ARRAY, single(7));
     noting_method("g", {}, INT, std::vector<ValueStd>{1, 2});
@@ -431,7 +433,7 @@ TEST_F(ContextObject, gives_no_result_where_the_host_s_does_not_fit)
     EXPECT_FALSE(call(object, "g", {}).isValid());
 }
 
-TEST_F(ContextObject, ends_a_host_s_exception)
+TEST_F(ContextObject, catches_an_exception_of_the_host)
 {
     player.method(
         "f", {}, [](auto...) -> ContainerStd { throw std::runtime_error("broken"); }, ARRAY);
@@ -449,7 +451,7 @@ TEST_F(ContextObject, lets_a_method_call_another_one)
     EXPECT_EQ(call(publish(), "outer", {}), QVariant(6));
 }
 
-TEST_F(ContextObject, keeps_what_a_callback_changes_of_itself)
+TEST_F(ContextObject, keeps_the_state_that_a_callback_changes)
 {
     player.method(
         "count", {}, [calls = 0](auto...) mutable { return single(++calls); }, INT);
@@ -464,7 +466,7 @@ TEST_F(ContextObject, keeps_what_a_callback_changes_of_itself)
     EXPECT_EQ(last, 2);
 }
 
-TEST_F(ContextObject, calls_what_the_host_has_put_in_a_callbacks_place)
+TEST_F(ContextObject, calls_the_callback_with_which_the_host_has_replaced_another)
 {
     MethodInfoStd& method = player.method(
         "f", {}, [](auto...) { return single(1); }, INT);
@@ -474,7 +476,7 @@ TEST_F(ContextObject, calls_what_the_host_has_put_in_a_callbacks_place)
     EXPECT_EQ(call(object, "f", {}), QVariant(2));
 }
 
-TEST_F(ContextObject, may_be_withdrawn_and_its_records_freed_in_a_call_of_its_own)
+TEST_F(ContextObject, may_be_withdrawn_and_its_records_freed_during_its_own_call)
 {
     auto records = std::make_unique<HostObject>("brief");
     records->property("p", INT, single(1));
@@ -502,7 +504,7 @@ TEST_F(ContextObject, does_nothing_more_once_it_is_withdrawn)
     DBPropertyInfo& property = published_property("brief.p");
     manager->deregisterObject("brief");
     records.reset();
-    // Not yet deleted: QML may still hold it.
+    // The objects are not deleted yet, because QML may still hold them.
     EXPECT_FALSE(property.value().isValid());
     property.set_value(5);
     object.methods_map();
@@ -511,7 +513,7 @@ TEST_F(ContextObject, does_nothing_more_once_it_is_withdrawn)
     EXPECT_FALSE(call(object, "f", {}).isValid());
 }
 
-TEST_F(ContextObject, deletes_later_what_a_method_owns)
+TEST_F(ContextObject, deletes_the_children_of_a_method_later)
 {
     player.method("f");
     publish();
@@ -532,7 +534,7 @@ TEST_F(ContextObject, stores_what_a_page_writes_and_notifies_the_host)
     health.func_valueChanged_updateGodot = [&](PropertyInfoStd* property) {
         ++told;
         EXPECT_EQ(property, &health);
-        EXPECT_EQ(health.value, single(50)) << "the host is told after the write";
+        EXPECT_EQ(health.value, single(50)) << "the host is notified after the write";
     };
     publish();
     EXPECT_TRUE(published_property("player.health").setProperty("value", 50.0));
@@ -540,7 +542,7 @@ TEST_F(ContextObject, stores_what_a_page_writes_and_notifies_the_host)
     EXPECT_EQ(published_property("player.health").property("value"), QVariant(50));
 }
 
-TEST_F(ContextObject, stores_a_float_as_the_engine_has_it)
+TEST_F(ContextObject, stores_a_float_as_the_game_engine_does)
 {
     PropertyInfoStd& speed = player.property("speed", FLOAT, single(1.0));
     speed.func_valueChanged_updateGodot = [](PropertyInfoStd*) {};
@@ -549,7 +551,7 @@ TEST_F(ContextObject, stores_a_float_as_the_engine_has_it)
     EXPECT_EQ(speed.value, single(static_cast<double>(0.1F)));
 }
 
-TEST_F(ContextObject, stores_what_a_page_writes_also_when_the_host_does_not_want_to_know)
+TEST_F(ContextObject, stores_what_a_page_writes_also_without_a_callback_of_the_host)
 {
     PropertyInfoStd& health = player.property("health", INT, single(100));
     publish();
@@ -560,7 +562,7 @@ TEST_F(ContextObject, stores_what_a_page_writes_also_when_the_host_does_not_want
     EXPECT_EQ(health.value, single(50));
 }
 
-TEST_F(ContextObject, notifies_the_host_also_of_values_for_a_mere_label)
+TEST_F(ContextObject, notifies_the_host_also_about_a_property_whose_type_is_a_mere_label)
 {
     PropertyInfoStd& colour = player.property("colour", COLOR, single("red"));
     int told = 0;
@@ -571,7 +573,7 @@ TEST_F(ContextObject, notifies_the_host_also_of_values_for_a_mere_label)
     EXPECT_EQ(told, 1);
 }
 
-TEST_F(ContextObject, refuses_a_vector_that_is_none_and_keeps_the_value)
+TEST_F(ContextObject, refuses_an_invalid_vector_and_keeps_the_value)
 {
     PropertyInfoStd& place = player.property("place", VECTOR3, single(Vector3Std{1, 2, 3}));
     int told = 0;
@@ -586,7 +588,7 @@ TEST_F(ContextObject, refuses_a_vector_that_is_none_and_keeps_the_value)
     EXPECT_EQ(told, 0);
 }
 
-TEST_F(ContextObject, gives_no_value_where_the_record_s_does_not_fit)
+TEST_F(ContextObject, returns_no_value_when_the_record_s_does_not_match_the_type)
 {
     player.property("bag", ARRAY, single(7));
     DBAbstractContextObject& object = publish();
@@ -597,7 +599,7 @@ TEST_F(ContextObject, gives_no_value_where_the_record_s_does_not_fit)
     EXPECT_FALSE(object.variables_map()["bag"].toMap()["value"].isValid());
 }
 
-TEST_F(ContextObject, ends_an_exception_that_the_host_throws_at_a_write)
+TEST_F(ContextObject, catches_an_exception_that_the_host_throws_at_a_write)
 {
     PropertyInfoStd& health = player.property("health", INT, single(1));
     health.func_valueChanged_updateGodot = [](PropertyInfoStd*) {
@@ -690,7 +692,7 @@ TEST_F(ContextObject, reports_a_change_by_the_property_s_type)
                                    {"player", "nothing", QVariant()}}));
 }
 
-TEST_F(ContextObject, reports_a_change_to_a_value_that_does_not_fit)
+TEST_F(ContextObject, reports_a_change_to_a_value_of_another_type)
 {
     PropertyInfoStd& bag = player.property("bag", ARRAY, single("[]"));
     publish();
@@ -710,7 +712,7 @@ TEST_F(ContextObject, reports_a_change_whatever_pointer_the_host_passes)
     EXPECT_EQ(changes, (std::vector<Report>{{"player", "health", 1}}));
 }
 
-TEST_F(ContextObject, lets_qml_know_of_a_change)
+TEST_F(ContextObject, notifies_qml_of_a_change)
 {
     PropertyInfoStd& health = player.property("health", INT, single(1));
     health.func_valueChanged_updateGodot = [](PropertyInfoStd*) {};
@@ -742,7 +744,7 @@ TEST_F(ContextObject, emits_a_signal_of_the_host_with_each_value_by_its_code)
     EXPECT_EQ(emissions, (std::vector<Report>{{"player", "hit", values}}));
 }
 
-TEST_F(ContextObject, emits_a_signal_with_no_value_in_place_of_one_that_does_not_fit)
+TEST_F(ContextObject, emits_a_signal_with_no_value_in_place_of_one_of_another_type)
 {
     MethodInfoStd& hit = player.signal("hit");
     publish();
@@ -755,7 +757,7 @@ TEST_F(ContextObject, emits_a_signal_with_no_value_in_place_of_one_that_does_not
               (std::vector<Report>{{"player", "hit", QVariantList{7, QVariant(), QVariant()}}}));
 }
 
-TEST_F(ContextObject, gives_only_signals_a_way_to_be_emitted)
+TEST_F(ContextObject, lets_the_host_emit_only_signals)
 {
     MethodInfoStd& method = player.method("f");
     MethodInfoStd& signal = player.signal("s");
@@ -852,7 +854,7 @@ TEST_F(ContextObject, reports_nothing_once_it_is_withdrawn)
     PropertyInfoStd& health = player.property("health", INT, single(1));
     MethodInfoStd& signal = player.signal("s");
     publish();
-    health.func_valueChanged_updateQt(&health);  // and this one is still queued
+    health.func_valueChanged_updateQt(&health);  // this one is still queued
     manager->deregisterObject("player");
     health.func_valueChanged_updateQt(&health);
     signal.func_emit_signal(&signal, {single(1)}, {INT});
@@ -863,7 +865,7 @@ TEST_F(ContextObject, reports_nothing_once_it_is_withdrawn)
     EXPECT_TRUE(emissions.empty());
 }
 
-TEST_F(ContextObject, reports_nothing_once_its_view_is_gone)
+TEST_F(ContextObject, reports_nothing_once_its_view_is_destroyed)
 {
     PropertyInfoStd& health = player.property("health", INT, single(1));
     MethodInfoStd& signal = player.signal("s");
@@ -879,11 +881,11 @@ TEST_F(ContextObject, reports_nothing_once_its_view_is_gone)
     EXPECT_TRUE(emissions.empty());
 }
 
-TEST_F(ContextObject, is_not_mistaken_for_one_that_had_its_place_before)
+TEST_F(ContextObject, is_not_mistaken_for_an_earlier_object_at_the_same_address)
 {
     PropertyInfoStd& health = player.property("health", INT, single(1));
     std::vector<decltype(health.func_valueChanged_updateQt)> stale;
-    // Again and again, so that the memory is sure to be used again.
+    // Repeated, so that the allocator is sure to use the same memory again.
     for (int i = 0; i < 20; ++i) {
         publish();
         stale.push_back(health.func_valueChanged_updateQt);
@@ -922,7 +924,7 @@ TEST_F(ContextObject, may_be_changed_while_it_is_published_and_withdrawn)
     EXPECT_TRUE(changes.empty());
 }
 
-TEST_F(ContextObject, is_filled_into_the_host_s_records_while_no_thread_holds_the_lock_of_values)
+TEST_F(ContextObject, fills_the_host_s_records_without_holding_the_lock_of_values)
 {
     const MethodInfoStd& died = player.signal("died");
     const PropertyInfoStd& health = player.property("health", INT, single(100));

@@ -85,7 +85,7 @@ TEST_F(DebugPipe, logs_one_line_without_a_server)
               "Failed to connect to named pipe. Error: " + std::to_string(ENOENT) + "\n");
 }
 
-TEST_F(DebugPipe, logs_that_its_server_has_gone_before_the_start)
+TEST_F(DebugPipe, logs_that_its_server_ended_before_the_start)
 {
     listen();
     stop_listening();
@@ -95,7 +95,7 @@ TEST_F(DebugPipe, logs_that_its_server_has_gone_before_the_start)
               "Failed to connect to named pipe. Error: " + std::to_string(ECONNREFUSED) + "\n");
 }
 
-TEST_F(DebugPipe, refuses_a_directory_whose_name_no_socket_can_have)
+TEST_F(DebugPipe, refuses_a_directory_whose_name_is_too_long_for_a_socket)
 {
     ::setenv("XDG_RUNTIME_DIR", std::string(200, 'x').c_str(), 1);
     EXPECT_EQ(platform::open_debug_pipe(), platform::no_pipe);
@@ -166,7 +166,7 @@ TEST_F(DebugPipe, writes_nothing_twice)
     ::close(reader);
 }
 
-TEST_F(DebugPipe, reports_each_message_when_its_reader_has_gone_and_goes_on)
+TEST_F(DebugPipe, reports_each_message_after_its_reader_has_ended_and_continues)
 {
     listen();
     DebugPipeWriter writer(platform::open_debug_pipe());

@@ -1,4 +1,4 @@
-// The verbs of the facades: what a member's one line means.
+// The verbs of the facades: the effect of a member's one line.
 
 #include "runtime/facade_call.h"
 #include "support/qt_loop.h"
@@ -54,7 +54,7 @@ int sum_with(Target& target, int number)
     return target.number + number;
 }
 
-/** As parts do whose types cross the border. */
+/** A conversion like those of library parts whose types cross the public interface. */
 std::string convert(Point point, To<std::string>)
 {
     return std::to_string(static_cast<int>(point.x)) + ','
@@ -69,13 +69,13 @@ protected:
     Target* const nowhere = nullptr;
 };
 
-/** A verb, for the name that it gets. */
+/** Stands for a verb, to test the name that it receives. */
 std::string_view name_of(Caller caller)
 {
     return TracedName(caller.member).get();
 }
 
-/** A facade, for its members' names. */
+/** Stands for a facade, to test the names of its members. */
 struct Facade {
     std::string_view member() const { return name_of(static_cast<QObject*>(nullptr)); }
     std::tuple<int, std::string_view> member_with(std::string, void (*)(int)) const
@@ -108,7 +108,7 @@ TEST_F(FacadeCall, converts_arguments_and_results)
     });
 }
 
-TEST_F(FacadeCall, continues_with_what_a_member_returns)
+TEST_F(FacadeCall, continues_with_the_object_that_a_member_returns)
 {
     target->part_ = std::make_unique<Part>();
     serve_while([&] {
@@ -123,7 +123,7 @@ TEST_F(FacadeCall, continues_with_what_a_member_returns)
 TEST_F(FacadeCall, returns_the_default_where_it_has_no_target)
 {
     serve_while([&] {
-        EXPECT_EQ(ask(target.get(), -1, &Target::part, &Part::mood), -1) << "a member gives null";
+        EXPECT_EQ(ask(target.get(), -1, &Target::part, &Part::mood), -1) << "a member returns null";
         tell(target.get(), &Target::part, &Part::set_name, std::string("part"));
         EXPECT_EQ(ask(nowhere, std::string("none"), &Target::name), "none");
         EXPECT_EQ(complete(nowhere, 5, sum_with, 1), 5);
@@ -134,7 +134,7 @@ TEST_F(FacadeCall, returns_the_default_where_it_has_no_target)
     });
 }
 
-TEST_F(FacadeCall, that_is_posted_carries_its_arguments)
+TEST_F(FacadeCall, that_is_posted_copies_its_arguments)
 {
     {
         std::string name = "a name that is too long to be kept in place";
@@ -146,7 +146,7 @@ TEST_F(FacadeCall, that_is_posted_carries_its_arguments)
     EXPECT_EQ(target->given, "a name that is too long to be kept in place");
 }
 
-TEST_F(FacadeCall, that_visits_runs_on_the_caller_s_thread)
+TEST_F(FacadeCall, with_a_live_object_runs_on_the_caller_s_thread)
 {
     std::thread::id ran_on;
     std::thread([&] {

@@ -1,5 +1,5 @@
-// The rules that the views behind the facades of video players, cameras and screens share, without a
-// scene. What only one of them does is in the file named after it.
+// The rules that the views behind the facades of video players, cameras and screens share, without
+// a scene. The rules of only one of them are in the file named after it.
 
 #include "media/camera_view.h"
 #include "media/media_part.h"
@@ -28,16 +28,16 @@ namespace marlune::test {
 
 namespace {
 
-/** A signal of Qt Multimedia, and what the host's callbacks are then called with. */
+/** A signal of Qt Multimedia, and the calls of the host's callbacks that follow it. */
 struct Report {
     std::function<void()> emit_signal;
     const char16_t* call;
 };
 
-/** Other values than a view begins with, by property. */
+/** Values that differ from the defaults of a view, by property. */
 using Values = std::vector<std::pair<const char*, QVariant>>;
 
-/** What differs between the kinds of view. */
+/** The differences between the kinds of view. */
 template <typename View>
 struct Kind;
 
@@ -187,7 +187,7 @@ protected:
 
 }  // namespace
 
-// --- All media views -------------------------------------------------------------------------------
+// --- All media views -----------------------------------------------------------------------------
 
 template <typename View>
 using MediaViews = ViewsOf<View>;
@@ -205,7 +205,7 @@ TYPED_TEST(MediaViews, are_the_context_of_their_scene)
     serve_events();
 }
 
-TYPED_TEST(MediaViews, cannot_be_made_by_a_scene)
+TYPED_TEST(MediaViews, cannot_be_created_by_a_scene)
 {
     QQmlEngine engine;
     this->view->prepare_context(engine.rootContext());
@@ -217,7 +217,7 @@ TYPED_TEST(MediaViews, cannot_be_made_by_a_scene)
     serve_events();
 }
 
-// --- Those whose properties the scene writes -------------------------------------------------------
+// --- Those whose properties the scene writes -----------------------------------------------------
 
 template <typename View>
 using WritableViews = ViewsOf<View>;
@@ -225,7 +225,7 @@ using WritableViews = ViewsOf<View>;
 using ViewsThatScenesWrite = testing::Types<VideoView, ScreenCaptureView>;
 TYPED_TEST_SUITE(WritableViews, ViewsThatScenesWrite);
 
-TYPED_TEST(WritableViews, notify_of_a_written_property_only_when_it_differs)
+TYPED_TEST(WritableViews, notify_about_a_written_property_only_when_it_differs)
 {
     const QMetaObject& meta = TypeParam::staticMetaObject;
     const Values values = Kind<TypeParam>::other_values();
@@ -243,7 +243,7 @@ TYPED_TEST(WritableViews, notify_of_a_written_property_only_when_it_differs)
     }
 }
 
-// --- Those with a player or a camera ---------------------------------------------------------------
+// --- Those with a player or a camera -------------------------------------------------------------
 
 template <typename View>
 class DeviceViews : public ViewsOf<View> {
@@ -265,7 +265,7 @@ protected:
 using ViewsWithDevices = testing::Types<VideoView, CameraView>;
 TYPED_TEST_SUITE(DeviceViews, ViewsWithDevices);
 
-TYPED_TEST(DeviceViews, take_known_fill_modes_and_notify_of_each)
+TYPED_TEST(DeviceViews, accept_known_fill_modes_and_notify_about_each)
 {
     QSignalSpy spy(this->view.get(), &TypeParam::fill_modeChanged);
     const std::pair<uint, uint> modes[] = {
@@ -279,7 +279,7 @@ TYPED_TEST(DeviceViews, take_known_fill_modes_and_notify_of_each)
     }
 }
 
-TYPED_TEST(DeviceViews, end_their_devices_with_themselves)
+TYPED_TEST(DeviceViews, destroy_their_devices_with_themselves)
 {
     const auto devices = Kind<TypeParam>::devices(*this->view);
     this->view.reset();
@@ -287,7 +287,7 @@ TYPED_TEST(DeviceViews, end_their_devices_with_themselves)
         EXPECT_FALSE(device);
 }
 
-TYPED_TEST(DeviceViews, end_all_devices_when_the_library_stops)
+TYPED_TEST(DeviceViews, destroy_all_devices_when_the_library_stops)
 {
     TypeParam other;
     Kind<TypeParam>::have_device(other);
@@ -317,7 +317,7 @@ TYPED_TEST(DeviceViews, work_without_callbacks)
     const auto devices = Kind<TypeParam>::devices(*this->view);
     for (const Report& report : Kind<TypeParam>::reports(*this->view))
         report.emit_signal();
-    EXPECT_EQ(Kind<TypeParam>::devices(*this->view), devices) << "which go on as they were";
+    EXPECT_EQ(Kind<TypeParam>::devices(*this->view), devices) << "the devices still work";
 }
 
 }  // namespace marlune::test

@@ -1,5 +1,5 @@
-// What QML, pages and Qt call by name or by number: the members of the internal classes, in their order.
-// They are kept in meta_objects.txt, whose every change is a change of an interface.
+// The members of the internal classes that QML, pages and Qt call by name or by number, in their
+// order. They are listed in meta_objects.txt; every change to it is a change of an interface.
 
 #include "binding/context_object.h"
 #include "binding/manager.h"
@@ -95,7 +95,7 @@ void describe(std::ostream& out, const QMetaObject& meta)
 
 }  // namespace
 
-TEST(MetaObjects, have_the_members_of_the_file_in_their_order)
+TEST(MetaObjects, have_the_members_that_the_file_lists_in_their_order)
 {
     std::stringstream actual;
     for (const QMetaObject* const meta : CLASSES)
@@ -114,7 +114,7 @@ TEST(MetaObjects, have_the_members_of_the_file_in_their_order)
             class_name = line;
         ASSERT_EQ(line, expected_line)
             << "in line " << number << ", in " << class_name
-            << "\nIf this change of an interface is wanted, renew the file and look at its difference:"
+            << "\nIf this change of an interface is intended, update the file and review its diff:"
             << "\n  cp " << made.string() << ' ' << MARLUNE_META_OBJECTS;
     }
 }

@@ -1,4 +1,5 @@
-// The page's script, in a script engine that stands for the page, on a real channel with a real manager.
+// The page script, in a script engine that stands for the page, on a real channel with a real
+// manager.
 
 #include "binding/context_object.h"
 #include "binding/manager.h"
@@ -31,7 +32,10 @@ namespace {
 
 using enum VariantTypeStd;
 
-/** What the script finds in a page: a window, a console, and the channel's transport. */
+/**
+ * The globals that the script finds in a page: a window, a console, and the transport of the
+ * channel.
+ */
 constexpr auto page_globals = R"(
     var self = this, window = this;
     var events = [];
@@ -71,10 +75,10 @@ public:
         run(script);
     }
 
-    /** What comes from now on is lost, as on a page that hangs. */
+    /** Drops all messages from now on, like a page that hangs. */
     void hang() { hangs_ = true; }
 
-    /** Begins as the next page on the same line. */
+    /** Starts as the next page on the same connection. */
     void load_again()
     {
         hangs_ = false;
@@ -82,7 +86,7 @@ public:
         run(script_);
     }
 
-    /** The result as text; what is thrown goes to errors(). */
+    /** Runs a script and returns its result as text; an exception goes to errors(). */
     std::string run(const QString& script)
     {
         const QJSValue result = engine_.evaluate(script);
@@ -91,14 +95,14 @@ public:
         return result.toString().toStdString();
     }
 
-    /** The result as JSON text. */
+    /** Runs a script and returns its result as JSON. */
     std::string json(const QString& script) { return run("JSON.stringify(" + script + ")"); }
 
     bool is_ready() { return run("events.join()") == "godot.ready"; }
 
-    /** What scripts have thrown into the event loop, and failed promises. */
+    /** The exceptions that scripts have thrown into the event loop, and failed promises. */
     Texts& errors() { return errors_; }
-    /** What has been written to the console. */
+    /** The messages that scripts have written to the console. */
     Texts& console() { return console_; }
     int descriptions_asked_for() const { return descriptions_asked_for_; }
     qsizetype characters_received() const { return characters_received_; }
@@ -141,7 +145,7 @@ protected:
     PageScript()
     {
         have_application();
-        // Qt's own, for each object that comes while a page is connected.
+        // A message of Qt for each object that is registered while a page is connected.
         allow_messages_matching("^Registered new object after initialization");
         channel.setPropertyUpdateInterval(-1);
         manager = std::make_unique<DataBindingContextManager>(&channel, nullptr);
@@ -185,7 +189,7 @@ protected:
         return serve_until([&] { return page->run(condition) == "true"; });
     }
 
-    /** Lets the messages that are under way arrive. */
+    /** Waits until the pending messages have arrived. */
     void settle()
     {
         page->run("var settled = false;"
@@ -267,11 +271,11 @@ TEST_F(PageScript, serves_two_pages_one_after_the_other)
     EXPECT_EQ(page->json("$g.player.health.value"), "100");
 }
 
-TEST_F(PageScript, takes_no_answers_to_what_the_page_before_has_asked)
+TEST_F(PageScript, ignores_answers_to_requests_of_the_page_before)
 {
     ASSERT_TRUE(add("player", player));
     page = std::make_unique<Page>(channel);
-    // Small numbers are those of a channel that counts from 0.
+    // A channel that counts from 0 would use small numbers.
     for (int number = 0; number < 4; ++number)
         page->run(QStringLiteral("deliver('{\"type\":10,\"id\":%1,\"data\":{}}')").arg(number));
     ASSERT_TRUE(serve_until([&] { return page->is_ready(); }));
@@ -282,14 +286,14 @@ TEST_F(PageScript, takes_no_answers_to_what_the_page_before_has_asked)
     EXPECT_EQ(page->json("log"), "[3]");
 }
 
-TEST_F(PageScript, misses_nothing_that_happens_while_it_starts)
+TEST_F(PageScript, misses_no_change_that_happens_while_it_starts)
 {
     HostObject late("late"), gone("gone");
     PropertyInfoStd& health = *player.record().properties["health"];
     ASSERT_TRUE(add("player", player) && add("gone", gone));
     page = std::make_unique<Page>(channel);
     ASSERT_TRUE(serve_until([&] { return page->descriptions_asked_for() == 3; }));
-    // The page now has a description that is going out of date.
+    // The page now has a description that is about to become obsolete.
     health.value = ValueStd(7);
     health.func_valueChanged_updateQt(&health);
     EXPECT_TRUE(manager->deregisterObject("gone"));
@@ -300,7 +304,7 @@ TEST_F(PageScript, misses_nothing_that_happens_while_it_starts)
     EXPECT_EQ(page->json("$g.player.health.value"), "7");
 }
 
-TEST_F(PageScript, begins_after_a_page_that_has_taken_nothing)
+TEST_F(PageScript, starts_after_a_page_that_has_read_no_messages)
 {
     PropertyInfoStd& health = *player.record().properties["health"];
     ASSERT_TRUE(add("player", player));
@@ -331,7 +335,7 @@ TEST_F(PageScript, calls_methods_and_gets_their_results)
     EXPECT_EQ(page->json("log"), "[3.5]");
 }
 
-TEST_F(PageScript, gets_null_from_a_method_that_gives_nothing)
+TEST_F(PageScript, gets_null_from_a_method_without_a_result)
 {
     player.method("nothing", {}, [](auto...) { return ValueStd(1); });
     ASSERT_TRUE(add("player", player));
@@ -362,7 +366,7 @@ TEST_F(PageScript, passes_values_of_all_kinds_both_ways)
     EXPECT_EQ(page->json("log[0].list"), R"([1,"zwölf",null])");
 }
 
-TEST_F(PageScript, takes_a_callback_at_the_end_away_and_never_calls_it)
+TEST_F(PageScript, removes_a_callback_at_the_end_of_the_arguments_and_never_calls_it)
 {
     ASSERT_TRUE(add("player", player));
     open_page();
@@ -397,7 +401,7 @@ TEST_F(PageScript, counts_arguments_without_the_callback)
     EXPECT_EQ(calls, 0);
 }
 
-TEST_F(PageScript, knows_what_its_methods_are)
+TEST_F(PageScript, describes_its_methods)
 {
     ASSERT_TRUE(add("player", player));
     open_page();
@@ -410,7 +414,7 @@ TEST_F(PageScript, knows_what_its_methods_are)
 
 // --- Signals
 
-TEST_F(PageScript, calls_everybody_who_is_connected_to_a_signal)
+TEST_F(PageScript, calls_every_callback_that_is_connected_to_a_signal)
 {
     MethodInfoStd& died = *player.record().methods["died"];
     ASSERT_TRUE(add("player", player));
@@ -433,7 +437,7 @@ TEST_F(PageScript, survives_a_signal_without_a_connection)
     settle();
 }
 
-TEST_F(PageScript, calls_the_others_when_one_fails)
+TEST_F(PageScript, calls_the_other_callbacks_when_one_fails)
 {
     MethodInfoStd& died = *player.record().methods["died"];
     ASSERT_TRUE(add("player", player));
@@ -445,7 +449,7 @@ TEST_F(PageScript, calls_the_others_when_one_fails)
     EXPECT_EQ(std::exchange(page->errors(), {}), Texts{"Error: mine"});
 }
 
-TEST_F(PageScript, warns_of_a_signal_that_is_called)
+TEST_F(PageScript, warns_when_a_signal_is_called)
 {
     ASSERT_TRUE(add("player", player));
     open_page();
@@ -483,7 +487,7 @@ TEST_F(PageScript, reports_changes_and_has_the_new_value)
     EXPECT_EQ(page->json("log"), "[[20,20],[20,20]]");
 }
 
-TEST_F(PageScript, has_the_value_that_was_given_last_whoever_gave_it)
+TEST_F(PageScript, has_the_last_value_whether_page_or_host_wrote_it)
 {
     PropertyInfoStd& health = *player.record().properties["health"];
     ASSERT_TRUE(add("player", player));
@@ -501,7 +505,7 @@ TEST_F(PageScript, has_the_value_that_was_given_last_whoever_gave_it)
     EXPECT_TRUE(announce(40));
 }
 
-TEST_F(PageScript, keeps_its_last_write_while_the_answers_to_earlier_ones_come)
+TEST_F(PageScript, keeps_its_last_write_while_answers_to_earlier_ones_arrive)
 {
     PropertyInfoStd& health = *player.record().properties["health"];
     ASSERT_TRUE(add("player", player));
@@ -509,7 +513,7 @@ TEST_F(PageScript, keeps_its_last_write_while_the_answers_to_earlier_ones_come)
     page->run("$g.player.health.value += 1");
     while (health.value != ContainerStd(ValueStd(101)))
         serve_events();
-    page->run("$g.player.health.value += 1");  // before the first one's echo
+    page->run("$g.player.health.value += 1");  // before the answer to the first one
     for (int i = 0; i < 20; ++i) {
         EXPECT_EQ(page->json("$g.player.health.value"), "102");
         serve_events();
@@ -520,7 +524,7 @@ TEST_F(PageScript, keeps_its_last_write_while_the_answers_to_earlier_ones_come)
     EXPECT_EQ(health.value, ContainerStd(ValueStd(103)));
 }
 
-TEST_F(PageScript, has_what_the_host_makes_of_its_write)
+TEST_F(PageScript, has_the_value_to_which_the_host_changes_its_write)
 {
     PropertyInfoStd& health = *player.record().properties["health"];
     ASSERT_TRUE(add("player", player));
@@ -528,7 +532,7 @@ TEST_F(PageScript, has_what_the_host_makes_of_its_write)
     page->run("$g.player.health.value = 1.5");
     EXPECT_EQ(page->json("$g.player.health.value"), "1.5");
     settle();
-    EXPECT_EQ(page->json("$g.player.health.value"), "2") << "it is an integer";
+    EXPECT_EQ(page->json("$g.player.health.value"), "2") << "the property is an integer";
 
     health.func_valueChanged_updateGodot = [](PropertyInfoStd* property) {
         property->value = ValueStd(7);
@@ -540,7 +544,7 @@ TEST_F(PageScript, has_what_the_host_makes_of_its_write)
     EXPECT_EQ(page->json("$g.player.health.value"), "7");
 }
 
-TEST_F(PageScript, sees_what_a_scene_writes_after_what_the_host_has_announced)
+TEST_F(PageScript, sees_a_write_of_a_scene_after_an_announcement_of_the_host)
 {
     PropertyInfoStd& health = *player.record().properties["health"];
     ASSERT_TRUE(add("player", player));
@@ -553,7 +557,7 @@ TEST_F(PageScript, sees_what_a_scene_writes_after_what_the_host_has_announced)
     EXPECT_EQ(page->json("___godot_channel.objects['player.health'].value"), "30");
 }
 
-TEST_F(PageScript, takes_keys_of_any_name_in_the_host_s_data)
+TEST_F(PageScript, accepts_keys_of_any_name_in_the_host_s_data)
 {
     const std::string text = R"({"__QObject*__":true,"__proto__":{"a":1},"deep":[)"
                              R"({"__QObject*__":true,"data":{},"id":"x"}],"id":"player"})";
@@ -583,7 +587,7 @@ TEST_F(PageScript, takes_keys_of_any_name_in_the_host_s_data)
     EXPECT_EQ(page->json("$g.late.bag.value"), text);
 }
 
-TEST_F(PageScript, takes_no_undefined_value)
+TEST_F(PageScript, accepts_no_undefined_value)
 {
     PropertyInfoStd& health = *player.record().properties["health"];
     ASSERT_TRUE(add("player", player));
@@ -595,9 +599,9 @@ TEST_F(PageScript, takes_no_undefined_value)
     EXPECT_EQ(std::exchange(page->console(), {}).size(), 1);
 }
 
-// --- Coming and going
+// --- Publishing and withdrawing
 
-TEST_F(PageScript, gets_an_object_that_comes_later)
+TEST_F(PageScript, gets_an_object_that_is_published_later)
 {
     open_page();
     page->run("$g.objectRegistered('player', name => log.push([name, $g[name].health.value]))");
@@ -610,7 +614,7 @@ TEST_F(PageScript, gets_an_object_that_comes_later)
     EXPECT_EQ(player.record().properties["health"]->value, ContainerStd(ValueStd(50)));
 }
 
-TEST_F(PageScript, gets_many_objects_that_come_at_once_and_asks_for_them_at_once)
+TEST_F(PageScript, gets_many_objects_that_are_published_together_with_one_request)
 {
     open_page();
     std::vector<std::unique_ptr<HostObject>> objects;
@@ -629,7 +633,7 @@ TEST_F(PageScript, gets_many_objects_that_come_at_once_and_asks_for_them_at_once
     EXPECT_LE(page->descriptions_asked_for() - asked_before, 2);
 }
 
-TEST_F(PageScript, gets_all_that_come_also_when_a_listener_fails)
+TEST_F(PageScript, gets_all_new_objects_also_when_a_listener_fails)
 {
     HostObject a("a"), b("b");
     open_page();
@@ -640,7 +644,7 @@ TEST_F(PageScript, gets_all_that_come_also_when_a_listener_fails)
     EXPECT_EQ(std::exchange(page->errors(), {}), Texts{"Error: mine"});
 }
 
-TEST_F(PageScript, loses_an_object_that_goes)
+TEST_F(PageScript, loses_an_object_that_is_withdrawn)
 {
     ASSERT_TRUE(add("player", player));
     open_page();
@@ -662,7 +666,7 @@ TEST_F(PageScript, fails_to_report_a_removed_object_without_a_listener)
     EXPECT_TRUE(std::exchange(page->errors(), {})[0].starts_with("TypeError"));
 }
 
-TEST_F(PageScript, has_the_new_object_under_a_name_that_is_taken_again)
+TEST_F(PageScript, has_the_new_object_under_a_name_that_is_published_again)
 {
     HostObject other("player");
     other.property("mana", INT, ValueStd(5));
@@ -680,7 +684,7 @@ TEST_F(PageScript, has_the_new_object_under_a_name_that_is_taken_again)
     EXPECT_TRUE(comes("$g.player.mana.value === 6"));
 }
 
-TEST_F(PageScript, keeps_up_with_an_object_that_comes_and_goes_faster_than_it_can_ask)
+TEST_F(PageScript, keeps_up_with_an_object_that_is_published_and_withdrawn_quickly)
 {
     HostObject other("player");
     other.property("mana", INT, ValueStd(5));
@@ -737,7 +741,7 @@ TEST_F(PageScript, is_notified_of_new_objects_only)
 
 // --- Names
 
-TEST_F(PageScript, takes_objects_of_any_name)
+TEST_F(PageScript, accepts_objects_of_any_name)
 {
     const std::vector<std::string> names = {"__proto__", "constructor", "toString",
                                             "größer 猫", "\"quoted\\",  "objectRegistered",
@@ -767,7 +771,7 @@ TEST_F(PageScript, takes_objects_of_any_name)
     EXPECT_TRUE(comes("'late' in $g"));
 }
 
-TEST_F(PageScript, takes_members_of_any_name_but_a_few)
+TEST_F(PageScript, accepts_members_of_any_name_but_a_few)
 {
     HostObject odd("odd");
     for (const char* const name :
@@ -807,7 +811,7 @@ protected:
         ASSERT_TRUE(comes("channel !== null"));
     }
 
-    /** Lets the messages that are under way arrive. */
+    /** Waits until the pending messages have arrived. */
     void settle_client()
     {
         page->run("var settled = false; channel.exec({type: 3}, () => { settled = true; })");
@@ -815,7 +819,7 @@ protected:
     }
 };
 
-TEST_F(QtClient, finds_the_manager_and_what_is_published)
+TEST_F(QtClient, finds_the_manager_and_the_published_objects)
 {
     ASSERT_TRUE(add("player", player));
     open_client();
@@ -838,7 +842,7 @@ TEST_F(QtClient, calls_methods)
     EXPECT_EQ(page->json("log.map(String).sort()"), R"x(["3","add(a: INT,b: INT)"])x");
 }
 
-TEST_F(QtClient, writes_properties_and_hears_of_changes_and_signals)
+TEST_F(QtClient, writes_properties_and_is_notified_of_changes_and_signals)
 {
     PropertyInfoStd& health = *player.record().properties["health"];
     MethodInfoStd& died = *player.record().methods["died"];

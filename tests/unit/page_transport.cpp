@@ -1,4 +1,5 @@
-// What stands between a page and the channel: what it lets through, and what a page can do to it.
+// The transport between a page and the channel: which messages it passes on, and what a page can
+// make it do.
 
 #include "binding/page_transport.h"
 
@@ -59,7 +60,7 @@ protected:
     Transport()
     {
         have_application();
-        // Qt's own, for each object that comes while a page is connected.
+        // A message of Qt for each object that is registered while a page is connected.
         allow_messages_matching("^Registered new object after initialization");
         channel.setPropertyUpdateInterval(-1);
         manager = std::make_unique<DataBindingContextManager>(&channel, nullptr);
@@ -90,7 +91,7 @@ protected:
             page.post({{"type", IDLE}});
     }
 
-    /** Begins as a client does. */
+    /** Connects as a client does. */
     void open(const QJsonObject& additions = {})
     {
         QJsonObject question{{"type", INIT}, {"id", "init"}};
@@ -109,7 +110,7 @@ protected:
         return found == received.end() ? nullptr : &*found;
     }
 
-    /** Everything that has been sent so far has had its effect. */
+    /** Waits until all messages sent so far have been served. */
     void settle()
     {
         const QString id = QStringLiteral("settle %1").arg(++settled);
@@ -118,7 +119,7 @@ protected:
         serve_events();
     }
 
-    /** Also those that come of others. A page that hangs could not say that it is done. */
+    /** Also serves events that other events cause. A page that hangs could not answer settle(). */
     static void serve_all_events()
     {
         for (int i = 0; i < 10; ++i)
@@ -137,7 +138,7 @@ protected:
         return (*answer_to(id))["data"];
     }
 
-    /** Calls, and does not wait for the answer. */
+    /** Calls the method, and does not wait for the answer. */
     void post_echo(int id, const QJsonValue& value)
     {
         page.post({{"type", INVOKE},
@@ -205,7 +206,7 @@ protected:
 
 // --- What a page cannot do
 
-TEST_F(Transport, lets_no_page_delete_what_is_published)
+TEST_F(Transport, lets_no_page_delete_a_published_object)
 {
     open();
     const QHash<QString, QObject*> before = channel.registeredObjects();
@@ -223,7 +224,7 @@ TEST_F(Transport, lets_no_page_delete_what_is_published)
     EXPECT_TRUE(manager->deregisterObject("player"));
 }
 
-TEST_F(Transport, lets_no_page_break_off_what_the_channel_is_connected_to)
+TEST_F(Transport, lets_no_page_disconnect_the_channel_from_objects)
 {
     open();
     expect_message_matching("a page has sent a connection to a signal that pages cannot use");
@@ -235,13 +236,14 @@ TEST_F(Transport, lets_no_page_break_off_what_the_channel_is_connected_to)
     }
     settle();
     announce(7);
-    EXPECT_TRUE(serve_until([&] { return !messages(UPDATE).empty(); })) << "it is still heard of";
+    EXPECT_TRUE(serve_until([&] { return !messages(UPDATE).empty(); }))
+        << "changes still reach the page";
     EXPECT_TRUE(manager->deregisterObject("player"));
     settle();
     EXPECT_EQ(channel.registeredObjects().keys(), QStringList("___cm"));
 }
 
-TEST_F(Transport, lets_pages_write_the_values_of_properties_and_nothing_else)
+TEST_F(Transport, lets_pages_write_only_the_values_of_properties)
 {
     open();
     expect_message(dropped("a write to a property that pages cannot write (\"___cm\")"));
@@ -261,7 +263,7 @@ TEST_F(Transport, lets_pages_write_the_values_of_properties_and_nothing_else)
     EXPECT_EQ(health->value, ContainerStd(ValueStd(50)));
 }
 
-TEST_F(Transport, takes_what_looks_like_an_object_for_the_data_that_it_is)
+TEST_F(Transport, treats_data_that_looks_like_an_object_as_data)
 {
     PropertyInfoStd& bag = player.property("bag", DICTIONARY, ValueStd("{}"));
     bag.func_valueChanged_updateGodot = [](PropertyInfoStd*) {};
@@ -276,7 +278,7 @@ TEST_F(Transport, takes_what_looks_like_an_object_for_the_data_that_it_is)
     EXPECT_EQ(given, ContainerStd(ValueStd(text)));
 }
 
-TEST_F(Transport, logs_once_what_it_drops)
+TEST_F(Transport, logs_dropped_messages_once)
 {
     const std::string name = "x\ny" + std::string(1000, 'x');
     open();
@@ -311,7 +313,7 @@ TEST_F(Transport, drops_messages_that_are_too_large)
     EXPECT_EQ(std::get<std::string>(std::get<ValueStd>(given)).size(), size_t(text.size()) - 1000);
 }
 
-TEST_F(Transport, bounds_what_a_page_can_write_into_the_log)
+TEST_F(Transport, limits_what_a_page_can_write_to_the_log)
 {
     open();
     const QString name = "a\nb\u202e" + QString(10'000, 'c');
@@ -330,7 +332,7 @@ TEST_F(Transport, bounds_what_a_page_can_write_into_the_log)
     published<DBAbstractContextObject>("player")->___invoke_method("in QML", QVariantList());
 }
 
-TEST_F(Transport, answers_calls_that_it_refuses_with_nothing)
+TEST_F(Transport, answers_refused_calls_with_no_value)
 {
     open();
     expect_message_matching("a call of a method that pages cannot call \\(\"registerObject\"\\)");
@@ -343,7 +345,7 @@ TEST_F(Transport, answers_calls_that_it_refuses_with_nothing)
     EXPECT_TRUE(published<DBAbstractContextObject>("player"));
 }
 
-// --- What it does beyond Qt's channel
+// --- Additions to Qt's channel
 
 TEST_F(Transport, answers_a_write_with_the_value_that_the_property_has_then)
 {
@@ -365,7 +367,7 @@ TEST_F(Transport, answers_a_write_with_the_value_that_the_property_has_then)
     EXPECT_FALSE(answer_to("late")->contains("data"));
 }
 
-TEST_F(Transport, describes_the_objects_that_it_is_asked_about_as_the_channel_does)
+TEST_F(Transport, describes_requested_objects_as_the_channel_does)
 {
     EXPECT_TRUE(manager->registerObject("other", &other.record()));
     open();
@@ -400,9 +402,9 @@ TEST_F(Transport, reports_properties_of_objects_that_were_described_separately)
     EXPECT_EQ(update["properties"][QString::number(VALUE_PROPERTY)], 2);
 }
 
-// --- Pages that take nothing
+// --- Pages that read no messages
 
-TEST_F(Transport, keeps_the_last_value_only_for_a_page_that_hangs)
+TEST_F(Transport, keeps_only_the_last_value_for_a_page_that_hangs)
 {
     open();
     connect_to("propChanged");
@@ -429,12 +431,12 @@ TEST_F(Transport, keeps_the_last_value_only_for_a_page_that_hangs)
         return !messages(SIGNAL_MESSAGE).empty()
             && messages(SIGNAL_MESSAGE).back()["args"][2] == -20'000;
     }));
-    EXPECT_LE(received.size(), sent + 200) << "it has got what was obsolete";
+    EXPECT_LE(received.size(), sent + 200) << "the page has received obsolete values";
     EXPECT_EQ(messages(UPDATE).back()["data"][0]["properties"][QString::number(VALUE_PROPERTY)],
               -20'000);
 }
 
-TEST_F(Transport, has_nothing_for_the_next_page_of_what_the_one_before_has_not_taken)
+TEST_F(Transport, sends_the_next_page_no_messages_that_the_page_before_has_not_read)
 {
     open({{"bundles", true}});
     connect_to("propChanged");
@@ -521,7 +523,7 @@ TEST_F(Transport, drops_the_oldest_answers_for_a_page_that_calls_and_hangs)
               PageOutbox::largest_unanswered + PageOutbox::largest_waiting + 2 * text.size());
 }
 
-TEST_F(Transport, keeps_the_order_of_what_is_held_up)
+TEST_F(Transport, keeps_the_order_of_delayed_messages)
 {
     open();
     for (const char* const name : {"propChanged", "gdscriptSignalEmitted"})
@@ -543,7 +545,7 @@ TEST_F(Transport, keeps_the_order_of_what_is_held_up)
     ASSERT_TRUE(
         serve_until([&] { return messages(SIGNAL_MESSAGE).size() > 2000 && last(1) == 2; }));
     EXPECT_EQ(last(2), QJsonArray{"after"});
-    EXPECT_NE(last(3), 1) << "of a change the last one only";
+    EXPECT_NE(last(3), 1) << "only the last value of a change";
     int previous = -1;
     for (const QJsonObject& message : messages(SIGNAL_MESSAGE)) {
         const QJsonValue number = message["args"][2][0];
@@ -555,7 +557,7 @@ TEST_F(Transport, keeps_the_order_of_what_is_held_up)
     EXPECT_EQ(previous, 2 * PageOutbox::most_unanswered - 1);
 }
 
-TEST_F(Transport, keeps_what_has_become_of_objects_only_for_a_page_that_hangs)
+TEST_F(Transport, keeps_only_the_final_state_of_objects_for_a_page_that_hangs)
 {
     open();
     for (const char* const name :
@@ -589,7 +591,7 @@ TEST_F(Transport, keeps_what_has_become_of_objects_only_for_a_page_that_hangs)
                                               {signal_number("objectRegistered"), "player"}}));
 }
 
-TEST_F(Transport, sends_what_belongs_together_in_one_message_to_who_takes_bundles)
+TEST_F(Transport, sends_related_messages_as_one_to_clients_that_accept_bundles)
 {
     std::vector<QJsonObject> raw;
     FakeTransport second([&](const QJsonObject& message) { raw.push_back(message); });
@@ -604,11 +606,11 @@ TEST_F(Transport, sends_what_belongs_together_in_one_message_to_who_takes_bundle
     EXPECT_EQ(raw[1]["data"].toArray().size(), 2);
 }
 
-// --- Should it be got around
+// --- If a message bypasses it
 
 TEST_F(Transport, is_not_the_only_guard_of_published_objects)
 {
-    open();  // from then on the channel notices what goes
+    open();  // from now on the channel notices destroyed objects
     const QPointer<QObject> object = channel.registeredObjects().value("player.health");
     delete object;
     announce(5);

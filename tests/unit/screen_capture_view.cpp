@@ -1,4 +1,5 @@
-// The view behind the facade of screen capture, the recorder of its scene, and which screen a hint means.
+// The view behind the facade of screen capture, the recorder of its scene, and the screen that a
+// hint means.
 
 #include "media/screen_capture_view.h"
 #include "media/media_part.h"
@@ -31,7 +32,7 @@ namespace {
 
 constexpr auto NO_SCREEN_OF_THAT_NAME = "CaptureScreen: returning default primary screen";
 
-/** With an application that has screens, as a QCoreApplication has not. */
+/** With an application that has screens, unlike QCoreApplication. */
 class WithApplication : public testing::Test {
 protected:
     WithApplication()
@@ -43,7 +44,7 @@ protected:
 
 }  // namespace
 
-// --- Which screen a hint means ---------------------------------------------------------------------
+// --- Which screen a hint means -------------------------------------------------------------------
 
 namespace {
 
@@ -109,7 +110,7 @@ TEST(ScreenChoice, is_the_first_screen_with_the_text_in_any_of_its_names)
     expect_choice("-", TWO_SCREENS, 0);
 }
 
-TEST(ScreenChoice, looks_through_one_screen_after_the_other)
+TEST(ScreenChoice, searches_the_screens_in_their_order)
 {
     const QList<ScreenNames> screens{{{}, {}, QStringLiteral("one X")},
                                      {QStringLiteral("X"), {}, {}}};
@@ -122,7 +123,7 @@ TEST(ScreenChoice, knows_letters_of_all_scripts)
     expect_choice("ÜBERGRÖ", screens, 1);
 }
 
-TEST(ScreenChoice, is_the_primary_screen_for_a_text_that_none_has)
+TEST(ScreenChoice, is_the_primary_screen_for_a_text_that_no_name_contains)
 {
     expect_choice("Eizo", TWO_SCREENS, std::nullopt, NO_SCREEN_OF_THAT_NAME);
     expect_choice(" ", TWO_SCREENS.first(1), std::nullopt, NO_SCREEN_OF_THAT_NAME);
@@ -130,18 +131,18 @@ TEST(ScreenChoice, is_the_primary_screen_for_a_text_that_none_has)
     expect_choice("0x1", TWO_SCREENS, std::nullopt, NO_SCREEN_OF_THAT_NAME);
 }
 
-TEST(ScreenChoice, takes_what_is_no_number_of_32_bits_for_text)
+TEST(ScreenChoice, treats_a_hint_that_is_no_32_bit_number_as_text)
 {
     expect_choice("2147483648", TWO_SCREENS, std::nullopt, NO_SCREEN_OF_THAT_NAME);
     expect_choice("99999999999999999999", {{QStringLiteral("99999999999999999999"), {}, {}}}, 0);
 }
 
-TEST(ScreenChoice, takes_a_number_for_a_place_even_where_a_name_has_it)
+TEST(ScreenChoice, treats_a_number_as_a_place_even_if_a_name_contains_it)
 {
     expect_choice("77", TWO_SCREENS, std::nullopt, wrong_number(77, 2));
 }
 
-TEST(ScreenChoice, has_none_to_choose_from)
+TEST(ScreenChoice, is_none_when_no_screen_exists)
 {
     expect_choice("-1", {}, std::nullopt);
     expect_choice("", {}, std::nullopt);
@@ -150,7 +151,7 @@ TEST(ScreenChoice, has_none_to_choose_from)
     expect_choice("DELL", {}, std::nullopt, NO_SCREEN_OF_THAT_NAME);
 }
 
-// --- The view --------------------------------------------------------------------------------------
+// --- The view ------------------------------------------------------------------------------------
 
 namespace {
 
@@ -167,12 +168,12 @@ TEST_F(ScreenCaptureViews, begin_active_and_without_a_hint)
     EXPECT_EQ(view->property("physical_screen_hint"), QStringLiteral("-1"));
 }
 
-TEST_F(ScreenCaptureViews, notify_of_what_the_host_sets_each_time)
+TEST_F(ScreenCaptureViews, notify_each_time_the_host_sets_a_value)
 {
     QSignalSpy active(view.get(), &ScreenCaptureView::activeChanged);
     QSignalSpy hint(view.get(), &ScreenCaptureView::physical_screen_hintChanged);
     view->set_active(true);
-    EXPECT_EQ(active.count(), 1) << "for an equal value too";
+    EXPECT_EQ(active.count(), 1) << "also for an equal value";
     view->set_active(false);
     EXPECT_EQ(active.count(), 2);
     EXPECT_EQ(view->property("active"), 0u);
@@ -188,10 +189,10 @@ TEST_F(ScreenCaptureViews, are_active_with_any_number_but_zero)
     QSignalSpy active(view.get(), &ScreenCaptureView::activeChanged);
     EXPECT_TRUE(view->setProperty("active", 2u));
     EXPECT_EQ(view->property("active"), 1u);
-    EXPECT_EQ(active.count(), 0) << "nothing has changed";
+    EXPECT_EQ(active.count(), 0) << "no value has changed";
 }
 
-TEST_F(ScreenCaptureViews, take_hints_from_any_thread_while_their_scene_reads_them)
+TEST_F(ScreenCaptureViews, accept_hints_from_any_thread_while_their_scene_reads_them)
 {
     QQmlEngine engine;
     engine.rootContext()->setContextProperty(QStringLiteral("ctx"), view.get());
@@ -207,7 +208,7 @@ TEST_F(ScreenCaptureViews, take_hints_from_any_thread_while_their_scene_reads_th
     EXPECT_TRUE(serve_until([&] { return scene->property("hint") == "a screen of number 2000"; }));
 }
 
-TEST_F(ScreenCaptureViews, let_their_scene_make_recorders)
+TEST_F(ScreenCaptureViews, let_their_scene_create_recorders)
 {
     QQmlEngine engine;
     view->prepare_context(engine.rootContext());
@@ -219,11 +220,11 @@ TEST_F(ScreenCaptureViews, let_their_scene_make_recorders)
     serve_events();
 }
 
-// --- The recorder ----------------------------------------------------------------------------------
+// --- The recorder --------------------------------------------------------------------------------
 
 namespace {
 
-/** A recorder without a scene, and what it captures with. */
+/** A recorder without a scene, and its capture object. */
 class ScreenRecorders : public WithApplication {
 protected:
     QScreenCapture* capture() const
@@ -258,7 +259,7 @@ TEST_F(ScreenRecorders, choose_their_screen_when_they_get_a_sink)
 {
     QSignalSpy spy(recorder.get(), &ScreenRecorder::videoSinkChanged);
     QObject::connect(recorder.get(), &ScreenRecorder::videoSinkChanged, [this] {
-        EXPECT_FALSE(capture()->captureSession()) << "the screen comes after the signal";
+        EXPECT_FALSE(capture()->captureSession()) << "the screen is set after the signal";
     });
     ASSERT_TRUE(recorder->setProperty("videoSink", QVariant::fromValue(&sink)));
     EXPECT_EQ(recorder->video_sink(), &sink);
@@ -266,7 +267,7 @@ TEST_F(ScreenRecorders, choose_their_screen_when_they_get_a_sink)
     EXPECT_EQ(capture()->screen(), QGuiApplication::screens().first());
     ASSERT_TRUE(capture()->captureSession());
     EXPECT_EQ(capture()->captureSession()->videoSink(), &sink);
-    EXPECT_FALSE(capture()->isActive()) << "that is for activeChanged";
+    EXPECT_FALSE(capture()->isActive()) << "activeChanged starts the capture";
 }
 
 TEST_F(ScreenRecorders, choose_nothing_when_they_get_the_same_sink_again)
@@ -294,7 +295,7 @@ TEST_F(ScreenRecorders, find_a_screen_by_its_real_name)
     EXPECT_EQ(capture()->screen(), first);
 }
 
-TEST_F(ScreenRecorders, take_the_primary_screen_where_no_screen_has_the_name)
+TEST_F(ScreenRecorders, use_the_primary_screen_when_no_screen_has_the_name)
 {
     expect_message(NO_SCREEN_OF_THAT_NAME);
     set_hint("no screen is called that");
@@ -315,14 +316,14 @@ TEST_F(ScreenRecorders, are_active_with_any_number_but_zero)
     QSignalSpy active(recorder.get(), &ScreenRecorder::activeChanged);
     EXPECT_TRUE(recorder->setProperty("active", 2u));
     EXPECT_EQ(recorder->property("active"), 1u);
-    EXPECT_EQ(active.count(), 0) << "nothing has changed";
+    EXPECT_EQ(active.count(), 0) << "no value has changed";
 }
 
 TEST_F(ScreenRecorders, capture_once_activity_is_signalled_and_not_before)
 {
     recorder->set_video_sink(&sink);
     EXPECT_TRUE(recorder->setProperty("active", 1u));
-    EXPECT_FALSE(capture()->isActive()) << "nothing has changed";
+    EXPECT_FALSE(capture()->isActive()) << "no value has changed";
     emit recorder->activeChanged();
     EXPECT_TRUE(capture()->isActive());
     EXPECT_TRUE(serve_until([&] { return sink.videoFrame().isValid(); }));
@@ -332,7 +333,7 @@ TEST_F(ScreenRecorders, capture_once_activity_is_signalled_and_not_before)
     EXPECT_TRUE(capture()->isActive());
 }
 
-TEST_F(ScreenRecorders, feed_the_sink_that_they_were_given_last)
+TEST_F(ScreenRecorders, send_frames_to_the_sink_that_was_set_last)
 {
     recorder->set_video_sink(&sink);
     emit recorder->activeChanged();
@@ -342,7 +343,7 @@ TEST_F(ScreenRecorders, feed_the_sink_that_they_were_given_last)
     EXPECT_TRUE(capture()->isActive());
 }
 
-TEST_F(ScreenRecorders, go_on_without_a_sink_and_with_one_that_has_gone)
+TEST_F(ScreenRecorders, continue_without_a_sink_and_after_theirs_is_destroyed)
 {
     auto short_lived = std::make_unique<QVideoSink>();
     recorder->set_video_sink(short_lived.get());
@@ -357,7 +358,7 @@ TEST_F(ScreenRecorders, go_on_without_a_sink_and_with_one_that_has_gone)
     EXPECT_EQ(capture()->captureSession()->videoSink(), nullptr);
 }
 
-TEST_F(ScreenRecorders, end_while_they_capture)
+TEST_F(ScreenRecorders, may_be_destroyed_while_they_capture)
 {
     recorder->set_video_sink(&sink);
     emit recorder->activeChanged();
@@ -368,7 +369,7 @@ TEST_F(ScreenRecorders, end_while_they_capture)
     EXPECT_FALSE(sink.videoFrame().isValid());
 }
 
-TEST_F(ScreenRecorders, end_all_that_is_captured_when_the_library_stops)
+TEST_F(ScreenRecorders, end_every_capture_when_the_library_stops)
 {
     ScreenRecorder other;
     recorder->set_video_sink(&sink);

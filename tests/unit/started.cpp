@@ -1,4 +1,4 @@
-// What stands once the library has been started, seen from the inside.
+// The state of the library after its start, seen from inside.
 
 #include "library/startup.h"
 #include "runtime/addon_dir.h"
@@ -88,7 +88,8 @@ TEST_F(StartedLibrary, has_configured_the_shared_profile)
     };
     const auto profile = on_qt_thread([] {
         auto* const profile = QQuickWebEngineProfile::defaultProfile();
-        // Off the record, as Qt makes its default profile, no profile admits to keeping cookies.
+        // An off-the-record profile, which Qt creates as its default, never reports that it keeps
+        // cookies.
         const bool off_the_record = profile->isOffTheRecord();
         profile->setOffTheRecord(false);
         const int cookies = profile->persistentCookiesPolicy();
@@ -124,7 +125,7 @@ TEST_F(StartedLibrary, survives_a_second_declaration_of_its_modules)
 
 TEST_F(StartedLibrary, processes_the_events_of_the_calling_thread)
 {
-    const QEventLoop loop;  // gives this thread what serves events
+    const QEventLoop loop;  // creates the event dispatcher of this thread
     QObject here;
     bool ran = false;
     QMetaObject::invokeMethod(
@@ -139,7 +140,7 @@ TEST_F(StartedLibrary, keeps_the_locale_of_the_process)
     EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "C");
 }
 
-TEST_F(StartedLibrary, brings_a_static_plugin_and_a_qmldir_for_each_module)
+TEST_F(StartedLibrary, contains_a_static_plugin_and_a_qmldir_for_each_module)
 {
     QStringList plugins;
     for (const QStaticPlugin& plugin : QPluginLoader::staticPlugins())
@@ -151,7 +152,7 @@ TEST_F(StartedLibrary, brings_a_static_plugin_and_a_qmldir_for_each_module)
     }
 }
 
-TEST_F(StartedLibrary, brings_the_assets_that_its_components_show)
+TEST_F(StartedLibrary, contains_the_assets_that_its_components_show)
 {
     const QDir fonts(QStringLiteral(":/Splash/assets/fonts"));
     EXPECT_EQ(fonts.entryList({QStringLiteral("*.ttf")}).size(), 1);

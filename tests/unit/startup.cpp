@@ -1,4 +1,4 @@
-// What the start makes of the options, step by step and without an application.
+// The effect of the options on the start, step by step and without an application.
 
 #include "library/startup.h"
 #include "runtime/addon_dir.h"
@@ -89,7 +89,7 @@ TEST_F(StartOptions, form_paths_at_the_root_when_no_project_root_is_set)
     EXPECT_EQ(qgetenv("QML_IMPORT_PATH"), "/addons/webview//qml");
 }
 
-TEST_F(StartOptions, replace_what_the_environment_contained)
+TEST_F(StartOptions, replace_values_of_the_environment)
 {
     qputenv("QT_PLUGIN_PATH", "/elsewhere");
     startup::set_directories();
@@ -122,7 +122,7 @@ TEST_F(StartOptions, make_absent_logging_rules_empty_when_debugging_media)
     EXPECT_EQ(qgetenv("QT_LOGGING_RULES"), "");
 }
 
-TEST_F(StartOptions, keep_compiled_copies_of_components_and_subpixel_smoothing_out)
+TEST_F(StartOptions, disable_compiled_copies_of_components_and_subpixel_smoothing)
 {
     startup::set_defaults();
     EXPECT_EQ(qgetenv("QML_DISK_CACHE"), "aot");
@@ -132,7 +132,7 @@ TEST_F(StartOptions, keep_compiled_copies_of_components_and_subpixel_smoothing_o
 TEST_F(StartOptions, do_not_look_for_hardware_encoders)
 {
     startup::set_defaults();
-    EXPECT_EQ(qgetenv("QT_FFMPEG_ENCODING_HW_DEVICE_TYPES"), ",") << "a list without an entry";
+    EXPECT_EQ(qgetenv("QT_FFMPEG_ENCODING_HW_DEVICE_TYPES"), ",") << "a list without entries";
 }
 
 TEST_F(StartOptions, leave_settings_of_the_user_alone)
@@ -147,7 +147,7 @@ TEST_F(StartOptions, leave_settings_of_the_user_alone)
         EXPECT_EQ(qgetenv(name), value) << name;
 }
 
-TEST_F(StartOptions, log_that_the_project_root_is_no_absolute_path)
+TEST_F(StartOptions, log_that_the_project_root_is_not_absolute)
 {
     startup::warn_of_relative_root(QDir::currentPath().toStdString());
     startup::warn_of_relative_root("");
@@ -159,7 +159,7 @@ TEST_F(StartOptions, log_that_the_project_root_is_no_absolute_path)
     }
 }
 
-TEST(QtVersion, is_named_when_it_is_not_the_one_that_was_built_with)
+TEST(QtVersion, is_reported_when_it_differs_from_that_of_the_build)
 {
     startup::warn_of_other_qt(QLibraryInfo::version());
     startup::warn_of_other_qt(QVersionNumber(QT_VERSION_MAJOR, QT_VERSION_MINOR, 99));

@@ -1,4 +1,4 @@
-// Values on their way between the host's plain types and Qt's.
+// Conversion of values between the host's plain types and Qt's.
 
 #include "binding/conversions.h"
 #include "binding/type_names.h"
@@ -34,12 +34,12 @@ constexpr auto int_min = std::numeric_limits<int32_t>::min();
 const std::vector<VariantTypeStd> vector_codes = {VECTOR2,  VECTOR2I, VECTOR3,
                                                   VECTOR3I, VECTOR4,  VECTOR4I};
 
-/** The argument as the host gets it. The code stays as it is. */
+/** The argument as the host receives it. The code stays unchanged. */
 std::optional<ContainerStd> argument(const QVariant& value, VariantTypeStd code)
 {
     const VariantTypeStd declared = code;
     auto result = from_argument(value, code);
-    EXPECT_EQ(code, declared) << "the code has been rewritten";
+    EXPECT_EQ(code, declared) << "the conversion has changed the code";
     return result;
 }
 
@@ -48,7 +48,7 @@ ContainerStd single(ValueStd value)
     return value;
 }
 
-/** `levels` lists, one in another. */
+/** `levels` nested lists. */
 QVariant nested_lists(int levels)
 {
     QVariant value = QVariantList();
@@ -149,7 +149,7 @@ TEST(TypeNames, are_empty_for_codes_out_of_range)
 
 // --- Arguments
 
-TEST(Argument, is_converted_by_what_it_holds_and_not_by_its_code)
+TEST(Argument, is_converted_by_its_content_and_not_by_its_code)
 {
     for (const VariantTypeStd code : {UNKNOWN, NIL, BOOL, INT, FLOAT, STRING, RECT2, COLOR}) {
         EXPECT_EQ(argument(QStringLiteral("text"), code), single("text"));
@@ -161,7 +161,7 @@ TEST(Argument, is_converted_by_what_it_holds_and_not_by_its_code)
     }
 }
 
-TEST(Argument, of_an_unknown_type_is_warned_of_and_zero)
+TEST(Argument, of_an_unknown_type_logs_a_warning_and_becomes_zero)
 {
     expect_unknown_type(QMetaType::UnknownType);
     EXPECT_EQ(argument(QVariant(), INT), single(0));
@@ -173,7 +173,7 @@ TEST(Argument, of_an_unknown_type_is_warned_of_and_zero)
     EXPECT_EQ(argument(1.5F, FLOAT), single(0));
 }
 
-TEST(Argument, text_comes_in_utf8_with_all_that_is_in_it)
+TEST(Argument, text_arrives_complete_in_utf8)
 {
     EXPECT_EQ(argument(QStringLiteral("größer 猫 🐈"), STRING), single("größer 猫 🐈"));
     EXPECT_EQ(argument(QString(QChar(u'\0')) + "b", STRING), single(std::string("\0b", 2)));
@@ -185,7 +185,7 @@ TEST(Argument, with_half_a_character_is_accepted)
 {
     const QString half = QString(u'a') + QChar(0xd83d) + u'b';
     const auto text = std::get<std::string>(std::get<ValueStd>(*argument(half, STRING)));
-    EXPECT_TRUE(text == "a?b" || text == "ab") << text << ", by the version of Qt";
+    EXPECT_TRUE(text == "a?b" || text == "ab") << text << ", depending on the version of Qt";
     const auto json = argument(QVariantList{half}, ARRAY);
     EXPECT_EQ(to_variant(*json, ARRAY).toList().size(), 1);
 }
@@ -210,7 +210,7 @@ TEST(Argument, list_for_an_array_is_compact_json)
     EXPECT_EQ(argument(QVariantMap{{"a", 1}}, ARRAY), single("[]"));
 }
 
-TEST(Argument, that_is_a_container_rewrites_a_code_that_is_none)
+TEST(Argument, that_is_a_container_changes_a_code_that_is_none)
 {
     for (const VariantTypeStd declared : {UNKNOWN, NIL, INT, STRING, COLOR}) {
         VariantTypeStd code = declared;
@@ -222,7 +222,7 @@ TEST(Argument, that_is_a_container_rewrites_a_code_that_is_none)
     }
 }
 
-TEST(Argument, vector_takes_the_first_elements_of_a_list)
+TEST(Argument, vector_uses_the_first_elements_of_a_list)
 {
     const QVariantList list = {1.5, 2.5, 3.5, 4.6, 5.5};
     EXPECT_EQ(argument(list, VECTOR2), single(Vector2Std{1.5, 2.5}));
@@ -279,7 +279,7 @@ TEST(Argument, nested_as_deep_as_qt_reads_arrives)
               single(std::string(1000, '[') + std::string(1000, ']')));
 }
 
-TEST(Argument, nested_too_deeply_is_warned_of_and_comes_empty)
+TEST(Argument, nested_too_deeply_logs_a_warning_and_arrives_empty)
 {
     for (const int levels : {1025, 10000}) {
         allow_messages_matching("is nested more than 1024 levels deep");
@@ -306,7 +306,7 @@ TEST(Argument, from_a_scene_may_be_a_script_value)
 
 // --- Writes of properties
 
-TEST(PropertyWrite, is_converted_by_the_code_and_not_by_what_it_holds)
+TEST(PropertyWrite, is_converted_by_the_code_and_not_by_its_content)
 {
     EXPECT_EQ(from_property_write(5, STRING), single("5"));
     EXPECT_EQ(from_property_write(true, STRING), single("true"));
@@ -346,7 +346,7 @@ TEST(PropertyWrite, of_floats_goes_through_single_precision)
               single(Vector4Std{rounded, rounded, rounded, rounded}));
 }
 
-TEST(PropertyWrite, of_integer_vectors_takes_integers)
+TEST(PropertyWrite, of_integer_vectors_accepts_integers)
 {
     const QVariantList list = {16777217, qlonglong(-2), 3.0, 4};
     EXPECT_EQ(from_property_write(list, VECTOR2I), single(Vector2iStd{16777217, -2}));
@@ -370,7 +370,7 @@ TEST(PropertyWrite, of_a_vector_refuses_all_but_a_list_that_is_long_enough)
     }
 }
 
-TEST(PropertyWrite, for_a_mere_label_goes_by_what_the_value_holds)
+TEST(PropertyWrite, for_a_mere_label_depends_on_the_content_of_the_value)
 {
     for (const VariantTypeStd code : {UNKNOWN, NIL, COLOR, RECT2}) {
         EXPECT_EQ(from_property_write("#fff", code), single("#fff"));
@@ -383,7 +383,7 @@ TEST(PropertyWrite, for_a_mere_label_goes_by_what_the_value_holds)
 
 // --- From the host
 
-TEST(HostValue, is_converted_by_what_it_holds)
+TEST(HostValue, is_converted_by_its_content)
 {
     for (const VariantTypeStd code : {UNKNOWN, BOOL, INT, STRING, VECTOR2, COLOR}) {
         EXPECT_EQ(to_variant(single(7), code), QVariant(7));
@@ -412,14 +412,14 @@ TEST(HostValue, vector_becomes_a_list_of_its_components)
         EXPECT_EQ(component.typeId(), QMetaType::Int);
 }
 
-TEST(HostValue, text_keeps_all_that_is_in_it)
+TEST(HostValue, text_arrives_complete)
 {
     EXPECT_EQ(to_variant(single(std::string("\0b", 2)), STRING).toString(),
               QString(QChar(0)) + "b");
     EXPECT_EQ(to_variant(single("\xff"), STRING).toString(), QString(QChar::ReplacementCharacter));
 }
 
-TEST(HostValue, nil_is_no_value_whatever_is_there)
+TEST(HostValue, nil_is_no_value_whatever_the_content)
 {
     EXPECT_FALSE(to_variant(single(7), NIL).isValid());
     EXPECT_FALSE(to_variant(ContainerStd(std::vector<ValueStd>{1}), NIL).isValid());
@@ -433,7 +433,7 @@ TEST(HostValue, containers_are_read_from_json)
     EXPECT_EQ(map.toMap()["a"].toMap()["b"].toList().size(), 2);
 }
 
-TEST(HostValue, text_that_is_no_such_json_is_an_empty_container)
+TEST(HostValue, text_that_is_no_json_of_the_type_is_an_empty_container)
 {
     for (const char* const text : {"", "{", "[1", "5", "null", "nonsense"}) {
         const QVariant map = to_variant(single(text), DICTIONARY);
@@ -463,7 +463,7 @@ TEST(HostValue, of_the_wrong_kind_throws)
     }
 }
 
-TEST(HostValue, of_the_wrong_kind_is_warned_of_where_nobody_may_be_thrown_at)
+TEST(HostValue, of_the_wrong_kind_logs_a_warning_where_exceptions_are_not_allowed)
 {
     expect_message("the thing does not match its type ARRAY. Pass a single value, or a "
                    "container as JSON text.");
@@ -471,7 +471,7 @@ TEST(HostValue, of_the_wrong_kind_is_warned_of_where_nobody_may_be_thrown_at)
     EXPECT_EQ(to_variant_or_warn(single(7), INT, "the thing"), QVariant(7));
 }
 
-TEST(HostValue, containers_come_round)
+TEST(HostValue, containers_survive_conversion_in_both_directions)
 {
     const auto sent =
         argument(to_variant(single(R"({"a":[1,2.5,"x",null,true]})"), DICTIONARY), DICTIONARY);

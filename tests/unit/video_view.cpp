@@ -1,5 +1,5 @@
-// The view behind the facade of video players, without a scene: what its component finds, and what it
-// reports to the host. What all media views share is in media_views.cpp.
+// The view behind the facade of video players, without a scene: the context of its component, and
+// its notifications to the host. media_views.cpp has the rules of all media views.
 
 #include "media/video_view.h"
 #include "media/media_part.h"
@@ -44,7 +44,7 @@ protected:
     std::unique_ptr<VideoView> view;
 };
 
-/** Writes the names of the view's signals down in the order in which they come. */
+/** Records the names of the view's signals in the order in which they are emitted. */
 class SignalOrder : public QObject {
     Q_OBJECT
 
@@ -101,7 +101,7 @@ TEST_F(VideoViews, own_a_player_with_its_output_until_they_have_a_scene)
     EXPECT_EQ(view->player()->source(), QUrl());
 }
 
-TEST_F(VideoViews, survive_a_scene_that_takes_their_player_away)
+TEST_F(VideoViews, survive_a_scene_that_destroys_their_player)
 {
     delete view->player();
     delete view->audio_output();
@@ -118,10 +118,10 @@ TEST_F(VideoViews, survive_a_scene_that_takes_their_player_away)
     QObject root;
     view->post_setup(nullptr, &root);
     view->before_reset();
-    EXPECT_TRUE(view->player() && view->audio_output()) << "for the next scene";
+    EXPECT_TRUE(view->player() && view->audio_output()) << "they are there for the next scene";
 }
 
-// --- Time ------------------------------------------------------------------------------------------
+// --- Time ----------------------------------------------------------------------------------------
 
 TEST(TimeText, has_two_digits_or_more_in_each_place)
 {
@@ -131,7 +131,7 @@ TEST(TimeText, has_two_digits_or_more_in_each_place)
     EXPECT_EQ(time_text(3599), u"00:59:59");
     EXPECT_EQ(time_text(3600), u"01:00:00");
     EXPECT_EQ(time_text(3725), u"01:02:05");
-    EXPECT_EQ(time_text(360000), u"100:00:00") << "hours are not wrapped";
+    EXPECT_EQ(time_text(360000), u"100:00:00") << "hours do not wrap";
 }
 
 TEST(TimeText, shows_each_minus_of_a_negative_time)
@@ -160,7 +160,7 @@ TEST_F(VideoViews, report_the_position_in_order_and_once_a_second)
                                "playing_position_strChanged", "playing_minus_position_strChanged"};
     EXPECT_EQ(order.names, expected);
     view->show_position(1999);
-    EXPECT_EQ(order.names, expected) << "the same second";
+    EXPECT_EQ(order.names, expected) << "the second has not changed";
     EXPECT_EQ(view->property("playing_position_pct"), 10.0);
     view->show_position(2000);
     EXPECT_EQ(order.names, expected + expected);
@@ -176,7 +176,7 @@ TEST_F(VideoViews, show_positions_where_the_duration_is_unknown_or_wrong)
     EXPECT_EQ(text("playing_minus_position_str"), u"-00:00:00");
 }
 
-TEST_F(VideoViews, keep_looking_at_the_position_while_they_play)
+TEST_F(VideoViews, read_the_position_repeatedly_while_they_play)
 {
     auto* const timer = view->findChild<QTimer*>(Qt::FindDirectChildrenOnly);
     ASSERT_TRUE(timer);
@@ -191,14 +191,14 @@ TEST_F(VideoViews, keep_looking_at_the_position_while_they_play)
     EXPECT_FALSE(timer->isActive());
 }
 
-TEST_F(VideoViews, look_at_the_players_position_at_each_turn_of_the_timer)
+TEST_F(VideoViews, read_the_players_position_at_each_timeout)
 {
     view->setProperty("playing_position", qint64(9));
     QMetaObject::invokeMethod(view->findChild<QTimer*>(), "timeout", Qt::DirectConnection);
-    EXPECT_EQ(view->property("playing_position"), 0) << "where a player without a source is";
+    EXPECT_EQ(view->property("playing_position"), 0) << "the position of a player without a source";
 }
 
-// --- What the player says --------------------------------------------------------------------------
+// --- Signals of the player -----------------------------------------------------------------------
 
 TEST_F(VideoViews, adopt_the_duration)
 {
@@ -221,7 +221,7 @@ TEST_F(VideoViews, count_tracks_when_they_change_and_when_playing_begins)
     EXPECT_EQ(order.names, expected + expected);
 }
 
-TEST_F(VideoViews, pass_on_that_the_active_tracks_have_changed)
+TEST_F(VideoViews, report_that_the_active_tracks_have_changed)
 {
     SignalOrder order(*view);
     emit view->player()->activeTracksChanged();
@@ -245,7 +245,7 @@ TEST_F(VideoViews, name_a_file_without_its_folders)
     EXPECT_EQ(text("path_or_url"), QUrl(path).toString());
 }
 
-TEST_F(VideoViews, name_what_is_no_file_by_its_url)
+TEST_F(VideoViews, name_a_source_that_is_no_file_by_its_url)
 {
     for (const char* const url : {"http://example.invalid/a/b.mp4?c=d", "file:///nowhere/a.mp4"}) {
         emit view->player()->sourceChanged(QUrl(QString::fromLatin1(url)));
@@ -254,7 +254,7 @@ TEST_F(VideoViews, name_what_is_no_file_by_its_url)
     }
 }
 
-TEST_F(VideoViews, name_what_has_no_file_in_its_path_by_its_url)
+TEST_F(VideoViews, name_a_source_without_a_file_in_its_path_by_its_url)
 {
     for (const char* const url : {"http://example.invalid/", "rtsp://camera.invalid/"}) {
         emit view->player()->sourceChanged(QUrl(QString::fromLatin1(url)));
@@ -262,9 +262,9 @@ TEST_F(VideoViews, name_what_has_no_file_in_its_path_by_its_url)
     }
 }
 
-// --- What the scene asks ---------------------------------------------------------------------------
+// --- Requests of the scene -----------------------------------------------------------------------
 
-TEST_F(VideoViews, switch_the_controls_and_notify_of_it_each_time)
+TEST_F(VideoViews, switch_the_controls_and_notify_each_time)
 {
     QSignalSpy enabled(view.get(), &VideoView::controls_enabledChanged);
     QSignalSpy auto_hide(view.get(), &VideoView::controls_auto_hideChanged);
@@ -278,7 +278,7 @@ TEST_F(VideoViews, switch_the_controls_and_notify_of_it_each_time)
     EXPECT_TRUE(view->controls_auto_hide());
 }
 
-TEST_F(VideoViews, refuse_to_seek_where_the_source_does_not_allow_it)
+TEST_F(VideoViews, refuse_to_seek_when_the_source_does_not_allow_it)
 {
     expect_message("set_position failed");
     view->set_position(100);
@@ -303,7 +303,7 @@ TEST_F(VideoViews, notify_the_scene_of_its_sink)
     view->setVideoSink(nullptr);
 }
 
-TEST_F(VideoViews, notify_of_the_tracks_even_where_the_track_does_not_exist)
+TEST_F(VideoViews, notify_about_the_tracks_even_when_the_track_does_not_exist)
 {
     allow_messages_matching("Cannot set active track without open source");
     QSignalSpy spy(view.get(), &VideoView::activeTracksChanged);
@@ -316,11 +316,11 @@ TEST_F(VideoViews, notify_of_the_tracks_even_where_the_track_does_not_exist)
     EXPECT_EQ(view->get_current_subtitle_name(), u"");
 }
 
-// --- Set-up and end of the scene --------------------------------------------------------------------
+// --- Set-up and end of the scene -----------------------------------------------------------------
 
 TEST_F(VideoViews, give_the_player_to_the_scene_with_the_source)
 {
-    // Of Qt 6.11, which opens it at once.
+    // A message of Qt 6.11, which opens the source at once.
     allow_messages_matching("^Could not open media");
     view->setProperty("path_or_url", QStringLiteral("file:///nowhere/a.mp4"));
     view->set_auto_play(false);
@@ -333,7 +333,7 @@ TEST_F(VideoViews, give_the_player_to_the_scene_with_the_source)
     EXPECT_EQ(played.count(), 0);
 }
 
-TEST_F(VideoViews, make_a_new_player_when_the_scene_takes_the_old_one_along)
+TEST_F(VideoViews, create_a_new_player_when_the_scene_destroys_the_old_one)
 {
     auto root = std::make_unique<QObject>();
     view->post_setup(nullptr, root.get());
@@ -349,7 +349,7 @@ TEST_F(VideoViews, make_a_new_player_when_the_scene_takes_the_old_one_along)
 
     view->before_reset();
     root.reset();
-    EXPECT_TRUE(!old_player && !old_output) << "they end with the scene";
+    EXPECT_TRUE(!old_player && !old_output) << "they are destroyed with the scene";
     ASSERT_TRUE(view->player() && view->audio_output());
     EXPECT_EQ(view->player()->parent(), view.get());
     EXPECT_EQ(view->player()->audioOutput(), view->audio_output());
@@ -363,7 +363,7 @@ TEST_F(VideoViews, make_a_new_player_when_the_scene_takes_the_old_one_along)
     EXPECT_EQ(output_changed.count(), 1);
 }
 
-TEST_F(VideoViews, keep_a_player_that_no_scene_has_taken)
+TEST_F(VideoViews, keep_a_player_that_no_scene_owns)
 {
     const QPointer player = view->player();
     view->before_reset();
@@ -371,7 +371,7 @@ TEST_F(VideoViews, keep_a_player_that_no_scene_has_taken)
     EXPECT_TRUE(player);
 }
 
-// --- The callbacks ----------------------------------------------------------------------------------
+// --- The callbacks -------------------------------------------------------------------------------
 
 TEST_F(VideoViews, notify_the_host_before_the_scene)
 {
@@ -382,41 +382,41 @@ TEST_F(VideoViews, notify_the_host_before_the_scene)
     EXPECT_EQ(order, (std::vector<std::string>{"host", "scene"}));
 }
 
-TEST_F(VideoViews, report_the_next_player_as_they_reported_the_first)
+TEST_F(VideoViews, report_events_of_the_next_player_as_of_the_first)
 {
     auto root = std::make_unique<QObject>();
     view->post_setup(nullptr, root.get());
     CallbackRecorder recorder;
     recorder.follow_all(view->callbacks());
     view->before_reset();
-    EXPECT_EQ(recorder.take(), u"") << "what is taken over is no change";
+    EXPECT_EQ(recorder.take(), u"") << "an adopted value is no change";
     root.reset();
     emit view->player()->durationChanged(1);
-    EXPECT_EQ(recorder.take(), u"duration_changed 1") << "once";
+    EXPECT_EQ(recorder.take(), u"duration_changed 1") << "the host is notified once";
     view->audio_output()->setVolume(0.5f);
     EXPECT_EQ(recorder.take(), u"volume_changed 0.5");
 }
 
-// --- Subtitles ---------------------------------------------------------------------------------------
+// --- Subtitles -----------------------------------------------------------------------------------
 
-TEST(Subtitles, lose_the_marks_for_their_looks)
+TEST(Subtitles, lose_their_formatting_marks)
 {
     EXPECT_EQ(plain_subtitle(QStringLiteral("{\\b1}bold{\\b0} and {\\c&HFF&\\i1}red")),
               u"bold and red");
     EXPECT_EQ(plain_subtitle(QStringLiteral("a\\hb")), u"a b");
     EXPECT_EQ(plain_subtitle(QStringLiteral("{laughs} C:\\new")), u"{laughs} C:\\new");
-    EXPECT_EQ(plain_subtitle(QStringLiteral("{\\b1")), u"{\\b1") << "which is no mark";
+    EXPECT_EQ(plain_subtitle(QStringLiteral("{\\b1")), u"{\\b1") << "an unclosed brace is no mark";
     EXPECT_EQ(plain_subtitle({}), u"");
 }
 
-TEST(Subtitles, are_cut_where_they_are_too_long_to_read)
+TEST(Subtitles, are_shortened_when_they_are_too_long_to_read)
 {
     const QString long_line(5'000'000, u'x');
     EXPECT_EQ(plain_subtitle(long_line), QString(2000, u'x') + u'\u2026');
     EXPECT_EQ(plain_subtitle(QString(5'000'000, u'\n')).count(u'\n'), 39);
 }
 
-// --- Metadata ----------------------------------------------------------------------------------------
+// --- Metadata ------------------------------------------------------------------------------------
 
 TEST(Metadata, names_its_keys_as_qt_does)
 {
@@ -436,10 +436,10 @@ TEST(Metadata, has_no_name_for_a_key_that_is_not_known)
     metadata.insert(QMediaMetaData::Key(29), QStringLiteral("a"));
     EXPECT_EQ(to_host(metadata), (std::map<std::string, std::string>{{"", "a"}}));
     metadata.insert(QMediaMetaData::Key(31), QStringLiteral("a"));
-    EXPECT_EQ(to_host(metadata).size(), 1u) << "one takes the other's place";
+    EXPECT_EQ(to_host(metadata).size(), 1u) << "one key replaces the other";
 }
 
-TEST(Metadata, has_texts_for_what_can_be_one)
+TEST(Metadata, has_texts_for_values_that_can_be_texts)
 {
     QMediaMetaData metadata;
     metadata.insert(QMediaMetaData::Title, QStringLiteral("Ä"));

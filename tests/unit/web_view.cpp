@@ -1,5 +1,5 @@
-// The view behind a web view's facade, without its scene: what it shows to QML, what it starts with,
-// and what it makes of what the scene tells it.
+// The view behind a web view's facade, without its scene: its properties for QML, its defaults, and
+// its reactions to calls of the scene.
 
 #include "web/web_view.h"
 #include "support/fill_slot.h"
@@ -32,7 +32,7 @@ constexpr auto DEFAULT_USER_AGENT =
     "Mozilla/5.0 (X11; U; Linux x86_64) AppleWebKit/537.36 (KHTML, like Gecko) Ubuntu "
     "Chromium/124.0.6310.208 Chrome/122.0.6310.208 Safari/537.36";
 
-/** What stands in a row of the settings, written down once more: the list itself is under test. */
+/** A row of the settings, repeated here, because the list itself is under test. */
 struct Setting {
     const char* property;
     QVariant initial;
@@ -125,7 +125,7 @@ TEST_F(WebViewObject, counts_the_views_of_the_process)
     EXPECT_EQ(third.idx(), first + 2);
 }
 
-TEST_F(WebViewObject, takes_another_number_without_a_signal)
+TEST_F(WebViewObject, accepts_another_number_without_a_signal)
 {
     QSet<QByteArray> emitted;
     std::vector<std::unique_ptr<QSignalSpy>> spies;
@@ -137,10 +137,10 @@ TEST_F(WebViewObject, takes_another_number_without_a_signal)
     EXPECT_EQ(view.property("idx"), 1234);
     for (const auto& spy : spies)
         EXPECT_EQ(spy->size(), 0) << spy->signal().constData();
-    EXPECT_EQ(WebView().idx() < 1234, true) << "the count of views is not that number's affair";
+    EXPECT_EQ(WebView().idx() < 1234, true) << "that number does not affect the count of views";
 }
 
-TEST_F(WebViewObject, keeps_what_is_written_and_notifies_even_when_it_is_the_same)
+TEST_F(WebViewObject, keeps_written_values_and_notifies_even_when_they_are_equal)
 {
     for (const QMetaProperty& property : own_properties()) {
         if (!property.hasNotifySignal() || !property.isWritable())
@@ -230,7 +230,7 @@ TEST_F(WebViewObject, survives_a_loading_callback_that_throws)
     view.onLoadingChanged(0, QString(), QString(), QString(), 0);
 }
 
-TEST_F(WebViewObject, releases_its_callbacks_when_it_ends)
+TEST_F(WebViewObject, releases_its_callbacks_when_it_is_destroyed)
 {
     const auto token = std::make_shared<int>();
     {
@@ -264,7 +264,7 @@ TEST_F(WebViewObject, has_no_history_without_a_scene)
     view.run_javascript(QStringLiteral("1"));
 }
 
-TEST_F(WebViewObject, warns_of_a_relative_url_and_keeps_it)
+TEST_F(WebViewObject, warns_about_a_relative_url_and_keeps_it)
 {
     expect_message_matching("\"hud/index.html\" is not an absolute URL");
     view.set_url(QStringLiteral("hud/index.html"));
@@ -274,7 +274,7 @@ TEST_F(WebViewObject, warns_of_a_relative_url_and_keeps_it)
     EXPECT_EQ(view.url(), QString());
 }
 
-// --- What becomes of a page that does not answer
+// --- Pages that do not answer
 
 namespace {
 
@@ -310,7 +310,7 @@ TEST_F(Watch, finds_that_a_page_hangs_after_five_questions)
 {
     ASSERT_TRUE(becomes({true}));
     EXPECT_TRUE(watch.is_hanging());
-    EXPECT_EQ(asked, PageWatch::PATIENCE) << "what hangs is not asked any more";
+    EXPECT_EQ(asked, PageWatch::PATIENCE) << "a page that hangs is no longer asked";
     watch.answer();
     EXPECT_TRUE(becomes({true, false}));
     EXPECT_TRUE(becomes({true, false, true})) << "it may hang again";
@@ -323,21 +323,22 @@ TEST_F(Watch, does_not_report_a_page_that_answers)
     EXPECT_EQ(said, std::vector<bool>());
 }
 
-TEST_F(Watch, begins_again_when_it_is_switched_on)
+TEST_F(Watch, starts_again_when_it_is_switched_on)
 {
     ASSERT_TRUE(becomes({true}));
     watch.set_active(false);
-    EXPECT_EQ(said, (std::vector<bool>{true, false})) << "nothing hangs that nobody watches";
+    EXPECT_EQ(said, (std::vector<bool>{true, false}))
+        << "a page that is not watched does not count as hanging";
     const int before = asked;
     watch.set_active(true);
     ASSERT_TRUE(becomes({true, false, true}));
     EXPECT_EQ(asked, before + PageWatch::PATIENCE);
 }
 
-TEST_F(Watch, does_not_end_the_game_itself)
+TEST_F(Watch, never_ends_the_process_of_the_game)
 {
     watch.end_process(QCoreApplication::applicationPid());
-    EXPECT_EQ(said, std::vector<bool>()) << "and is there to say so";
+    EXPECT_EQ(said, std::vector<bool>()) << "this process is still running";
 }
 
 TEST(ZoomFactor, is_that_of_the_table_or_two)

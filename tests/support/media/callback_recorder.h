@@ -11,7 +11,7 @@
 
 namespace marlune::test {
 
-/** Records the calls that a view makes to its host, as text. Must outlive them. */
+/** Records a view's calls of its host's callbacks as text. Must outlive these calls. */
 class CallbackRecorder {
 public:
     void follow_all(VideoCallbacks& callbacks)
@@ -28,13 +28,13 @@ public:
 #undef MARLUNE_FOLLOW
     }
 
-    /** The number of callbacks that are followed. */
+    /** The number of callbacks that this object records. */
     int count() const
     {
         return count_;
     }
 
-    /** The calls since the last time: "volume_changed 0.5 muted_changed true". */
+    /** The calls since the last take(): "volume_changed 0.5 muted_changed true". */
     QString take()
     {
         return std::exchange(text_, QString()).trimmed();

@@ -29,13 +29,16 @@ using namespace std::chrono_literals;
 
 constexpr int FILES_AT_MOST = 4096;
 
-/** What cameras are plugged into. Never destroyed: threads may still use some while the process ends. */
+/**
+ * The bus of the plugged cameras. Never destroyed: threads may still use cameras while the process
+ * ends.
+ */
 struct Bus {
     std::mutex mutex;
     std::condition_variable listed;
     int listings = 0;
     bool is_watched = false;
-    std::map<std::string, std::shared_ptr<CameraDevice>> devices;  // by names of nodes: "video0"
+    std::map<std::string, std::shared_ptr<CameraDevice>> devices;  // by node: "video0"
     std::map<int, CameraFile> files;
 };
 
@@ -61,13 +64,13 @@ void unplug(const std::string& node)
             wake(file);
     }
     unlink(node_path(node).c_str());
-    bus().devices.erase(found);  // with it may go what `node` refers to
+    bus().devices.erase(found);  // `node` may refer to a part of it
 }
 
 void plug(const std::string& node, const FakeCamera& camera)
 {
     bus().devices[node] = make_camera_device(camera);
-    // What is listed are pipes, for those are no ordinary files, and anybody may make them.
+    // The nodes are pipes: these are not regular files, and every user may create them.
     if (mkfifo(node_path(node).c_str(), 0600) != 0)
         throw std::runtime_error("cannot make " + node_path(node));
 }
@@ -77,7 +80,7 @@ void wait_until_listed(std::unique_lock<std::mutex> lock)
     const int before = bus().listings;
     const auto has_been_listed = [&] { return bus().listings > before; };
     if (bus().is_watched && !bus().listed.wait_for(lock, 10s, has_been_listed))
-        throw std::runtime_error("nobody looks for the cameras that were plugged");
+        throw std::runtime_error("Qt does not look for the cameras that were plugged");
 }
 
 template <typename Predicate>
@@ -111,7 +114,7 @@ struct Folder {
 
 }  // namespace
 
-// --- For the system's calls -------------------------------------------------------------------------
+// --- For the system's calls ----------------------------------------------------------------------
 
 const std::string& camera_nodes()
 {
@@ -169,7 +172,7 @@ int ask_camera(int file, uint32_t request, void* argument)
     return state == bus().files.end() ? EBADF : answer(file, state->second, request, argument);
 }
 
-// --- For tests --------------------------------------------------------------------------------------
+// --- For tests -----------------------------------------------------------------------------------
 
 void plug_cameras(const std::vector<FakeCamera>& cameras)
 {

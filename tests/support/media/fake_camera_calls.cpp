@@ -1,5 +1,6 @@
-// The system's functions through which a program sees cameras, put before those of the C library. They
-// are found first because a program's own libraries are searched in order, and the C library is last.
+// The system's functions through which a program sees cameras, placed before those of the C
+// library. The dynamic linker finds them first because it searches a program's own libraries in
+// order, and the C library is last.
 
 #include "support/media/fake_camera_devices.h"
 
@@ -11,7 +12,8 @@
 #include <cstdint>
 #include <string_view>
 
-// Declared under names of their own: the C library's headers have opinions on the real ones.
+// Declared under other names: the C library's headers declare the real ones with attributes and
+// overloads of their own.
 #define MARLUNE_STANDS_FOR(name) __asm__(name) __attribute__((visibility("default")))
 
 extern "C" {
@@ -60,7 +62,7 @@ int fake_open(const char* path, int flags, ...)
     static const auto real = next<int(const char*, int, ...)>("open");
     if (is_camera_node(path))
         return return_or_set_errno(open_camera(path, flags));
-    // Passed on even where the caller gave none, as the C library itself does.
+    // The mode is passed on even if the caller gave none, as the C library itself does.
     va_list rest;
     va_start(rest, flags);
     const auto mode = va_arg(rest, mode_t);
@@ -95,7 +97,7 @@ int fake_ioctl(int file, unsigned long request, ...)
     va_start(rest, request);
     void* const argument = va_arg(rest, void*);
     va_end(rest);
-    // Only 32 bits of a request count; callers fill the rest as they like.
+    // Only 32 bits of a request are significant; callers may set the others to anything.
     if (is_camera_file(file))
         return return_or_set_errno(-ask_camera(file, uint32_t(request), argument));
     return real(file, request, argument);

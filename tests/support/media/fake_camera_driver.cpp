@@ -92,7 +92,7 @@ int describe(v4l2_frmivalenum& interval)
     return 0;
 }
 
-/** There is one format only, so any wish ends with it. */
+/** Only one format exists, so every request results in it. */
 int agree_on(v4l2_format& format)
 {
     if (format.type != V4L2_BUF_TYPE_VIDEO_CAPTURE)
@@ -183,7 +183,7 @@ int take_buffer(int file, CameraFile& state, v4l2_buffer& buffer)
     state.frames += uint32_t(frames_due);
     buffer = state.queue.front();
     state.queue.pop_front();
-    // Outside of the kernel the buffer is ordinary memory of this process.
+    // Outside the kernel, the buffer is ordinary memory of this process.
     draw_camera_picture(reinterpret_cast<uint8_t*>(buffer.m.userptr), state.device->camera.border,
                         state.frames);
     const auto now = std::chrono::steady_clock::now().time_since_epoch();

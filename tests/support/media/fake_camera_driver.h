@@ -9,7 +9,7 @@
 #include <map>
 #include <memory>
 
-// What the driver of a camera does, one call at a time: who calls keeps others out meanwhile.
+// A camera's driver, one call at a time: the caller holds a lock meanwhile.
 namespace marlune::test {
 
 struct CameraControl {
@@ -20,10 +20,13 @@ struct CameraDevice {
     FakeCamera camera;
     std::map<uint32_t, CameraControl> controls;
     bool is_plugged = true;
-    int user = -1;  // the file that has claimed its buffers
+    int user = -1;  // the file that has allocated its buffers
 };
 
-/** A file that is open on a camera, by number that of a timer, which is ready when a frame is due. */
+/**
+ * A file that is open on a camera. Its number is that of a timer, which becomes ready when a frame
+ * is due.
+ */
 struct CameraFile {
     std::shared_ptr<CameraDevice> device;
     std::deque<v4l2_buffer> queue;
@@ -33,10 +36,12 @@ struct CameraFile {
 
 std::shared_ptr<CameraDevice> make_camera_device(const FakeCamera& camera);
 
-/** Does what a call of ioctl() asks for. Returns 0 or the number of an error. */
+/** Performs a call of ioctl(). Returns 0 or an error number. */
 int answer(int file, CameraFile& state, uint32_t request, void* argument);
 
-/** Wakes who waits for a frame, to be told by the call that follows that there will be none. */
+/**
+ * Wakes the thread that waits for a frame; its next call then reports that no more frames follow.
+ */
 void wake(int file);
 
 }  // namespace marlune::test

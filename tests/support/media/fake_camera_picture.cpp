@@ -8,7 +8,7 @@ struct Yuv {
     uint8_t y, u, v;
 };
 
-/** As television of the standard definition has it: BT.601 in the limited range. */
+/** Colours as in standard-definition television: BT.601 in the limited range. */
 Yuv to_yuv(Colour colour)
 {
     const double r = colour.r / 255.0, g = colour.g / 255.0, b = colour.b / 255.0;
@@ -17,7 +17,7 @@ Yuv to_yuv(Colour colour)
             uint8_t(128.5 + 112.0 * r - 93.786 * g - 18.214 * b)};
 }
 
-/** Two neighbours share their colour, so `area` begins and ends at even columns. */
+/** Two neighbouring pixels share their colour, so `area` must begin and end at even columns. */
 void fill(uint8_t* picture, Rect area, Colour colour)
 {
     const Yuv yuv = to_yuv(colour);

@@ -6,11 +6,11 @@
 
 namespace marlune::test {
 
-// As YUYV: two bytes a pixel.
+// In the format YUYV: two bytes a pixel.
 inline constexpr uint32_t CAMERA_BYTES_A_ROW = CAMERA_WIDTH * 2;
 inline constexpr uint32_t CAMERA_BYTES_A_PICTURE = CAMERA_BYTES_A_ROW * CAMERA_HEIGHT;
 
-/** Draws what a camera sees: see FakeCamera. */
+/** Draws a frame of a camera: see FakeCamera. */
 void draw_camera_picture(uint8_t* picture, Colour border, uint32_t number);
 
 }  // namespace marlune::test

@@ -19,10 +19,10 @@
 
 namespace marlune::test {
 
-// Numbers that hosts set and get.
+// Values of the public interface that hosts set and read.
 enum FillMode { STRETCH, PRESERVE_ASPECT_FIT, PRESERVE_ASPECT_CROP };
 
-/** One call of a view to its host. */
+/** One call of a callback by a view. */
 struct ViewEvent {
     std::string name;   // of the callback
     std::string value;  // its arguments as text, with spaces between them
@@ -31,7 +31,7 @@ struct ViewEvent {
 
 std::ostream& operator<<(std::ostream& out, const ViewEvent& event);
 
-/** All calls of a view to its host, in their order. For any thread. */
+/** All calls of a view's callbacks, in their order. For any thread. */
 class EventLog {
 public:
     template <typename... Values>
@@ -47,10 +47,10 @@ public:
 
     std::vector<ViewEvent> all() const;
 
-    /** Names of the events from `first` on, each with its value: "playing_changed true". */
+    /** The events from `first` on, each as its name and value: "playing_changed true". */
     std::vector<std::string> texts(size_t first = 0) const;
 
-    /** The same in one line, for messages. */
+    /** The same as one line, for messages. */
     std::string describe(size_t first = 0) const;
 
     bool has(const std::string& name, size_t first = 0) const;
@@ -62,8 +62,8 @@ private:
 };
 
 /**
- * A view whose callbacks all write to a log, which a class derived from this one sees to. What waits
- * draws frames meanwhile. An AssertionResult says what was there instead of what was awaited.
+ * A view whose callbacks all write to a log; the derived class registers them. The members that
+ * wait draw frames meanwhile. An AssertionResult states the actual content if a wait fails.
  */
 template <typename Facade>
 class FollowedView : public HostViewOf<Facade> {
@@ -75,7 +75,7 @@ public:
     /** See EventLog::texts(). */
     std::vector<std::string> reports(size_t first = 0) const { return log_->texts(first); }
 
-    /** Waits for an event, counted from the event `first` on. */
+    /** Waits for an event among those from `first` on. */
     testing::AssertionResult wait_for_event(const std::string& name, const std::string& value,
                                             size_t first = 0)
     {
@@ -107,7 +107,8 @@ public:
     }
 
 protected:
-    // Opening a file or a camera takes milliseconds, but not on a machine that is busy with other tests.
+    // Opening a file or a camera takes milliseconds, but longer if other tests keep the machine
+    // busy.
     static constexpr auto PATIENCE = std::chrono::seconds(20);
 
     std::shared_ptr<EventLog> log() const { return log_; }

@@ -4,7 +4,8 @@ namespace marlune::test {
 
 namespace {
 
-// What is left of a colour that was sent with less for colours than for brightness, and then scaled.
+// The tolerance of a colour after conversion to YUYV, with less resolution for colour than for
+// brightness, and after scaling.
 constexpr int TOLERANCE = 12;
 
 }  // namespace
@@ -34,7 +35,7 @@ testing::AssertionResult HostCameraView::show(const std::string& hint)
     facade().set_camera_hint(hint);
     facade().set_fill_mode(STRETCH);
     if (!load())
-        return testing::AssertionFailure() << "the scene cannot be made";
+        return testing::AssertionFailure() << "the component cannot be loaded";
     facade().start();
     return goes_on();
 }
@@ -69,9 +70,9 @@ testing::AssertionResult HostCameraView::goes_on()
     if (draw_until(is_later, PATIENCE))
         return testing::AssertionSuccess();
     return testing::AssertionFailure()
-        << "the picture stands still"
+        << "the image does not change"
         << (first ? " at frame " + std::to_string(*first) : ", and is none of a camera's")
-        << "; see " << keep_picture(picture()) << "; reported was " << log()->describe();
+        << "; see " << keep_picture(picture()) << "; the view reported " << log()->describe();
 }
 
 testing::AssertionResult HostCameraView::wait_for_colour_at(uint32_t x, uint32_t y, Colour colour)

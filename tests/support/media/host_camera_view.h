@@ -14,7 +14,7 @@
 
 namespace marlune::test {
 
-// Numbers that hosts get.
+// Values of the public interface that hosts read.
 enum CameraError { NO_CAMERA_ERROR, CAMERA_ERROR };
 
 using CameraGetters =
@@ -32,11 +32,11 @@ using CameraGetters =
             &MCameraView::get_color_temperature, &MCameraView::get_zoom_factor,
             &MCameraView::get_minimum_zoom_factor, &MCameraView::get_maximum_zoom_factor>;
 
-/** Has all callbacks of a view write to `log`, which they keep alive. */
+/** Registers callbacks for all events of a view. They write to `log` and keep it alive. */
 void write_to(std::shared_ptr<EventLog> log, const MCameraView& view);
 
 /**
- * A camera view whose callbacks are all followed, by names without "set_func_".
+ * A camera view with a log of all its callbacks, by their names without "set_func_".
  *
  * @code
  * plug_cameras({{.name = "Integrated Webcam"}});
@@ -49,22 +49,25 @@ class HostCameraView : public FollowedView<MCameraView> {
 public:
     explicit HostCameraView(Size resolution = {}, VulkanHost& host = test::host());
 
-    /** Makes the component's scene. */
+    /** Loads the component. */
     bool load();
 
-    /** Chooses a camera, makes the scene, starts the camera, and waits for its picture. */
+    /** Chooses a camera, loads the component, starts the camera, and waits for its image. */
     testing::AssertionResult show(const std::string& hint = {});
 
-    /** The number of the frame, of a picture that fills the texture; nothing when that is no number. */
+    /**
+     * The number of the frame, from a camera image that fills the texture; empty if the bits form
+     * no number.
+     */
     std::optional<int> frame_number();
 
-    /** Waits until later frames are shown than there is now. */
+    /** Waits until the texture shows a later frame than now. */
     testing::AssertionResult goes_on();
 
-    /** Waits until a point of the camera's picture, which fills the texture, has a colour. */
+    /** Waits until a point of the camera's image, which fills the texture, has a colour. */
     testing::AssertionResult wait_for_colour_at(uint32_t x, uint32_t y, Colour colour);
 
-    /** Waits until the border around the picture is that of a camera. */
+    /** Waits until the border around the image is that of a camera. */
     testing::AssertionResult wait_for_border(Colour colour);
 };
 

@@ -8,7 +8,7 @@ namespace marlune::test {
 
 namespace {
 
-// The component's cards.
+// The colour of the component's cards.
 constexpr Colour CARD{9, 22, 44, 217};
 
 bool is_filled(const Image& image, Rect area, Colour colour)
@@ -53,17 +53,18 @@ testing::AssertionResult HostScreenView::wait_for_notice()
 {
     if (draw_until([&] { return shows_notice(picture()); }))
         return testing::AssertionSuccess();
-    return testing::AssertionFailure() << "there is no notice; see " << keep_picture(picture());
+    return testing::AssertionFailure()
+        << "the view shows no notice; see " << keep_picture(picture());
 }
 
 int capturing_threads()
 {
-    return count_threads(getpid(), "QThread");  // which no other thread is called
+    return count_threads(getpid(), "QThread");  // no other thread has this name
 }
 
 bool shows_notice(const Image& image)
 {
-    // The words differ, so that no pixel of the card is the same in each.
+    // The texts differ, so no pixel of the card is the same in each.
     uint32_t pixels_of_card = 0;
     for (uint32_t x = 0; x < image.width(); ++x)
         pixels_of_card += is_close(image.pixel(x, image.height() / 2), CARD, 2);

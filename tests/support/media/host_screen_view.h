@@ -12,31 +12,37 @@
 
 namespace marlune::test {
 
-/** A screen capture view. What waits draws frames meanwhile; an AssertionResult says what was there. */
+/**
+ * A screen capture view. The members that wait draw frames meanwhile; an AssertionResult states the
+ * actual content if a wait fails.
+ */
 class HostScreenView : public HostViewOf<MScreenCaptureView> {
 public:
     using HostViewOf::HostViewOf;
 
-    /** Makes the component's scene. */
+    /** Loads the component. */
     bool load();
 
-    /** Chooses a screen and makes the component's scene. */
+    /** Chooses a screen and loads the component. */
     bool load(const std::string& screen);
 
     /** Waits until a pixel of the texture has a colour. */
     testing::AssertionResult wait_for_colour(uint32_t x, uint32_t y, Colour colour);
 
-    /** Waits until an area of the texture has a colour, all of it. */
+    /** Waits until a whole area of the texture has a colour. */
     testing::AssertionResult wait_for_colour(Rect area, Colour colour);
 
-    /** Waits until there is a notice where the middle of the picture would be, and nothing around. */
+    /**
+     * Waits until the texture shows a notice in the middle of the image's place, and nothing around
+     * it.
+     */
     testing::AssertionResult wait_for_notice();
 };
 
-/** How many threads of this process take pictures of screens. */
+/** The number of threads of this process that capture screens. */
 int capturing_threads();
 
-/** Whether the texture has nothing but a notice in its middle. */
+/** Whether the texture shows nothing but a notice in its middle. */
 bool shows_notice(const Image& image);
 
 }  // namespace marlune::test

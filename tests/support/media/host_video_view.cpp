@@ -64,7 +64,7 @@ testing::AssertionResult HostVideoView::open(const std::string& clip)
     const size_t first = events().size();
     facade().set_source(clip_url(clip));
     if (!load())
-        return testing::AssertionFailure() << "the scene for " << clip << " cannot be made";
+        return testing::AssertionFailure() << "the component for " << clip << " cannot be loaded";
     return wait_until_loaded(first);
 }
 
@@ -80,7 +80,7 @@ testing::AssertionResult HostVideoView::wait_until_loaded(size_t first)
     if (draw_until([&] { return is_loaded(facade().get_media_status()); }, PATIENCE))
         return testing::AssertionSuccess();
     return testing::AssertionFailure()
-        << "it is not loaded, reported was " << log()->describe(first);
+        << "the clip is not loaded; the view reported " << log()->describe(first);
 }
 
 std::optional<int> HostVideoView::frame_number()

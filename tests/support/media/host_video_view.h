@@ -15,7 +15,7 @@
 
 namespace marlune::test {
 
-// Numbers that hosts get.
+// Values of the public interface that hosts read.
 enum PlaybackState { STOPPED, PLAYING, PAUSED };
 enum MediaStatus {
     NO_MEDIA,
@@ -43,15 +43,15 @@ using VideoGetters = Getters<
     &MVideoPlayerView::get_metadata, &MVideoPlayerView::get_audio_tracks,
     &MVideoPlayerView::get_video_tracks, &MVideoPlayerView::get_subtitle_tracks>;
 
-/** Has all callbacks of a view write to `log`, which they keep alive. */
+/** Registers callbacks for all events of a view. They write to `log` and keep it alive. */
 void write_to(std::shared_ptr<EventLog> log, const MVideoPlayerView& view);
 
-/** The path of a clip that the tests' set-up has made. */
+/** The path of a clip that the set-up of the tests has created. */
 std::string clip_path(const std::string& name);
 std::string clip_url(const std::string& name);
 
 /**
- * A video player view whose callbacks are all followed, by names without "set_func_on_".
+ * A video player view with a log of all its callbacks, by their names without "set_func_on_".
  *
  * @code
  * HostVideoView view;
@@ -64,24 +64,27 @@ class HostVideoView : public FollowedView<MVideoPlayerView> {
 public:
     explicit HostVideoView(Size resolution = {}, VulkanHost& host = test::host());
 
-    /** Makes the component's scene. */
+    /** Loads the component. */
     bool load();
 
-    /** Sets a clip as the source, makes the scene, and waits until the clip has been loaded. */
+    /** Sets a clip as the source, loads the component, and waits until the clip has been loaded. */
     testing::AssertionResult open(const std::string& clip);
 
     /** Sets a clip as the source and waits until it has been loaded. */
     testing::AssertionResult change_to(const std::string& clip);
 
     /**
-     * What a numbered clip that fills the whole texture shows; nothing when that is no number. The
-     * upper part of the texture is read, so controls at the bottom do no harm.
+     * The frame number that a numbered clip shows if it fills the whole texture; empty if the bits
+     * form no number. Reads the upper part of the texture, so controls at the bottom do no harm.
      */
     std::optional<int> frame_number();
 
     testing::AssertionResult wait_for_frame_number(int number);
 
-    /** The mouse, at a pixel of the texture. A click moves there first, as a hand does. */
+    /**
+     * Move the mouse, press or click at a pixel of the texture. A click moves the mouse there
+     * first, as a hand does.
+     */
     void move(uint32_t x, uint32_t y);
     void press(uint32_t x, uint32_t y);
     void release(uint32_t x, uint32_t y);

@@ -28,7 +28,7 @@ using Owned = std::unique_ptr<Reply, Free>;
 
 using Edid = std::array<uint8_t, 128>;
 
-/** One of the EDID's four places for a text, which ends with a line's end where it is shorter. */
+/** One of the EDID's four text fields; a text that does not fill it ends with a line feed. */
 void set_text(Edid& edid, size_t place, uint8_t kind, const std::string& text)
 {
     constexpr size_t FIRST_PLACE = 54, PLACE_SIZE = 18, TEXT_AT = 5, LONGEST_TEXT = 13;
@@ -84,7 +84,7 @@ void ScreenServer::start(const Options& options)
     server_ = start_program(arguments, ends[1]);
     close(ends[1]);
 
-    // It writes its number and a line's end once it can be connected to.
+    // The server writes its number and a line feed once it accepts connections.
     std::string number;
     char character = 0;
     while (read(ends[0], &character, 1) == 1 && character != '\n')
@@ -94,7 +94,7 @@ void ScreenServer::start(const Options& options)
         throw std::runtime_error("the X server does not start: is xvfb installed?");
     display_ = ":" + number;
     setenv("DISPLAY", display_.c_str(), 1);
-    // By these Qt captures as it does on a desktop.
+    // With these variables Qt captures as on a desktop.
     setenv("QT_QPA_PLATFORM", "xcb", 1);
     setenv("XDG_SESSION_TYPE", "x11", 1);
 }
@@ -109,7 +109,7 @@ void ScreenServer::connect()
 
 void ScreenServer::ask_for_randr()
 {
-    // Who does not ask for 1.5 is not understood when it speaks of monitors.
+    // The server answers requests about monitors only to clients that have requested version 1.5.
     const Owned<xcb_randr_query_version_reply_t> version(xcb_randr_query_version_reply(
         connection_, xcb_randr_query_version(connection_, 1, 5), nullptr));
 }
@@ -159,13 +159,14 @@ void ScreenServer::add(const Monitor& monitor)
         describe(request.output, monitor);
     }
     xcb_randr_set_monitor(connection_, screen_->root, &request.info);
-    finish("the X server takes no monitors");
+    finish("the X server does not add the monitor");
 }
 
 void ScreenServer::take_away(const std::string& monitor)
 {
     xcb_randr_delete_monitor(connection_, screen_->root, atom(monitor));
-    // A panel that goes changes the desktop's size, by which programs know. This one never had any.
+    // Removing a real panel changes the desktop's size, by which programs notice it. This monitor
+    // has no panel.
     xcb_configure_notify_event_t event = {};
     event.response_type = XCB_CONFIGURE_NOTIFY;
     event.event = event.window = screen_->root;
@@ -173,13 +174,13 @@ void ScreenServer::take_away(const std::string& monitor)
     event.height = screen_->height_in_pixels;
     xcb_send_event(connection_, false, screen_->root, XCB_EVENT_MASK_STRUCTURE_NOTIFY,
                    reinterpret_cast<const char*>(&event));
-    finish("the X server keeps its monitors");
+    finish("the X server does not remove the monitor");
 }
 
 void ScreenServer::paint(Rect area, Colour colour)
 {
     const xcb_window_t window = xcb_generate_id(connection_);
-    // Without a window manager the values count as they are.
+    // Without a window manager the server uses the values unchanged.
     const std::array<uint32_t, 2> values{
         uint32_t(colour.r) << 16 | uint32_t(colour.g) << 8 | colour.b, true};
     xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, screen_->root, int16_t(area.x),
@@ -187,10 +188,10 @@ void ScreenServer::paint(Rect area, Colour colour)
                       XCB_WINDOW_CLASS_INPUT_OUTPUT, screen_->root_visual,
                       XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT, values.data());
     xcb_map_window(connection_, window);
-    finish("the X server makes no window");
+    finish("the X server creates no window");
 }
 
-/** Waits until the server has done all that it was asked for. */
+/** Waits until the server has processed all requests. Throws `what` if one has failed. */
 void ScreenServer::finish(const char* what)
 {
     const Owned<xcb_get_input_focus_reply_t> reply(

@@ -13,32 +13,32 @@ struct xcb_screen_t;
 
 namespace marlune::test {
 
-/** A part of the desktop that is a screen of its own. */
+/** A part of the desktop that counts as one screen. */
 struct Monitor {
     std::string name;
     Rect area;
     bool primary = false;
-    // What the panel itself tells, by its EDID. One monitor of a server has it: the one to which its only
-    // output goes, which would be a screen by itself otherwise.
+    // The panel's own data, its EDID. One monitor of a server has it: the monitor of the server's
+    // only output, which would otherwise be an additional screen.
     std::string model = {};
     std::string serial_number = {};
 };
 
 /**
- * An X server of this process's own, whose desktop only the test draws on. It stands in for the
- * system's from its construction on: make it before the library starts, and keep it until that has been
- * stopped. Throws std::runtime_error when it cannot be started.
+ * An X server of this process, whose desktop only the test draws on. It replaces the system's X
+ * server from its construction on: create it before the library starts, and keep it until the
+ * library has stopped. Throws std::runtime_error if it cannot start.
  *
- * Several screens are RandR monitors on one X screen, as the panels of a real desktop are; Qt takes each
- * for a screen. With `-screen 1` the server would have two X screens instead, which bear the same name
- * and are at the same place, and with `+xinerama` it tells of one screen only.
+ * Several screens are RandR monitors on one X screen, like the panels of a real desktop; Qt lists
+ * each as a screen. With `-screen 1` the server would have two X screens instead, with the same
+ * name and the same position, and with `+xinerama` it reports only one screen.
  */
 class ScreenServer {
 public:
     struct Options {
         uint32_t width = 640, height = 480;
-        std::vector<Monitor> monitors;            // none: the desktop is one screen
-        std::vector<std::string> arguments = {};  // more of them for the server
+        std::vector<Monitor> monitors;            // empty: the desktop is one screen
+        std::vector<std::string> arguments = {};  // additional arguments of the server
     };
 
     explicit ScreenServer(const Options& options);
@@ -46,10 +46,10 @@ public:
     ScreenServer(const ScreenServer&) = delete;
     ScreenServer& operator=(const ScreenServer&) = delete;
 
-    /** Puts a window of one colour on the desktop, above all others. There once it returns. */
+    /** Creates a window of one colour above all others. Returns once the server shows it. */
     void paint(Rect area, Colour colour);
 
-    /** As if somebody had pulled its plug. */
+    /** Removes a monitor, as if its plug had been pulled. */
     void take_away(const std::string& monitor);
 
 private:

@@ -54,7 +54,7 @@ SoundServer::SoundServer() : folder_(make_folder())
 
 SoundServer::~SoundServer()
 {
-    // Its end closes the pipe, at which the listener ends too.
+    // The end of the recording program closes the pipe, which also ends the listening thread.
     end_program(recorder_);
     listener_.join();
     close(recording_);

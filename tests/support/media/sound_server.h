@@ -11,16 +11,16 @@
 
 namespace marlune::test {
 
-/** What is heard. */
+/** The sound that the device receives. */
 struct Sound {
     double level = 0;      // root of the mean square, 1 for the loudest square wave
     double frequency = 0;  // of a tone, in Hz
 };
 
 /**
- * A sound server of this process's own, whose only device is heard by nobody but the test. It stands in
- * for the system's from its construction on: make it before the library starts, and keep it until it
- * has been stopped. Throws std::runtime_error when it cannot be started.
+ * A sound server of this process. Its only device plays to the test alone. It replaces the system's
+ * sound server from its construction on: create it before the library starts, and keep it until the
+ * library has stopped. Throws std::runtime_error if it cannot start.
  */
 class SoundServer {
 public:
@@ -29,7 +29,7 @@ public:
     SoundServer(const SoundServer&) = delete;
     SoundServer& operator=(const SoundServer&) = delete;
 
-    /** The last tenth of a second. For any thread. */
+    /** The sound of the last tenth of a second. For any thread. */
     Sound heard() const;
 
 private:

@@ -17,8 +17,8 @@ bool is_soak()
 
 int times(int brief, int full)
 {
-    // Large numbers show how memory grows, which the sanitizers' own use of it hides; and they slow all
-    // down several times.
+    // Many repetitions show how memory grows. The sanitizers' own use of memory hides such growth,
+    // and they slow everything down several times.
     const int fifth_of_full = std::max(brief, full / 5);
     return !is_soak() ? brief : memory_is_held_back() ? fifth_of_full : full;
 }

@@ -8,18 +8,21 @@
 #include <stop_token>
 #include <thread>
 
-/** What the endurance tests share. Each has a brief form, for every run, and a full one. */
+/** Shared by the endurance tests. Each has a brief form, for every run, and a full one. */
 namespace marlune::test {
 
-/** True in the full form, which MARLUNE_SOAK=1 in the environment asks for. */
+/** True in the full form, which MARLUNE_SOAK=1 in the environment selects. */
 bool is_soak();
 
-/** How often the running form repeats what it tests: a fifth of `full` under sanitizers. */
+/**
+ * The number of repetitions in the running form: `brief` or `full`, and a fifth of `full` under
+ * sanitizers.
+ */
 int times(int brief, int full);
 
 /**
- * Ends the process when the test that holds it makes no step for as long as its patience lasts, twice
- * that at most: a hang then fails one program within a minute instead of holding up all of them.
+ * Ends the process if the test makes no step for `patience`, after at most twice that time. A hang
+ * then fails one program within a minute instead of delaying all of them.
  */
 class Watchdog {
 public:

@@ -1,4 +1,4 @@
-// A host that is not linked to the library: it loads it, runs it and unloads it, as engines do.
+// A host that is not linked to the library: it loads, runs and unloads it, as game engines do.
 // usage: marlune-loading-host LIBRARY PROJECT_ROOT
 
 #include <cstdio>

@@ -25,7 +25,7 @@ double resident_kib()
     return static_cast<double>(resident_pages) * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1024;
 }
 
-/** The process's share of memory that is no file's. */
+/** The process's share of the memory that is not mapped from files. */
 double anonymous_kib(pid_t process)
 {
     return memory_kib(process, {"Pss_Anon:", "Pss_Shmem:"});
@@ -41,7 +41,7 @@ int entries_of(const char* folder)
 
 Holdings holdings()
 {
-    // What is free already is no leak, wherever the allocator happens to keep it.
+    // Memory that is already free is no leak, wherever the allocator keeps it.
     malloc_trim(0);
     return {resident_kib(), entries_of("/proc/self/task"), entries_of("/proc/self/fd")};
 }

@@ -5,7 +5,7 @@
 
 namespace marlune::test {
 
-/** What a process holds of the system. */
+/** The resources that a process uses. */
 struct Holdings {
     double resident_kib = 0;
     int threads = 0;
@@ -15,24 +15,28 @@ struct Holdings {
 Holdings holdings();
 
 /**
- * The same with the memory of this process and of all below it, but without files that are mapped, such
- * as libraries: who else uses those is not up to a test. What several processes share counts once.
+ * The same with the memory of this process and of all its descendants, but without mapped files
+ * such as libraries, whose other users a test cannot control. Memory that several processes share
+ * counts once.
  */
 Holdings holdings_with_descendants();
 
-/** Slope of the straight line that fits the values best (least squares), per step from one to the next. */
+/** Slope of the straight line that fits the values best (least squares), per value. */
 double slope(const std::vector<double>& values);
 
 /**
- * Follows what the process holds over the cycles of a test. The first third counts as warm-up: caches
- * fill, lazily made things are made. The rest is seen in ten stretches, each by its lowest value: what
- * happens to be under way in one cycle or another is no growth.
+ * Follows the resources that the process uses over the cycles of a test. The first third counts as
+ * warm-up, in which caches are filled and lazily created objects are created. The rest is split
+ * into ten stretches, and the lowest value of each counts, so that activity which happens to run in
+ * a single cycle is not taken for growth.
  */
 class HoldingsTrend {
 public:
     void sample(const Holdings& held = holdings()) { samples_.push_back(held); }
 
-    /** Growth of the resident memory in KiB from one sample to the next; takes 15 samples or more. */
+    /**
+     * Growth of the resident memory in KiB from one sample to the next; needs 15 samples or more.
+     */
     double growth_kib() const;
 
     const Holdings& after_warm_up() const { return samples_.at(first_counted()); }
@@ -50,7 +54,10 @@ private:
     std::vector<Holdings> samples_;
 };
 
-/** True when freed memory is held back to find uses of it, so that memory grows without any leak. */
+/**
+ * True if the allocator holds freed memory back to find uses of it, so that memory grows without a
+ * leak.
+ */
 constexpr bool memory_is_held_back()
 {
 #if defined(__SANITIZE_ADDRESS__)

@@ -23,7 +23,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// An engine process notices the end of its browser by a closed channel: soon, not at once.
+// A process of the web engine notices the end of its browser process by a closed channel: soon, not
+// at once.
 constexpr auto PARTING_TIME = 10s;
 constexpr auto PROGRAM_TIME = 60s;
 
@@ -32,13 +33,13 @@ int exit_code_of(int status)
     return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
-/** Orphans come to this process as children of its own; see PR_SET_CHILD_SUBREAPER. */
+/** Makes orphans children of this process; see PR_SET_CHILD_SUBREAPER. */
 void adopt_orphans()
 {
     prctl(PR_SET_CHILD_SUBREAPER, 1);
 }
 
-/** Waits until only processes of `before` are left below this one, and kills and returns the rest. */
+/** Waits until this process has no descendants but `before`; kills and returns any others. */
 std::vector<Process> end_all_but(const std::vector<Process>& before)
 {
     std::vector<Process> rest;
@@ -119,8 +120,8 @@ std::vector<Process> engine_processes()
 
 std::vector<Process> page_processes()
 {
-    // They are forked with the command line of the process that forks them, so it does not tell them
-    // apart. Only they have a thread of this name.
+    // Processes for pages are forked with the command line of the process that forks them, so it
+    // does not distinguish them. Only they have a thread of this name.
     std::vector<Process> result = engine_processes();
     std::erase_if(result, [](const Process& process) {
         return count_threads(process.id, "Compositor") == 0;
@@ -192,7 +193,7 @@ int supervise(const std::function<int()>& body)
     std::fflush(nullptr);
     const pid_t child = fork();
     if (child == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);  // whoever kills the supervisor means the tests
+        prctl(PR_SET_PDEATHSIG, SIGKILL);  // the tests end with the supervisor
         setenv("TMPDIR", folder.path().c_str(), 1);
         std::exit(body());
     }

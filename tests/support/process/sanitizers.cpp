@@ -21,7 +21,7 @@ void leave_views_behind()
 
     #pragma GCC visibility push(default)
 
-// What the sanitizers ask a program, by these names.
+// Functions that the sanitizers call by these names.
 extern "C" {
 
 const char* __lsan_default_options()
@@ -29,23 +29,23 @@ const char* __lsan_default_options()
     return "print_suppressions=0";
 }
 
-/** Leaks of third parties, each the same few KiB however long a program runs. */
+/** Leaks in third-party code; each is the same few KiB however long a program runs. */
 const char* __lsan_default_suppressions()
 {
     return
-        // The C library loses the path of LOCPATH with each change of the locale.
+        // The C library leaks the path of LOCPATH with each change of the locale.
         "leak:argz_add_sep\n"
-        // Its configuration stays for the life of the process.
+        // Fontconfig keeps its configuration until the process ends.
         "leak:libfontconfig.so\n"
-        // Loses its lists of configurations when the engine has looked for one.
+        // Mesa leaks its lists of configurations after the web engine has searched them.
         "leak:libGLX_mesa.so\n"
-        // Its start and its end each lose a few objects.
+        // Qt WebEngine leaks a few objects when it starts and when it ends.
         "leak:libQt6WebEngineCore.so\n"
-        // A decoder of subtitles keeps the text that it was at when it was closed.
+        // A decoder of subtitles leaks the text that was current when it was closed.
         "leak:libavcodec.so\n"
-        // Leaves what it has asked of a display that lacks the extension.
+        // Leaks its query of a display that lacks the extension.
         "leak:libXrandr.so\n"
-        // Qt's connection to the display loses its way to the desktop's services at the end.
+        // Qt's connection to the display leaks its object for the desktop's services at the end.
         "leak:QGenericUnixServices\n";
 }
 
@@ -54,7 +54,7 @@ int __lsan_is_turned_off()
     return marlune::test::views_are_left_behind;
 }
 
-/** Nothing is unloaded: stacks of an unloaded library would be taken for those of another one. */
+/** Unloads nothing: the sanitizers would attribute stacks of an unloaded library to another one. */
 int dlclose(void*)
 {
     return 0;

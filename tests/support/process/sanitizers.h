@@ -3,8 +3,8 @@
 namespace marlune::test {
 
 /**
- * Says that this program ends with views that nobody has destroyed, whose memory is then no leak.
- * Without sanitizers nothing is looked for anyway.
+ * Declares that this program ends with views that the host has not destroyed, so their memory
+ * counts as no leak. Has no effect without sanitizers.
  */
 void leave_views_behind();
 

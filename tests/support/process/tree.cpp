@@ -17,7 +17,7 @@ namespace {
 
 using ProcessesByParent = std::multimap<pid_t, Process>;
 
-/** Reads "pid (name) state parent ... utime stime"; nothing of a process that has ended. */
+/** Reads "pid (name) state parent ... utime stime"; empty for a process that has ended. */
 std::optional<Process> read_process(const std::filesystem::path& folder)
 {
     constexpr int fields_between = 9;
@@ -25,7 +25,7 @@ std::optional<Process> read_process(const std::filesystem::path& folder)
     std::string line;
     if (!std::getline(file, line))
         return std::nullopt;
-    // The name may hold blanks and parentheses.
+    // The name may contain spaces and parentheses.
     const size_t open = line.find('('), close = line.rfind(')');
     if (open == std::string::npos || close == std::string::npos)
         return std::nullopt;

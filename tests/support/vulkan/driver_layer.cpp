@@ -26,7 +26,7 @@ std::map<std::string, int, std::less<>> call_counts, object_counts;
 std::map<std::string, Failure, std::less<>> failures;
 size_t cache_data = 0;
 
-/** What the call that has just come is to return; VK_SUCCESS leaves it to the driver. */
+/** The result that the current call is to return; VK_SUCCESS passes the call on to the driver. */
 VkResult count_call(std::string_view function)
 {
     const std::lock_guard lock(mutex);
@@ -46,9 +46,12 @@ void count_object(std::string_view kind, int change)
 
 // --- The second queue --------------------------------------------------------------------------
 
-/** Of queue family 0, whose other queues are the driver's: work on it goes to the driver's queue 0. */
+/**
+ * The second queue of family 0, whose other queues are the driver's: its work goes to the driver's
+ * queue 0.
+ */
 struct SecondQueue {
-    void* dispatch_table = nullptr;  // what the loader looks at
+    void* dispatch_table = nullptr;  // the loader reads it
     VkQueue real = VK_NULL_HANDLE;
 };
 
@@ -62,7 +65,7 @@ VkQueue real_queue(VkQueue queue)
     return is_second ? second_queue.real : queue;
 }
 
-// --- Functions of the device ----------------------------------------------------------------------
+// --- Functions of the device -------------------------------------------------------------------
 
 template <size_t size>
 struct Name {
@@ -94,7 +97,7 @@ struct Hook<name, VkResult(VKAPI_PTR*)(First, Others...)> {
     {
         const VkResult failure = count_call(name.view());
         const auto last = std::get<sizeof...(Others)>(std::tie(first, others...));
-        // What waits has to wait all the same: the driver is still at work.
+        // A call that waits must still wait: the driver is still working.
         if (failure != VK_SUCCESS && !name.contains("Wait")) {
             if constexpr (name.starts_with("vkCreate"))
                 *last = VK_NULL_HANDLE;
@@ -126,7 +129,7 @@ private:
             const std::lock_guard lock(mutex);
             cache_data = std::get<0>(std::tie(others...))->initialDataSize;
         }
-        // Qt makes pipelines one by one.
+        // Qt creates pipelines one by one.
         if constexpr (name.starts_with("vkCreateGraphicsPipelines"))
             count_object("Pipeline", 1);
         else if constexpr (name.starts_with("vkCreate"))
@@ -136,7 +139,7 @@ private:
     }
 };
 
-/** Functions that end objects. */
+/** Functions that destroy objects. */
 template <Name name, typename Object>
 struct Hook<name, void(VKAPI_PTR*)(VkDevice, Object, const VkAllocationCallbacks*)> {
     static inline void(VKAPI_PTR* next)(VkDevice, Object, const VkAllocationCallbacks*) = nullptr;
@@ -228,7 +231,7 @@ PFN_vkVoidFunction hook(std::string_view name)
     return found == entries().end() ? nullptr : found->hook;
 }
 
-// --- What a layer has to be; see the loader's documentation of layers --------------------------------
+// --- The interface of a layer; see the loader's documentation of layers --------------------------
 
 PFN_vkGetInstanceProcAddr next_of_instance = nullptr;
 PFN_vkGetDeviceProcAddr next_of_device = nullptr;
@@ -240,7 +243,7 @@ Function next_function(const char* name)
     return reinterpret_cast<Function>(next_of_instance(instance, name));
 }
 
-/** The loader's entry of the list that it hands to each layer. */
+/** The loader's entry in the list that it passes to each layer. */
 template <typename Info>
 Info* layer_link(const void* list, VkStructureType type)
 {

@@ -7,7 +7,10 @@
 #include <span>
 #include <vector>
 
-/** What every Vulkan host of the tests and the benchmarks does. Throws std::runtime_error on failure. */
+/**
+ * The Vulkan code that all hosts of the tests and the benchmarks share. Throws std::runtime_error
+ * on failure.
+ */
 namespace marlune::vulkan {
 
 using Names = std::vector<const char*>;
@@ -15,12 +18,14 @@ using Names = std::vector<const char*>;
 /** Throws unless the call of that name has succeeded. */
 void check(VkResult result, const char* call);
 
-/** Those of `wanted` that an instance without layers can have. */
+/** The extensions among `wanted` that an instance without layers supports. */
 Names instance_extensions(const Names& wanted);
 
 VkPhysicalDevice first_physical_device(VkInstance instance);
 
-/** A device with `queues` of family 0, and with those of the extensions that it can have. */
+/**
+ * Creates a device with `queues` queues of family 0, and with those `extensions` that it supports.
+ */
 VkDevice create_device(VkPhysicalDevice physical_device, const Names& extensions,
                        uint32_t queues = 1);
 
@@ -34,7 +39,7 @@ public:
 
     operator VkBuffer() const { return buffer_; }
 
-    /** What the last copy has written. */
+    /** The content that the last copy has written. */
     std::span<const uint8_t> bytes() const { return {bytes_, size_}; }
 
 private:
@@ -45,7 +50,9 @@ private:
     const uint8_t* bytes_ = nullptr;
 };
 
-/** Copies out of textures. Uses the device's first queue: never while a view draws. */
+/**
+ * Copies the content of textures. Uses the device's first queue: do not call it while a view draws.
+ */
 class TextureReader {
 public:
     explicit TextureReader(VkDevice device);
@@ -54,8 +61,8 @@ public:
     TextureReader& operator=(const TextureReader&) = delete;
 
     /**
-     * Copies regions of one mip level to `target`, and waits until they are there. Finds the level in
-     * VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL, and leaves it so.
+     * Copies regions of one mip level to `target`, and waits for the copy. The level must be in
+     * VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL, and stays in it.
      */
     void copy(uint64_t texture, std::span<const VkBufferImageCopy> regions, VkBuffer target);
 

@@ -14,7 +14,7 @@ using vulkan::check;
 
 namespace {
 
-// A game's instance can show windows, and so has these where the driver does.
+// A game's instance can show windows, so it has these extensions if the driver supports them.
 const vulkan::Names window_extensions{"VK_KHR_surface", "VK_KHR_xcb_surface", "VK_KHR_xlib_surface",
                                       "VK_KHR_wayland_surface", "VK_KHR_win32_surface"};
 
@@ -66,7 +66,7 @@ bool layer_is_there()
 
 VkDebugUtilsMessengerCreateInfoEXT messenger_info()
 {
-    // Not GENERAL: in that the loader speaks of drivers that the machine lacks.
+    // Not GENERAL: the loader uses it to report drivers that the machine lacks.
     return {
         .sType = VK_STRUCTURE_TYPE_DEBUG_UTILS_MESSENGER_CREATE_INFO_EXT,
         .messageSeverity = VK_DEBUG_UTILS_MESSAGE_SEVERITY_WARNING_BIT_EXT
@@ -85,7 +85,7 @@ Function instance_function(VkInstance instance, const char* name)
 
 std::unique_ptr<VulkanHost>& shared_host()
 {
-    // Never deleted by itself: when main has been left, the layer may be gone before.
+    // Never deleted automatically: after main() the layer may already be unloaded.
     static auto* const host = new std::unique_ptr<VulkanHost>;
     return *host;
 }
@@ -151,7 +151,7 @@ Image VulkanHost::read_back(uint64_t texture, uint32_t width, uint32_t height, u
                                         VkDeviceSize(extent.width) * extent.height * 4);
     const VkBufferImageCopy whole{.imageSubresource = {VK_IMAGE_ASPECT_COLOR_BIT, level, 0, 1},
                                   .imageExtent = extent};
-    const std::lock_guard lock(queue_mutex_);  // guards the reader as well
+    const std::lock_guard lock(queue_mutex_);  // also guards the reader
     reader_->copy(texture, {&whole, 1}, buffer);
     return Image(extent.width, extent.height, {buffer.bytes().begin(), buffer.bytes().end()});
 }

@@ -14,9 +14,9 @@
 namespace marlune::test {
 
 /**
- * What a game has: a Vulkan instance and a device of its own, here with the validation layer on,
- * synchronization validation included. Throws std::runtime_error when there is no Vulkan driver or no
- * validation layer: tests without it would prove less than they claim.
+ * The Vulkan instance and device of a game, here with the validation layer and synchronization
+ * validation. Throws std::runtime_error if there is no Vulkan driver or no validation layer:
+ * without it, tests would prove less than they claim.
  */
 class VulkanHost {
 public:
@@ -25,8 +25,8 @@ public:
     VulkanHost() : VulkanHost({VALIDATION_LAYER}, 1) {}
 
     /**
-     * With other layers than the validation layer alone, the one nearest to the host first, and with more
-     * than one queue of family 0.
+     * Uses `layers` instead of the validation layer alone, the one nearest to the host first, and
+     * `queues` queues of family 0.
      */
     VulkanHost(const std::vector<const char*>& layers, uint32_t queues);
     ~VulkanHost();
@@ -37,12 +37,14 @@ public:
     VkPhysicalDevice& physical_device() { return physical_device_; }
     VkDevice& device() { return device_; }
 
-    /** To be held around load(), render(), reset() and destroy() when several threads are at work. */
+    /**
+     * Hold this around load(), render(), reset() and destroy() if several threads use the device.
+     */
     std::mutex& queue() { return queue_mutex_; }
 
     /**
-     * Copies one mip level of a view's texture. `width` and `height` are those of level 0. Finds
-     * the level in VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL, and leaves it so.
+     * Copies one mip level of a view's texture. `width` and `height` are those of level 0. The
+     * level must be in VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL, and stays in it.
      */
     Image read_back(uint64_t texture, uint32_t width, uint32_t height, uint32_t level = 0);
 
@@ -57,10 +59,10 @@ private:
     std::mutex queue_mutex_;
 };
 
-/** The host that the tests of a process share. Made when first asked for. */
+/** The host that the tests of a process share. The first call creates it. */
 VulkanHost& host();
 
-/** Destroys the shared host, so that the layer can tell of objects that were never destroyed. */
+/** Destroys the shared host, so that the layer can report objects that were never destroyed. */
 void release_host();
 
 /** Fails the running test for each message of the validation layer since the last check. */

@@ -9,14 +9,17 @@
 
 namespace marlune::test {
 
-/** The channel's end of a connection whose other end is a function. Both ways take a turn of the loop. */
+/**
+ * The channel's end of a connection whose other end is a function. Messages in both directions wait
+ * for a turn of the event loop.
+ */
 class FakeTransport : public QWebChannelAbstractTransport {
 public:
     using Receiver = std::function<void(const QJsonObject&)>;
 
     explicit FakeTransport(Receiver receiver) : receiver_(std::move(receiver)) {}
 
-    /** What the page sends. */
+    /** Sends a message as the page. */
     void post(const QJsonObject& message)
     {
         QMetaObject::invokeMethod(

@@ -10,7 +10,7 @@
 
 namespace marlune::test {
 
-/** The records of an object that a host publishes, with a short way to describe it. */
+/** The records of an object that a host publishes, with short functions to fill them. */
 class HostObject {
 public:
     using Arguments = std::vector<db::ArgumentInfoStd>;

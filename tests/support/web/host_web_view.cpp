@@ -13,24 +13,24 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// The engine starts several processes for the first page, with little to run them on.
+// The web engine starts several processes for the first page, on a machine that may have few cores.
 constexpr auto LOADING_TIME = 20s;
 
 constexpr auto BLANK_PAGE = "about:blank";
 
-/** A loading is stopped by the next one, whose end is still to come. */
+/** STOPPED is no end: a load is stopped by the next one, whose end is still to follow. */
 bool is_end(const Load& load)
 {
     return load.status == Load::SUCCEEDED || load.status == Load::FAILED;
 }
 
-/** Before its first page an engine's view may tell of the blank one that it is made with. */
+/** Before its first page, a view may report the blank page with which the web engine creates it. */
 bool may_be_of(const std::string& url, const Load& load)
 {
     return load.url != BLANK_PAGE || url == BLANK_PAGE;
 }
 
-/** As keyboards name the keys: by the upper-case character. */
+/** The key of a character; keyboards name keys by the upper-case character. */
 uint32_t key_of(char32_t character)
 {
     switch (character) {
@@ -101,7 +101,7 @@ testing::AssertionResult HostWebView::open(const std::string& url)
     const size_t first = loads().size();
     facade().set_url(url);
     if (!load())
-        return testing::AssertionFailure() << "the scene for " << url << " cannot be made";
+        return testing::AssertionFailure() << "the scene for " << url << " cannot be loaded";
     return wait_until_loaded(url, first);
 }
 
@@ -126,7 +126,7 @@ testing::AssertionResult HostWebView::show_html(const std::string& html,
 
 testing::AssertionResult HostWebView::wait_until_drawn()
 {
-    // A page that has nothing to draw never tells of a paint. The engine gives it half a second.
+    // A page that has nothing to draw never reports a paint. After one second it counts as drawn.
     const std::string answer = evaluate(R"(new Promise(drawn => {
         const look = now => {
             const painted = performance.getEntriesByType("paint").length > 0 || now > 1000;
@@ -136,7 +136,7 @@ testing::AssertionResult HostWebView::wait_until_drawn()
     }))");
     if (answer == "true")
         return testing::AssertionSuccess();
-    return testing::AssertionFailure() << "the page is never drawn";
+    return testing::AssertionFailure() << "the page was never drawn";
 }
 
 testing::AssertionResult HostWebView::wait_for_load(Load::Status status, size_t first)
@@ -148,7 +148,7 @@ testing::AssertionResult HostWebView::wait_for_load(Load::Status status, size_t 
     };
     if (draw_until(has_come, LOADING_TIME))
         return testing::AssertionSuccess();
-    return testing::AssertionFailure() << Load{status} << "never came" << describe_loads();
+    return testing::AssertionFailure() << Load{status} << "never arrived" << describe_loads();
 }
 
 std::string HostWebView::evaluate(const std::string& expression)
@@ -157,7 +157,7 @@ std::string HostWebView::evaluate(const std::string& expression)
     run("(async () => { try { console.log('" + tag + "' + JSON.stringify(await (" + expression
         + "\n))); } catch (error) { console.log('" + tag + "threw ' + error); } })()");
     const std::optional<std::string> answer = wait_for_tagged(tag);
-    EXPECT_TRUE(answer) << "the page has given no value of " << expression;
+    EXPECT_TRUE(answer) << "the page has not answered with the value of " << expression;
     return answer.value_or("");
 }
 
@@ -171,7 +171,7 @@ testing::AssertionResult HostWebView::wait_for_console(const std::string& messag
     if (draw_until(has_come))
         return testing::AssertionSuccess();
     testing::AssertionResult failure = testing::AssertionFailure();
-    failure << "\"" << message << "\" never came, but these:";
+    failure << "\"" << message << "\" never arrived; these messages did:";
     for (const std::string& other : console_messages())
         failure << "\n  " << other;
     return failure;
@@ -209,7 +209,7 @@ testing::AssertionResult HostWebView::wait_for_colour(uint32_t x, uint32_t y, Co
                                                       int tolerance)
 {
     const auto has_colour = [&] {
-        draw_frame();  // to look more often than frames come would only take the engine's time
+        draw_frame();  // more frequent checks than frames would only slow the web engine down
         return is_close(picture().pixel(x, y), colour, tolerance);
     };
     if (wait_until(has_colour))
@@ -230,13 +230,13 @@ bool HostWebView::load()
 std::string HostWebView::describe_loads()
 {
     std::ostringstream text;
-    text << "; all that came:";
+    text << "; the load events:";
     for (const Load& load : loads())
         text << "\n  " << load;
     return text.str();
 }
 
-/** Waits for the end of the first loading of `url`, or of what it redirects to, from `first` on. */
+/** Waits for the end of the first load of `url`, or of its redirect, from event `first` on. */
 testing::AssertionResult HostWebView::wait_until_loaded(const std::string& url, size_t first)
 {
     std::optional<Load> end;

@@ -17,7 +17,7 @@
 
 namespace marlune::test {
 
-/** What a web view has said of loading, once. */
+/** One load event of a web view. */
 struct Load {
     enum Status { STARTED, STOPPED, SUCCEEDED, FAILED };
 
@@ -31,7 +31,7 @@ struct Load {
 
 std::ostream& operator<<(std::ostream& out, const Load& load);
 
-/** All that a view has said of loading, in the order in which it came. For any thread. */
+/** All load events of a view, in the order of their arrival. For any thread. */
 class LoadLog {
 public:
     void add(Load load);
@@ -42,12 +42,16 @@ private:
     std::vector<Load> loads_;
 };
 
-/** A callback that writes to `log`, which it keeps alive: it may come when a test's view is gone. */
+/**
+ * A callback that writes to `log` and keeps it alive: the library may call it when the test's view
+ * is gone.
+ */
 MWebView::LoadingChanged write_to(std::shared_ptr<LoadLog> log);
 
 /**
- * A view of web pages with a zoom of 100 %, so that a px of a page is one of the texture. What waits
- * draws frames meanwhile. An AssertionResult says what was there instead of what was awaited.
+ * A view of web pages with a zoom of 100 %, so that one px of a page is one px of the texture. The
+ * members that wait draw frames meanwhile. An AssertionResult states the actual content if a wait
+ * fails.
  *
  * @code
  * HostWebView view;
@@ -62,51 +66,59 @@ class HostWebView : public HostViewOf<MWebView> {
 public:
     explicit HostWebView(Size resolution = {}, VulkanHost& host = test::host());
 
-    /** Makes the scene anew, with a page, and waits until the page has been loaded. */
+    /** Creates a new scene with a page, and waits until the page has been loaded. */
     testing::AssertionResult open(const std::string& url);
 
-    /** Goes to another page in the scene that there is, and waits until it has been loaded. */
+    /** Navigates the existing scene to another page, and waits until it has been loaded. */
     testing::AssertionResult go_to(const std::string& url);
 
-    /** Shows a text as a page, in the scene that there is or in a new one, and waits likewise. */
+    /**
+     * Shows a text as a page, in the existing scene or in a new one, and waits until it has been
+     * loaded.
+     */
     testing::AssertionResult show_html(const std::string& html,
                                        const std::string& base_url = "res://test/");
 
     /**
-     * Waits until the page has been drawn: the engine drops mouse and keys that come earlier. Needs a
-     * page that runs scripts.
+     * Waits until the page has been drawn: the web engine drops mouse and key events that arrive
+     * earlier. Needs a page that runs scripts.
      */
     testing::AssertionResult wait_until_drawn();
 
-    /** All that has been said of loading so far. */
+    /** All load events so far. */
     std::vector<Load> loads() { return loads_->all(); }
 
-    /** Waits until the view has said something of this status, counted from the record `first` on. */
+    /** Waits for a load event of this status among those from `first` on. */
     testing::AssertionResult wait_for_load(Load::Status status, size_t first = 0);
 
     /** Runs a script in the page. */
     void run(const std::string& script) { facade().run_javascript(script); }
 
     /**
-     * The value of an expression of the page as JSON; a promise is waited for. "undefined" for what has
-     * no JSON, "threw ..." for an exception. When no answer comes, as with a page that runs no scripts,
-     * the running test fails.
+     * The value of an expression in the page as JSON; waits for a promise. "undefined" for a value
+     * without JSON, "threw ..." for an exception. Fails the running test if no answer arrives, for
+     * example from a page that runs no scripts.
      */
     std::string evaluate(const std::string& expression);
 
-    /** Waits for a message of the console and takes it: to wait once more is to wait for another one. */
+    /** Waits for a console message and removes it: another call waits for another message. */
     testing::AssertionResult wait_for_console(const std::string& message);
 
-    /** The messages since the last look, but for those that something has waited for. */
+    /** The console messages since the last call, except those that a member has waited for. */
     std::vector<std::string> console_messages() { return console().take_messages(); }
 
-    /** The mouse, at a pixel of the texture. A click moves there first, as a hand does. */
+    /**
+     * Move the mouse, press, release or click at a pixel of the texture. A click moves the mouse
+     * there first, as a hand does.
+     */
     void move(uint32_t x, uint32_t y);
     void press(uint32_t x, uint32_t y, MouseButton button = LEFT_BUTTON);
     void release(uint32_t x, uint32_t y, MouseButton button = LEFT_BUTTON);
     void click(uint32_t x, uint32_t y, MouseButton button = LEFT_BUTTON);
 
-    /** Presses and releases one key for each character of a UTF-8 text; "\n" is Enter, "\t" is Tab. */
+    /**
+     * Presses and releases one key for each character of a UTF-8 text; "\n" is Enter, "\t" is Tab.
+     */
     void type_text(const std::string& text);
 
     /** Waits until a pixel of the texture has a colour. */

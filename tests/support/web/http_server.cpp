@@ -44,7 +44,7 @@ std::string base64(std::string_view bytes)
     return text;
 }
 
-/** Appends what has come; false when the client sends nothing more. */
+/** Appends the received bytes; returns false if the client sends no more. */
 bool receive(int socket, std::string& text)
 {
     char buffer[16384];
@@ -55,7 +55,7 @@ bool receive(int socket, std::string& text)
     return true;
 }
 
-/** False when the client has gone. */
+/** Returns false if the client has closed the connection. */
 bool send_all(int socket, std::string_view text)
 {
     while (!text.empty()) {
@@ -93,7 +93,7 @@ HttpRequest parse_head(const std::string& head)
     return request;
 }
 
-/** Nothing when the client leaves before it has said all. */
+/** Returns nothing if the client closes the connection before the end of its request. */
 std::optional<HttpRequest> read_request(int socket)
 {
     std::string text;
@@ -118,10 +118,10 @@ bool names_its_type(const HttpReply& reply)
         reply.headers, [](const auto& header) { return lower(header.first) == "content-type"; });
 }
 
-/** A reply whose end is held back has no length: its end is that of the connection. */
+/** A reply whose end is held back has no length: it ends with the connection. */
 std::string head_of(const HttpReply& reply)
 {
-    // Clients go by the number, and nobody reads the words.
+    // Clients use the number; the text is for people.
     std::string head = "HTTP/1.1 " + std::to_string(reply.status) + " -\r\nConnection: close\r\n";
     if (reply.hold != HttpReply::END)
         head += "Content-Length: " + std::to_string(reply.body.size()) + "\r\n";
@@ -216,7 +216,7 @@ HttpServer::~HttpServer()
     shutdown(listener_, SHUT_RDWR);
     accepting_thread_.join();
     close(listener_);
-    for (std::thread& thread : client_threads_)  // nobody adds to them any more
+    for (std::thread& thread : client_threads_)  // no thread adds to them any more
         thread.join();
 }
 
@@ -272,13 +272,13 @@ void HttpServer::accept_clients()
     for (;;) {
         const int socket = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
         if (socket < 0 && errno == ECONNABORTED)
-            continue;  // a client that has gone before its turn
+            continue;  // the client has closed its connection before its turn
         if (socket < 0 || !add_client(socket))
             return;
     }
 }
 
-/** False when the server is ending. */
+/** Returns false if the server is ending. */
 bool HttpServer::add_client(int socket)
 {
     const std::lock_guard lock(mutex_);
@@ -296,7 +296,7 @@ void HttpServer::attend(int socket)
     converse(socket);
     const std::lock_guard lock(mutex_);
     open_sockets_.erase(socket);
-    close(socket);  // under the lock: the number may be given to another socket at once
+    close(socket);  // under the lock: another socket may get the number at once
 }
 
 void HttpServer::converse(int socket)
@@ -309,7 +309,10 @@ void HttpServer::converse(int socket)
     send_reply(socket, *request, reply, answer.round);
 }
 
-/** Logs a request. A round that is read at the same time cannot be over before the request is seen. */
+/**
+ * Logs a request. The round is read under the same lock, so it cannot end before wait_for_request()
+ * sees the request.
+ */
 HttpServer::Answer HttpServer::take(const HttpRequest& request)
 {
     Answer answer;
@@ -338,14 +341,14 @@ void HttpServer::send_reply(int socket, const HttpRequest& request, const HttpRe
         wait_for_release(round);
 }
 
-/** False when the server is ending. */
+/** Returns false if the server is ending. */
 bool HttpServer::pause(std::chrono::milliseconds time)
 {
     std::unique_lock lock(mutex_);
     return !changed_.wait_for(lock, time, [this] { return is_ending_; });
 }
 
-/** False when the server is ending. */
+/** Returns false if the server is ending. */
 bool HttpServer::wait_for_release(uint64_t round)
 {
     std::unique_lock lock(mutex_);

@@ -15,28 +15,28 @@
 
 namespace marlune::test {
 
-/** What a client has asked. */
+/** The request of a client. */
 struct HttpRequest {
     std::string method;
     std::string target;  // the path, with its query
     std::string body;
 
-    /** By their names in lower case; the values of repeated ones are joined by ", ". */
+    /** Headers by their names in lower case; the values of repeated ones are joined by ", ". */
     std::map<std::string, std::string> headers;
 
     /** The target without its query. */
     std::string path() const;
 
-    /** "" when there is no such header; `name` in lower case. */
+    /** Returns "" if there is no such header; `name` is in lower case. */
     std::string header(const std::string& name) const;
 };
 
-/** What the server answers. Content is HTML unless a Content-Type says otherwise. */
+/** The reply of the server. The content is HTML unless a Content-Type says otherwise. */
 struct HttpReply {
     enum Hold {
         NOTHING,
-        ALL,  // not a byte is sent before release()
-        END,  // headers and body are sent at once, but their end only comes with release()
+        ALL,  // sends no byte before release()
+        END,  // sends headers and body at once, but ends the reply only at release()
     };
 
     int status = 200;
@@ -51,23 +51,23 @@ using HttpHandler = std::function<HttpReply(const HttpRequest& request)>;
 HttpReply html(const std::string& body);
 HttpReply redirect_to(const std::string& location, int status = 302);
 
-/** Answers with `reply` whom the password is known to, and asks all others for it. */
+/** Answers clients that send the password with `reply`, and asks all others for the password. */
 HttpHandler behind_password(const std::string& user, const std::string& password, HttpReply reply);
 
 /**
  * A web server on 127.0.0.1 for a test's pages, with a free port of its own: a second server is a
- * second origin. What is not served is answered with 404. One request a connection.
+ * second origin. It answers 404 for a path that is not served. One request a connection.
  *
  * @code
  * HttpServer server;
  * server.serve("/", html("<script src=slow.js></script>"));
  * server.serve("/slow.js", {.hold = HttpReply::ALL});
- * ASSERT_TRUE(...);  // something asks for server.url("/")
+ * ASSERT_TRUE(...);  // a view loads server.url("/")
  * EXPECT_TRUE(server.wait_for_request("/slow.js"));
  * server.release();
  * @endcode
  *
- * For any thread. Its end does not wait for clients: connections that are open then are closed.
+ * For any thread. The destructor does not wait for clients: it closes open connections.
  */
 class HttpServer {
 public:
@@ -76,33 +76,36 @@ public:
     HttpServer(const HttpServer&) = delete;
     HttpServer& operator=(const HttpServer&) = delete;
 
-    /** With "localhost" as the host, the same server as another site: ports do not part cookies. */
+    /**
+     * With "localhost" as the host, the URL is that of another site on the same server: cookies do
+     * not distinguish ports.
+     */
     std::string url(const std::string& path, const std::string& host = "127.0.0.1") const;
     uint16_t port() const { return port_; }
 
     /**
-     * Serves `path`, whatever the query, and takes the place of what was served there. A handler is
-     * called on a thread of the server's, on several at once when several clients ask, and must not
+     * Serves `path`, whatever the query, and replaces the former reply. The server calls a handler
+     * on its own threads, on several at once if several clients send requests; the handler must not
      * throw.
      */
     void serve(const std::string& path, HttpReply reply);
     void serve(const std::string& path, HttpHandler handler);
 
-    /** Lets all replies go on that are held now. Requests that are logged later are held anew. */
+    /** Continues all replies that are held now. Replies to later requests are held again. */
     void release();
 
-    /** All requests so far, or those for `path`, in the order of their coming. */
+    /** All requests so far, or those for `path`, in the order of their arrival. */
     std::vector<HttpRequest> requests() const;
     std::vector<HttpRequest> requests(const std::string& path) const;
 
-    /** Waits until `path` has been asked for, `count` times in all. */
+    /** Waits until clients have requested `path` `count` times in all. */
     bool wait_for_request(const std::string& path, size_t count = 1,
                           std::chrono::milliseconds cap = std::chrono::seconds(10)) const;
 
 private:
     struct Answer {
         HttpHandler handler;
-        uint64_t round = 0;  // a reply that is held waits for the next one
+        uint64_t round = 0;  // a held reply waits for the next round
     };
 
     void accept_clients();

@@ -14,7 +14,7 @@ namespace marlune::test {
 
 namespace {
 
-// The side of the square of px that is taken for an area. Less is a line or the edge of something.
+// The side in px of the smallest square that counts as an area. Smaller ones are lines or edges.
 constexpr uint32_t BLOCK = 5;
 
 bool has_block(const Image& image, uint32_t left, uint32_t top, Colour colour, int tolerance)
@@ -33,7 +33,7 @@ class SurfaceCounter : public QObject {
 public:
     explicit SurfaceCounter(std::shared_ptr<std::atomic<int>> count) : count_(std::move(count)) {}
 
-    // Sent to a window when its counterpart in the window system comes to be, and when it goes.
+    // Qt sends this event to a window when its native window is created and when it is destroyed.
     bool eventFilter(QObject*, QEvent* event) override
     {
         if (event->type() == QEvent::PlatformSurface)

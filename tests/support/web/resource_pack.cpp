@@ -19,7 +19,7 @@ ServingResources::~ServingResources()
 
 void ServingResources::serve(Callback callback)
 {
-    // For all views, from a facade without one.
+    // A facade without a view sets the callback of all views.
     MView().set_func_resource_file(std::move(callback));
 }
 
@@ -49,11 +49,11 @@ uint8_t* ResourcePack::serve(const std::string& path, bool& flag, uint64_t& size
     const std::lock_guard lock(mutex_);
     EXPECT_FALSE(flag);
     EXPECT_EQ(size, 0u);
-    flag = true;  // which means nothing to the library
+    flag = true;  // the library ignores it
     asked_for_.push_back(path);
     const auto file = files_.find(path);
     if (file == files_.end())
-        return &no_file_;  // a pointer that a size of 0 makes void
+        return &no_file_;  // with a size of 0 the library ignores the pointer
     size = file->second->size();
     return reinterpret_cast<uint8_t*>(file->second->data());
 }

@@ -15,9 +15,10 @@
 namespace marlune::test {
 
 /**
- * Serves the "res" scheme of all views by a callback, from its making to its end. Starts the library when
- * that has not been done. Make it before the views, so that it outlives them: a request that nothing
- * serves is a warning, which fails a test. One at a time: the last one made counts.
+ * Serves the "res" scheme of all views with a callback, from its construction to its destruction.
+ * Starts the library if it is not running. Create it before the views, so that it outlives them: a
+ * request without a callback logs a warning, which fails a test. Only one at a time: the last one
+ * counts.
  */
 class ServingResources {
 public:
@@ -33,7 +34,7 @@ public:
 };
 
 /**
- * A host's packed files, served while it lives.
+ * A pack of a host's files, served while this object lives.
  *
  * @code
  * ResourcePack pack({{"/index.html", "<p>hello"}});
@@ -45,21 +46,21 @@ public:
  */
 class ResourcePack {
 public:
-    using File = std::pair<std::string, std::string>;  // its path and its content
+    using File = std::pair<std::string, std::string>;  // path and content
 
     explicit ResourcePack(std::initializer_list<File> files = {});
 
     /** Adds a file or replaces one. */
     void put(const std::string& path, std::string content);
 
-    /** The paths that were asked for, in the order of asking. */
+    /** The requested paths, in the order of the requests. */
     std::vector<std::string> asked_for();
 
 private:
     uint8_t* serve(const std::string& path, bool& flag, uint64_t& size);
 
     std::mutex mutex_;
-    std::list<std::string> contents_;  // all that there ever were: the library may be copying one
+    std::list<std::string> contents_;  // also replaced ones: the library may be copying one
     std::map<std::string, std::string*> files_;
     std::vector<std::string> asked_for_;
     uint8_t no_file_ = 0;
