@@ -8,12 +8,12 @@ root=$1 host=$2 project=$3 clip=$4 out=$5
 here=$(dirname "$0")
 [[ -d $root/game ]] || { echo "there is no bare root"; exit 77; }
 
-# No file that the host loads in the bare root may be from elsewhere.
+# The bare root must hold every library that the add-on directory needs.
 missing=$("$here/run_bare.sh" "$root" bash -c \
     'find /game/addons -name "*.so*" -o -name "*.exe" | xargs ldd 2>&1 | grep "not found"' || true)
 [[ -z $missing ]] || { echo "libraries are missing in the bare root:"; sort -u <<<"$missing"; exit 1; }
 
-# Of what the graphics drivers are linked with, an older one from here would be in their way.
+# An older copy of a library that the graphics drivers need would break them.
 stands_still='^lib(bsd|lzma|md|xml2)\.so\.'
 drivers=$("$here/run_bare.sh" "$root" bash -c 'ldd /usr/lib/*/{libvulkan_*,lib*_mesa*,gbm/*}' \
     | sed -n 's/^\t\([^ ]*\) => .*/\1/p' | sort -u)
