@@ -19,7 +19,7 @@ if(MARLUNE_INSTALL_QT)
     target_link_options(marlune PRIVATE LINKER:--disable-new-dtags)
 endif()
 
-# Plugins that nobody names when linking, by what needs them.
+# Plugins that no link command names, by the libraries that need them.
 set(marlune_addon_plugins
     platforms/libqxcb.so  # every view: Qt's connection to the display
     xcbglintegrations/libqxcb-egl-integration.so  # the web engine asks for OpenGL by one of the two

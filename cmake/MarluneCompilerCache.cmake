@@ -5,7 +5,7 @@ if(NOT CCACHE_PROGRAM OR MSVC OR CMAKE_CXX_COMPILER_LAUNCHER)
     return()
 endif()
 
-# By the environment, for only ccache 4.8 and later take settings as arguments. With this sloppiness it
+# By the environment, because only ccache 4.8 and later take settings as arguments. With this sloppiness it
 # keeps what is compiled with precompiled headers, too.
 set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env
     CCACHE_SLOPPINESS=pch_defines,time_macros "CCACHE_BASEDIR=${PROJECT_SOURCE_DIR}" "${CCACHE_PROGRAM}")

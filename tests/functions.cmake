@@ -54,7 +54,7 @@ function(marlune_run_again name suffix)
         LABELS "${arg_LABELS}"
         TIMEOUT ${arg_TIMEOUT}
         ENVIRONMENT "${marlune_test_environment};${arg_ENVIRONMENT}"
-        # Where GoogleTest is told a folder, it would name the report after the program.
+        # Given a folder alone, GoogleTest would name the report after the program.
         ENVIRONMENT_MODIFICATION "GTEST_OUTPUT=string_append:test-${test}.xml")
 endfunction()
 

@@ -1,5 +1,5 @@
-// A project of its own that knows the library as it is installed, and nothing of Qt: prints the version
-// and checks what a facade without a view gives.
+// A separate project that uses the installed library and no Qt: prints the version and checks the
+// defaults of a facade without a view.
 
 #include <marlune/marlune.h>
 

@@ -1,5 +1,5 @@
-// The examples of the guides that are about web views. They are compiled here as a host would compile
-// them; the guides quote them.
+// The examples of the guides to web views. They are compiled here as a host would compile them; the
+// guides quote them.
 
 #include <marlune/marlune.h>
 

@@ -1,4 +1,4 @@
-# The add-on directory as a game ships it: what is in it, and that it runs where no Qt is installed. Only
+# The add-on directory as a game ships it: its content, and that it runs where no Qt is installed. Only
 # builds that install Qt have these tests: of the presets, release alone.
 
 find_library(XCB_LIBRARY xcb REQUIRED)
@@ -16,8 +16,8 @@ target_link_libraries(marlune-bare-host PRIVATE
 set(addon_scripts "${CMAKE_CURRENT_SOURCE_DIR}")
 set(addon_project "${PROJECT_BINARY_DIR}/project")
 
-# A Debian 13 that has nothing but what a machine that runs games has. Made once; ./dev clean --all
-# removes it. Without the right to make one, the tests that need it are skipped.
+# A Debian 13 with the packages of a machine that runs games alone. Created once; ./dev clean --all
+# removes it. Without the right to create one, the tests that need it are skipped.
 set(bare_root "${PROJECT_SOURCE_DIR}/.root/bare")
 
 # marlune_add_addon_test(<name> TIMEOUT <seconds> COMMAND <script> [<argument>...])

@@ -1,8 +1,8 @@
 #!/bin/bash
 # usage: addon_alone.sh ADDON HOST CLIP OUT
 #
-# Has the host show all kinds of view over the add-on directory on this system, which has a Qt of its
-# own: nothing of that may be loaded.
+# Runs a host that shows all kinds of view with the add-on directory, on this system, which has its own
+# Qt: the host may load no file of that Qt.
 set -euo pipefail
 addon=$1 host=$2 clip=$3 out=$4
 log=$out/loaded.txt

@@ -1,4 +1,4 @@
-# Packs the archive, unpacks it, and compares what is in it with what is installed.
+# Packs the archive, unpacks it, and compares its content with the installed files.
 cmake_minimum_required(VERSION 3.25)
 include("${CMAKE_CURRENT_LIST_DIR}/compare.cmake")
 

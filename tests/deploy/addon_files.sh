@@ -1,7 +1,7 @@
 #!/bin/bash
 # usage: addon_files.sh ADDON PROJECT SOURCE_DIR
 #
-# Checks what is in an add-on directory. PROJECT is the layout that the build runs with.
+# Checks the content of an add-on directory. PROJECT is the layout that the build runs with.
 set -euo pipefail
 shopt -s globstar nullglob
 addon=$1
@@ -34,7 +34,7 @@ must_be_empty "$(readelf --sections --wide libmarlune.so | grep '\.symtab')" "th
 languages_of() { (cd "$1/translations/qtwebengine_locales" && ls); }
 must_be_empty "$(diff <(languages_of "$development") <(languages_of .))" "all languages are there"
 
-# Libraries: each that is needed lies in lib/ or is the machine's, and each is sought in lib/ first.
+# Libraries: each needed one is in lib/ or belongs to the machine, and the loader searches lib/ first.
 needed=$(readelf --dynamic --wide "${programs[@]}" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' | sort -u)
 must_be_empty "$(grep -vxF -e libmarlune.so -f <(ls lib) <<<"$needed" \
     | grep -vE -f <(echo "$left_to_the_machine"))" \
@@ -51,7 +51,7 @@ done
 must_be_empty "$(grep '^  "version"' manifest.json | grep -vE '"[0-9.]+\+[0-9a-f]{7}",$')" \
     "the manifest tells the version"
 
-# The manifest: all files, their checksums, whose they are, and under which licence.
+# The manifest: all files, their checksums, owners and licences.
 field() { sed -n "s/^    {.*\"path\": .*\"$1\": \"\{0,1\}\([^\",}]*\).*/\1/p" manifest.json; }
 paths=$(sed -n 's/^    {"path": "\([^"]*\)".*/\1/p' manifest.json)
 must_be_empty "$(diff <(find . -type f ! -name manifest.json -printf '%P\n' | sort) \
@@ -64,7 +64,7 @@ for package in $(field package | sort -u); do
     [[ -s licenses/$package.txt ]] || must_be_empty "$package" "each package has a licence"
 done
 
-# docs/deployment.md tells the sizes. With Debian's packages they may change by a fifth and a megabyte.
+# docs/deployment.md states the sizes. With Debian's packages they may change by a fifth and a megabyte.
 while IFS='|' read -r component bytes; do
     told=$(sed -n "s/^| \`$component\` | \([0-9.]*\) | .*/\1/p" "$3/docs/deployment.md")
     awk -v told="${told:-0}" -v is="$((bytes / 1000))" \

@@ -1,8 +1,8 @@
 #!/bin/bash
 # usage: bare_game.sh ROOT PREFIX HOST CAMERA EXAMPLE CLIP
 #
-# Puts a game into the bare root, made of the installed add-on directory, a host, the library that plays
-# a camera for it, an example that is a host too, and a clip.
+# Puts a game into the bare root: the installed add-on directory, a host, the library that simulates a
+# camera, an example host, and a clip.
 set -euo pipefail
 root=$1 prefix=$2 host=$3 camera=$4 example=$5 clip=$6
 [[ -w $root ]] || { echo "there is no bare root"; exit 77; }

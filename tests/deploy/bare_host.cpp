@@ -1,11 +1,12 @@
-// A host as a game is one: it links the library and Vulkan, nothing of Qt, and of the tests only a
-// camera. It shows one view of each kind, checks what must be where, and writes the pictures to a folder.
+// A host like a game: it links the library and Vulkan, no Qt, and from the tests' code a camera
+// alone. It shows one view of each kind, checks the content of the images, and writes them to a
+// folder.
 //
-//     bare-host OUT CLIP [VIEW]          CLIP shows four quarters: red and green, blue and white below
-//     bare-host --compare ONE OTHER      whether the pictures in two folders are the same
+//     bare-host OUT CLIP [VIEW]       CLIP shows four quarters: red and green, blue and white below
+//     bare-host --compare ONE OTHER   whether the images in two folders are the same
 //
-// The project root is read from MARLUNE_PROJECT_ROOT. With SANDBOXED in the environment, pages have to be
-// in the engine's sandbox; no others may be seen in /proc. The whole screen is painted for the screen
+// The project root is read from MARLUNE_PROJECT_ROOT. With SANDBOXED in the environment, all pages
+// in /proc must be in the engine's sandbox. The host paints the whole screen for the screen
 // capture.
 
 #define STB_IMAGE_IMPLEMENTATION
@@ -43,11 +44,11 @@ using namespace std::chrono_literals;
 
 constexpr uint32_t WIDTH = 640, HEIGHT = 360;
 
-// Drawing goes on until a view shows what it should and stands still, for so many frames.
+// A view is drawn until it shows the expected content and does not change for this many frames.
 constexpr int STILL_FRAMES = 20;
 constexpr auto CAP = 30s;
 
-// --- What must be where ------------------------------------------------------------------------
+// --- The expected images -----------------------------------------------------------------------
 
 struct Colour {
     int red, green, blue;
@@ -73,7 +74,7 @@ bool has_quarters(const Picture& picture)
         && has_at(picture, 0.25, 0.75, BLUE) && has_at(picture, 0.75, 0.75, WHITE);
 }
 
-// A drawn scene has text with smooth edges and shades, thus many colours.
+// A drawn scene has many colours, because its text has smooth edges and shades.
 bool has_many_colours(const Picture& picture)
 {
     std::set<uint32_t> colours;
@@ -108,7 +109,7 @@ void load(const marlune::MQuickView& view, const char* module, const char* compo
         throw std::runtime_error(std::string("cannot load ") + component);
 }
 
-// Script paints three quarters, a style sheet the fourth; a text shows whether fonts are found.
+// A script paints three quarters, a style sheet the fourth; a text shows whether fonts are found.
 constexpr const char* PAGE = R"(<!doctype html><meta charset="utf-8">
 <style>body { margin: 0; background: #fff; font: 24px "DejaVu Sans", sans-serif }</style>
 <canvas width="640" height="360" style="position: absolute"></canvas>
@@ -185,7 +186,7 @@ struct Screen {
     int still_for = 0;
 };
 
-// The camera counts its frames in its picture: the one part that never stands still.
+// The camera draws the number of each frame into its image: the one part that always changes.
 void cover_frame_number(Picture& picture)
 {
     constexpr auto number = marlune::test::CAMERA_NUMBER;
@@ -229,7 +230,7 @@ void show(std::vector<Screen>& screens, const Gpu& gpu)
 
 // --- The screen --------------------------------------------------------------------------------
 
-// Shows the quarters on the display for as long as it lives.
+// Shows the quarters on the display during its lifetime.
 class PaintedScreen {
 public:
     PaintedScreen()
@@ -269,7 +270,7 @@ std::string read_text(const std::filesystem::path& file)
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
-// They are forked with the command line of the process that forks them. Only they have such a thread.
+// Page processes have the command line of the process that forks them. Only they have this thread.
 bool is_page(const std::filesystem::path& process)
 {
     std::error_code gone;
@@ -280,7 +281,7 @@ bool is_page(const std::filesystem::path& process)
     return false;
 }
 
-// Whether there are pages, and the kernel filters what each of their processes asks of it.
+// Whether pages exist, and the kernel filters the system calls of each of their processes.
 bool are_pages_sandboxed()
 {
     int pages = 0, sandboxed = 0;

@@ -1,7 +1,7 @@
 #!/bin/bash
 # usage: bare_missing.sh ROOT
 #
-# Takes one file after the other out of the add-on directory and looks for the message that names it.
+# Removes one file after the other from the add-on directory and expects the message that names it.
 set -euo pipefail
 root=$1
 here=$(dirname "$0")
@@ -9,7 +9,7 @@ addon=$root/game/addons/webview
 [[ -d $addon ]] || { echo "there is no bare root"; exit 77; }
 failed=0
 
-# Prints what a host says that shows one view, or dies of it.
+# Prints the output of a host that shows one view, or that ends while it tries.
 show() {
     { "$here/run_bare.sh" "$root" MARLUNE_PROJECT_ROOT="${2:-/game}" \
         timeout 30 /game/host /game/pictures /game/clip.mp4 "$1"; } 2>&1 || true

@@ -1,19 +1,19 @@
 #!/bin/bash
 # usage: bare_views.sh ROOT HOST PROJECT CLIP OUT
 #
-# Has the host show all kinds of view here, over the Qt of this system, and in the bare root, over the
-# add-on directory. The pictures must be the same.
+# Runs a host that shows all kinds of view, here with the Qt of this system, and in the bare root with
+# the add-on directory. The images must be the same.
 set -euo pipefail
 root=$1 host=$2 project=$3 clip=$4 out=$5
 here=$(dirname "$0")
 [[ -d $root/game ]] || { echo "there is no bare root"; exit 77; }
 
-# Nothing in the bare root may come from elsewhere.
+# The bare root must hold every library that the add-on directory needs.
 missing=$("$here/run_bare.sh" "$root" bash -c \
     'find /game/addons -name "*.so*" -o -name "*.exe" | xargs ldd 2>&1 | grep "not found"' || true)
 [[ -z $missing ]] || { echo "libraries are missing in the bare root:"; sort -u <<<"$missing"; exit 1; }
 
-# Of what the graphics drivers are linked with, an older one from here would be in their way.
+# An older copy of a library that the graphics drivers need would break them.
 stands_still='^lib(bsd|lzma|md|xml2)\.so\.'
 drivers=$("$here/run_bare.sh" "$root" bash -c 'ldd /usr/lib/*/{libvulkan_*,lib*_mesa*,gbm/*}' \
     | sed -n 's/^\t\([^ ]*\) => .*/\1/p' | sort -u)
@@ -26,7 +26,7 @@ rm -rf "$out" "$root/game/pictures"
 echo "--- over this system's Qt"
 MARLUNE_PROJECT_ROOT=$project timeout 60 "$host" "$out" "$clip"
 
-# What lies in the library path of a player is not taken for ours.
+# The add-on directory's libraries take precedence over those in a player's library path.
 mkdir -p "$root/game/decoy"
 cp "$root/game/addons/webview/lib/libQt6Svg.so.6" "$root/game/decoy/libQt6Core.so.6"
 echo "--- over the add-on directory"

@@ -1,5 +1,5 @@
-# Checks that the library exports what exports.txt names, and nothing else. A name that is gone breaks
-# hosts; a new one is a promise.
+# Checks that the library exports exactly the names in exports.txt. A missing name breaks hosts; a new
+# one is a promise.
 cmake_minimum_required(VERSION 3.25)
 include("${CMAKE_CURRENT_LIST_DIR}/compare.cmake")
 

@@ -1,8 +1,8 @@
 #!/bin/bash
 # usage: make_bare_root.sh FOLDER
 #
-# Makes a Debian 13 in FOLDER that holds what a machine that runs games has: the way to graphics, X,
-# sound and fonts. No Qt, no compiler. Does nothing where it stands already.
+# Creates a Debian 13 in FOLDER with the packages of a machine that runs games: graphics drivers, X,
+# sound and fonts. No Qt, no compiler. Does nothing where it exists already.
 set -euo pipefail
 root=$1
 PATH=$PATH:/usr/sbin:/sbin
@@ -28,7 +28,7 @@ rm -rf --one-file-system "$root.partial"
 mkdir -p "$root.partial"
 [[ -n ${http_proxy:-} ]] || eval "$(apt-config shell http_proxy Acquire::http::Proxy)"
 export http_proxy=${http_proxy:-}
-# /proc and the like are mounted in a namespace, which takes them along however this ends.
+# /proc and similar are mounted in a namespace, whose end unmounts them however this script ends.
 unshare --mount --propagation private -- \
     debootstrap --variant=minbase --include="$(IFS=,; echo "${packages[*]}")" \
     trixie "$root.partial" || { tail -n 5 "$root.partial/debootstrap/debootstrap.log"; exit 1; }

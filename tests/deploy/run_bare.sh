@@ -11,8 +11,8 @@ fi
 root=$2
 shift 2
 
-# Only what is mounted can become the root. To be chrooted to it would not do: who is may make no user
-# namespaces, of which the engine's sandbox is made.
+# Only a mount can become the root. A chroot would not do: inside one a process may create no user
+# namespaces, which the engine's sandbox needs.
 mount --bind "$root" "$root"
 for folder in proc sys dev; do
     mount --rbind "/$folder" "$root/$folder"
@@ -26,7 +26,7 @@ fi
 cd "$root"
 pivot_root . .
 umount --lazy .
-# A machine of a player says nothing of the build: nothing of the caller's environment goes along but
-# what is named here.
+# A player's machine has no variables of the build: of the caller's environment, only the variables
+# named here are passed on.
 exec /usr/bin/env -i --chdir=/ HOME=/root LANG=C.UTF-8 PATH=/usr/bin:/bin \
     DISPLAY="${DISPLAY:-}" QT_QPA_PLATFORM=xcb "$@"

@@ -1,7 +1,7 @@
 #!/bin/bash
 # usage: with_display.sh COMMAND...
 #
-# Runs a command with a display of its own: what is painted on it is in nobody else's way.
+# Runs a command with a display of its own, so that it paints on no other display.
 set -euo pipefail
 
 # The parent-death signal ends Xvfb even where this script is killed and its trap cannot run.

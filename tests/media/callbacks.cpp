@@ -1,4 +1,4 @@
-// Hosts that call a player from within its own callbacks: every member in every callback.
+// Hosts call a player inside its own callbacks: every member in every callback.
 
 #include "support/callback_sweep.h"
 #include "support/media/host_video_view.h"
@@ -64,7 +64,7 @@ void play_clip(HostVideoView& view)
     view->play();
 }
 
-/** For all callbacks but three, which nothing calls that a host can do. */
+/** All callbacks except three, which no action of a host causes. */
 constexpr Occasion<HostVideoView> OCCASIONS[] = {
     {"volume_changed", [](HostVideoView& view) { view->set_volume(0.6f); }},
     {"muted_changed", [](HostVideoView& view) { view->set_muted(!view->get_muted()); }},

@@ -1,4 +1,4 @@
-// The picture of a camera in a scene, and the camera's life: on, off, unplugged, gone.
+// The image of a camera in a scene, and the camera's life: on, off, unplugged, gone.
 
 #include "support/media/host_camera_view.h"
 #include "support/message_log.h"
@@ -29,13 +29,13 @@ protected:
     }
 };
 
-/** For a camera that is unplugged: what Qt says then depends on what it is at. */
+/** For an unplugged camera: Qt's messages depend on what it was doing. */
 void allow_qt_to_miss_it()
 {
     allow_messages_matching("Cannot take buffer|Cannot add buffer|Couldn't add V4L2 buffer");
 }
 
-// --- The picture ------------------------------------------------------------------------------------
+// --- The picture ---------------------------------------------------------------------------------
 
 TEST_F(Camera, shows_what_it_sees)
 {
@@ -66,7 +66,7 @@ TEST_F(Camera, shows_one_frame_after_the_other)
 
 TEST_F(Camera, fills_the_scene_in_three_ways)
 {
-    // The picture is 4:3, the scene 2:1. Whole, it leaves 85 columns free on either side; cropped, it
+    // The image is 4:3, the scene 2:1. Whole, it leaves 85 columns free on either side; cropped, it
     // loses 64 rows of its 384 above and below.
     HostCameraView view({512, 256});
     ASSERT_TRUE(view.show());
@@ -131,10 +131,10 @@ TEST_F(Camera, shows_a_notice_while_it_is_off)
     view->set_camera_hint("0");
     ASSERT_TRUE(view.load());
     EXPECT_TRUE(view.draw_until([&] { return shows_something(view.picture(), "words"); }));
-    EXPECT_FALSE(view->get_is_active()) << "the scene does not switch it on";
+    EXPECT_FALSE(view->get_is_active()) << "the scene has switched the camera on";
 }
 
-// --- On and off -------------------------------------------------------------------------------------
+// --- On and off ----------------------------------------------------------------------------------
 
 TEST_F(Camera, runs_from_its_start_to_its_stop)
 {
@@ -172,7 +172,7 @@ TEST_F(Camera, is_left_running_by_auto_play_off)
     HostCameraView view;
     view->set_auto_play(true);
     view->set_camera_hint("0");
-    EXPECT_FALSE(view->get_is_active()) << "a choice does not ask for it";
+    EXPECT_FALSE(view->get_is_active()) << "choosing a camera has started it";
     view->set_auto_play(false);
     EXPECT_FALSE(view->get_is_active());
     view->set_auto_play(true);
@@ -189,7 +189,7 @@ TEST_F(Camera, shows_its_picture_again_after_a_stop)
         ASSERT_TRUE(view.show(i == 0 ? "0" : "-1"));
         view->stop();
         EXPECT_TRUE(view.draw_until([&] { return !view.frame_number(); }))
-            << "what it saw is no longer shown";
+            << "the last image is still shown";
         view->start();
         EXPECT_TRUE(view.goes_on());
         view->stop();
@@ -209,7 +209,7 @@ TEST_F(Camera, answers_a_callback_that_asks_it)
     EXPECT_EQ(answer, 0);
 }
 
-// --- What goes wrong --------------------------------------------------------------------------------
+// --- What goes wrong -----------------------------------------------------------------------------
 
 TEST_F(Camera, reports_that_another_view_uses_it)
 {
@@ -226,7 +226,7 @@ TEST_F(Camera, reports_that_another_view_uses_it)
     EXPECT_EQ(second.reports(),
               (Names{"error_occurred 1 Camera is in use", "error_changed", "active_changed"}));
     EXPECT_TRUE(second.draw_until([&] { return second.picture() != off; })) << "other words";
-    EXPECT_TRUE(first.goes_on()) << "which is no harm to the other one";
+    EXPECT_TRUE(first.goes_on()) << "the first view no longer shows the camera";
 }
 
 TEST_F(Camera, can_be_opened_once_the_other_view_has_gone)
@@ -362,7 +362,7 @@ TEST_F(Camera, that_is_found_later_is_shown_in_the_scene_that_is_there)
     EXPECT_TRUE(view.wait_for_border(CYAN));
 }
 
-// --- Its end ----------------------------------------------------------------------------------------
+// --- Its end -------------------------------------------------------------------------------------
 
 TEST_F(Camera, goes_with_its_scene)
 {
@@ -370,7 +370,7 @@ TEST_F(Camera, goes_with_its_scene)
     ASSERT_TRUE(view.show("usb"));
     view->set_focus_distance(0.25f);
     view->reset();
-    EXPECT_TRUE(open_cameras().empty()) << "others can have it";
+    EXPECT_TRUE(open_cameras().empty()) << "the camera is still open";
     EXPECT_TRUE(view.wait_for_event("active_changed"));
     EXPECT_FALSE(view->get_is_active());
     EXPECT_FALSE(view->is_available());
@@ -389,7 +389,7 @@ TEST_F(Camera, is_chosen_again_for_the_next_scene)
     ASSERT_TRUE(view.load());
     EXPECT_FALSE(view->get_is_active());
     EXPECT_TRUE(view->is_available());
-    EXPECT_EQ(view->get_focus_distance(), 1) << "as it comes";
+    EXPECT_EQ(view->get_focus_distance(), 1) << "not the camera's initial value";
     view->start();
     EXPECT_TRUE(view.goes_on());
     EXPECT_TRUE(view.wait_for_border(CYAN));

@@ -1,4 +1,4 @@
-// Hosts that call a camera from within its own callbacks: every member in every callback.
+// Hosts call a camera inside its own callbacks: every member in every callback.
 
 #include "support/callback_sweep.h"
 #include "support/media/host_camera_view.h"
@@ -57,7 +57,7 @@ std::vector<Member<Camera>> members()
         });
 }
 
-/** For the callbacks that the tests' cameras give rise to. */
+/** The callbacks that the tests' cameras cause. */
 constexpr Occasion<HostCameraView> OCCASIONS[] = {
     {"active_changed", [](HostCameraView& view) { view->start(); }},
     {"zoom_factor_changed", [](HostCameraView& view) { view->set_zoom_factor(2); }},

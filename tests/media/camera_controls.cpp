@@ -1,5 +1,5 @@
-// What a host sets on a camera, down to the device's own controls and back to the host; and facades that
-// have no camera.
+// The settings of a camera, down to the device's own controls and back to the host; and facades
+// without a camera.
 
 #include "support/media/host_camera_view.h"
 #include "support/message_log.h"
@@ -46,7 +46,7 @@ protected:
     const MCameraView& camera() { return view->facade(); }
     std::optional<int> control(uint32_t id) { return camera_control("Able", id); }
 
-    /** What has been reported since the last call. */
+    /** The reports since the last call. */
     Names take_reports()
     {
         const Names texts = view->reports(taken_);
@@ -60,7 +60,7 @@ private:
     size_t taken_ = 0;
 };
 
-// --- Zoom -------------------------------------------------------------------------------------------
+// --- Zoom ----------------------------------------------------------------------------------------
 
 TEST_F(CameraControls, zoom_within_the_range_of_the_camera)
 {
@@ -93,7 +93,7 @@ TEST_F(CameraControls, zoom_at_a_rate)
     EXPECT_TRUE(view->wait_for_event("zoom_factor_changed"));
 }
 
-// --- Exposure ---------------------------------------------------------------------------------------
+// --- Exposure ------------------------------------------------------------------------------------
 
 TEST_F(CameraControls, expose_as_long_as_the_host_wants)
 {
@@ -151,7 +151,7 @@ TEST_F(CameraControls, are_as_sensitive_as_the_host_wants)
     EXPECT_EQ(control(V4L2_CID_ISO_SENSITIVITY_AUTO), V4L2_ISO_SENSITIVITY_AUTO);
 }
 
-// --- Light and focus --------------------------------------------------------------------------------
+// --- Light and focus -----------------------------------------------------------------------------
 
 TEST_F(CameraControls, balance_white)
 {
@@ -195,7 +195,7 @@ TEST_F(CameraControls, have_no_point_to_focus_on)
     EXPECT_EQ(camera().get_custom_focus_point(), nowhere());
     camera().set_custom_focus_point({0.25f, 0.75f});
     camera().set_custom_focus_point({0.25f});
-    EXPECT_EQ(camera().get_custom_focus_point(), nowhere()) << "which these cameras do not have";
+    EXPECT_EQ(camera().get_custom_focus_point(), nowhere()) << "these cameras have no such point";
 }
 
 TEST_F(CameraControls, flash)
@@ -211,7 +211,7 @@ TEST_F(CameraControls, flash)
     EXPECT_EQ(take_reports(), Names{"flash_mode_changed"});
 }
 
-// --- What cannot be set -----------------------------------------------------------------------------
+// --- What cannot be set --------------------------------------------------------------------------
 
 void call_every_control(const MCameraView& camera)
 {
@@ -234,7 +234,7 @@ void call_every_control(const MCameraView& camera)
 
 TEST_F(CameraControls, of_a_camera_without_them_change_nothing)
 {
-    // Qt asks before it sets most of them, but not all.
+    // Qt checks most of them before it sets them, but not all.
     allow_messages_matching("Unable to [gs]et the V4L2 Parameter");
     camera().set_camera_hint("plain");
     camera().start();
@@ -259,8 +259,7 @@ TEST_F(CameraControls, of_a_camera_without_them_change_nothing)
     EXPECT_EQ(camera().get_zoom_factor(), 1);
     EXPECT_EQ(camera().get_minimum_zoom_factor(), 1);
     EXPECT_EQ(camera().get_maximum_zoom_factor(), 1);
-    EXPECT_EQ(take_reports(), Names{"focus_distance_changed"})
-        << "the one that Qt does not ask for";
+    EXPECT_EQ(take_reports(), Names{"focus_distance_changed"}) << "the one that Qt does not check";
     EXPECT_EQ(running_cameras(), Names{"Plain"});
 }
 
@@ -294,7 +293,7 @@ TEST_F(CameraControls, do_not_report_what_the_camera_supports)
     EXPECT_EQ(camera().get_supported_features(), 0);
 }
 
-// --- Facades without a camera -----------------------------------------------------------------------
+// --- Facades without a camera --------------------------------------------------------------------
 
 void expect_defaults_of_no_camera(const MCameraView& view)
 {

@@ -1,4 +1,4 @@
-// Which camera a view takes, by its hint and by the cameras that there are.
+// Which camera a view chooses, by its hint and by the plugged cameras.
 
 #include "support/media/host_camera_view.h"
 #include "support/message_log.h"
@@ -58,7 +58,8 @@ TEST_P(Hints, choose_a_camera)
     view->set_camera_hint(choice.hint);
     view->start();
     EXPECT_EQ(running_cameras(), Names{THREE[choice.chosen].name});
-    EXPECT_EQ(view.reports(), Names{"active_changed"}) << "a hint that fits nothing is no error";
+    EXPECT_EQ(view.reports(), Names{"active_changed"})
+        << "a hint that matches no camera is an error";
 }
 
 const Choice CHOICES[] = {
@@ -113,7 +114,7 @@ TEST(Hint, finds_no_camera_where_none_is_plugged)
     view->start();
     view->set_auto_play(true);
     EXPECT_FALSE(view->get_is_active());
-    EXPECT_EQ(view->get_error(), NO_CAMERA_ERROR) << "there is no camera that could have one";
+    EXPECT_EQ(view->get_error(), NO_CAMERA_ERROR) << "the missing camera is not reported";
     EXPECT_TRUE(open_cameras().empty());
 }
 
@@ -152,7 +153,7 @@ TEST(Hint, switches_the_camera_off_that_was_chosen_before)
     view->start();
     const size_t first = view.events().size();
     view->set_camera_hint("1");
-    EXPECT_FALSE(view->get_is_active()) << "the new one waits for its start";
+    EXPECT_FALSE(view->get_is_active()) << "the new camera runs before its start";
     EXPECT_TRUE(running_cameras().empty());
     EXPECT_EQ(view.reports(first), Names{"active_changed"});
     view->start();

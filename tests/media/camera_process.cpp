@@ -1,5 +1,5 @@
-// The end of a process whose cameras still run, wait or are being unplugged: it is clean all the same.
-// Each case runs in a process of its own.
+// A process ends cleanly while its cameras still run, wait or are being unplugged. Each case runs
+// in a process of its own.
 
 #include "support/library.h"
 #include "support/media/host_camera_view.h"

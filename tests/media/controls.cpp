@@ -1,4 +1,4 @@
-// The controls of the player, worked by the mouse and the keys that a host injects.
+// The controls of the video player, operated by the mouse and the keys that a host sends.
 
 #include "support/media/host_video_view.h"
 
@@ -22,13 +22,13 @@ struct Point {
     uint32_t x, y;
 };
 
-// Where the controls stand in a scene of 640 x 360; in larger scenes they grow with it.
+// The positions of the controls in a scene of 640 x 360; they scale with larger scenes.
 constexpr uint32_t BAR_Y = 316, BAR_LEFT = 12, BAR_RIGHT = 628;
 constexpr Point TO_START{25, 340}, PLAY{54, 340}, MUTE{83, 340};
 constexpr uint32_t VOLUME_LEFT = 98, VOLUME_RIGHT = 153;
 constexpr Point SUBTITLES{499, 340}, AUDIO{528, 340}, RATE{557, 340}, LOOP{586, 340},
     FILL{615, 340};
-// A corner that a square picture leaves free, but not the controls.
+// A corner that the controls cover, but a square image does not.
 constexpr Point CORNER{5, 355};
 constexpr Point MIDDLE{320, 180};
 
@@ -50,7 +50,7 @@ protected:
 
     void click(Point point)
     {
-        // Buttons come and go with what the source has, and are put in place as a frame is drawn.
+        // The buttons depend on the source, and are laid out when a frame is drawn.
         view.draw_frame();
         view.click(point.x, point.y);
     }
@@ -67,7 +67,7 @@ protected:
         return view.draw_until([&] { return alpha_at(CORNER) == 0; });
     }
 
-    /** Whether the player comes to a position within `tolerance` ms. */
+    /** Whether the player reaches a position within `tolerance` ms. */
     testing::AssertionResult comes_to(double position, double tolerance = 40)
     {
         if (view.draw_until(
@@ -85,7 +85,7 @@ protected:
     HostVideoView view{WIDE};
 };
 
-// --- Keys ------------------------------------------------------------------------------------------
+// --- Keys ----------------------------------------------------------------------------------------
 
 TEST_F(Controls, play_and_pause_with_the_space_bar)
 {
@@ -142,7 +142,7 @@ TEST_F(Controls, switch_the_sound_off_and_on_with_m)
     EXPECT_FALSE(view->get_muted());
     view.type(KEY_M, "m");
     view.type(KEY_UP);
-    EXPECT_FALSE(view->get_muted()) << "who turns the volume wants to hear it";
+    EXPECT_FALSE(view->get_muted()) << "a change of the volume must end muting";
 }
 
 TEST_F(Controls, survive_every_key_without_a_source)
@@ -154,7 +154,7 @@ TEST_F(Controls, survive_every_key_without_a_source)
     EXPECT_EQ(view->get_playback_state(), STOPPED);
 }
 
-// --- The mouse -------------------------------------------------------------------------------------
+// --- The mouse -----------------------------------------------------------------------------------
 
 TEST_F(Controls, play_and_pause_at_a_click_on_the_picture)
 {
@@ -236,7 +236,7 @@ TEST_F(Controls, show_the_time_under_the_pointer_above_the_bar)
     const int before = bright_pixels();
     view.move(on_bar(0.7), BAR_Y);
     EXPECT_TRUE(view.draw_until([&] { return std::abs(bright_pixels() - before) > 20; }));
-    EXPECT_EQ(view->get_position(), 0u) << "a look is no click";
+    EXPECT_EQ(view->get_position(), 0u) << "hovering has moved the position";
 }
 
 TEST_F(Controls, turn_the_volume_with_slider_and_wheel)
@@ -269,7 +269,7 @@ TEST_F(Controls, switch_repeating_on_and_off)
     EXPECT_EQ(view->get_loops(), 1);
 }
 
-// --- The menus -------------------------------------------------------------------------------------
+// --- The menus -----------------------------------------------------------------------------------
 
 TEST_F(Controls, offer_rates)
 {
@@ -348,7 +348,7 @@ TEST_F(Controls, close_a_menu_without_a_choice)
     view.type(KEY_ESCAPE);
     EXPECT_EQ(view->get_playback_rate(), 1);
     view.type(KEY_SPACE);
-    EXPECT_EQ(view->get_playback_state(), PAUSED) << "the keys are the player's again";
+    EXPECT_EQ(view->get_playback_state(), PAUSED) << "the player does not receive keys again";
     click(RATE);
     click({200, 100});
     EXPECT_EQ(view->get_playback_state(), PAUSED) << "a press beside the menu only closes it";
@@ -356,7 +356,7 @@ TEST_F(Controls, close_a_menu_without_a_choice)
     EXPECT_EQ(view->get_playback_state(), PLAYING);
 }
 
-// --- Shown and hidden ------------------------------------------------------------------------------
+// --- Shown and hidden ----------------------------------------------------------------------------
 
 TEST_F(Controls, stay_unless_they_are_to_hide)
 {
@@ -387,7 +387,7 @@ TEST_F(Controls, stay_while_paused_or_in_use)
     ASSERT_TRUE(view.open("quadrants.mp4"));
     ASSERT_TRUE(are_hidden());
     view->pause();
-    EXPECT_TRUE(are_shown()) << "so that everybody sees why nothing moves";
+    EXPECT_TRUE(are_shown()) << "the controls of a paused player are hidden";
     view->play();
     EXPECT_TRUE(are_hidden());
 }
@@ -411,7 +411,7 @@ TEST_F(Controls, are_absent_when_they_are_switched_off)
     EXPECT_TRUE(are_hidden());
 }
 
-// --- Words -----------------------------------------------------------------------------------------
+// --- Notices -------------------------------------------------------------------------------------
 
 TEST_F(Controls, show_that_no_source_is_set)
 {
@@ -420,7 +420,7 @@ TEST_F(Controls, show_that_no_source_is_set)
     ASSERT_TRUE(view.change_to("quadrants.mp4"));
     EXPECT_TRUE(view.draw_until([&] {
         return alpha_at({320, 170}) == 0;
-    })) << "and no more when there is something";
+    })) << "the notice is still shown with a source";
 }
 
 TEST_F(Controls, show_that_a_source_cannot_be_played)

@@ -1,4 +1,5 @@
-// What a film's frames look like in the texture where Qt's own video output draws them wrong, or not at all.
+// The frames of videos in the texture, in cases where Qt's own video output draws them wrong or not
+// at all.
 
 #include "support/media/host_video_view.h"
 #include "support/message_log.h"
@@ -66,7 +67,7 @@ TEST_F(Frames, too_large_for_the_device_are_left_out)
 TEST_F(Frames, of_pixels_that_are_too_wide_are_left_out)
 {
     ASSERT_TRUE(view.load());
-    // Qt cannot scale to the second size, and does not look whether it can.
+    // Qt cannot scale to the second size, and does not check whether it can.
     for (const char* const clip : {"stretched_600.mkv", "stretched_8000.mkv"}) {
         SCOPED_TRACE(clip);
         for (int i = 0; i < 2; ++i)
@@ -76,7 +77,8 @@ TEST_F(Frames, of_pixels_that_are_too_wide_are_left_out)
         view->play();
         view->set_active_video_track(0);
         EXPECT_EQ(view->get_active_video_track(), -1);
-        EXPECT_TRUE(view.draw_until([&] { return view->get_position() > 500; })) << "it is heard";
+        EXPECT_TRUE(view.draw_until([&] { return view->get_position() > 500; }))
+            << "the sound does not play";
     }
     ASSERT_TRUE(view.change_to("red_ffv1.mkv"));
     view->play();

@@ -1,4 +1,4 @@
-// Players that come and go, and facades without one.
+// The life of players, and facades without one.
 
 #include "support/media/host_video_view.h"
 #include "support/message_log.h"
@@ -69,7 +69,7 @@ TEST(VideoFacade, has_a_view_with_the_defaults_of_one)
     EXPECT_EQ(view->get_active_audio_track(), -1);
     EXPECT_EQ(view->get_active_video_track(), -1);
     EXPECT_EQ(view->get_active_subtitle_track(), -1);
-    EXPECT_EQ(view->get_refresh_rate(), 63) << "it is a view as any other";
+    EXPECT_EQ(view->get_refresh_rate(), 63) << "the members of a view do not work";
 }
 
 TEST(VideoFacade, has_the_defaults_of_no_view_after_destroy)
@@ -117,11 +117,11 @@ TEST(Players, are_ended_by_reset_while_they_play)
     EXPECT_EQ(view->get_source(), "");
     EXPECT_EQ(view->get_duration(), 0u);
     EXPECT_EQ(view->get_texture(), texture);
-    EXPECT_TRUE(view.frame_number()) << "the texture keeps its last picture";
+    EXPECT_TRUE(view.frame_number()) << "the texture has lost its last frame";
     EXPECT_TRUE(view.wait_for_event("playing_changed", "false"));
     view->reset();
 
-    ASSERT_TRUE(view.load()) << "and begin anew with the source that was set last";
+    ASSERT_TRUE(view.load()) << "the next scene does not start with the last source";
     EXPECT_TRUE(view.draw_until([&] {
         const auto number = view.frame_number();
         return number && *number > 10;

@@ -1,4 +1,4 @@
-// Playing through the facade: what is seen, and what is reported to the host.
+// Playback through the facade: the frames in the texture, and the reports to the host.
 
 #include "support/media/host_video_view.h"
 
@@ -19,15 +19,15 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
-// Of the form of the numbered clips.
+// The aspect ratio of the numbered clips.
 constexpr Size WIDE{640, 360};
 
-/** A view of the picture alone. */
+/** A view of the video alone, without controls. */
 class Player : public testing::Test {
 protected:
     void SetUp() override { view->set_controls(false); }
 
-    /** Opens a clip and lets it stand at its beginning. */
+    /** Opens a clip and leaves it paused at its start. */
     testing::AssertionResult open_paused(const std::string& clip)
     {
         view->set_auto_play(false);
@@ -93,7 +93,8 @@ TEST_F(Player, shows_one_frame_after_the_other)
         ASSERT_TRUE(view.draw_until(goes_on)) << "after frame " << last;
     }
     const double shown_ms = last * 1000 / 60.0;
-    EXPECT_NEAR(shown_ms, double(view->get_position()), 150) << "the picture keeps to the position";
+    EXPECT_NEAR(shown_ms, double(view->get_position()), 150)
+        << "the frame does not match the position";
 }
 
 TEST_F(Player, waits_for_play_where_auto_play_is_off)
@@ -147,7 +148,7 @@ TEST_F(Player, goes_back_to_the_start_when_it_is_stopped)
     EXPECT_TRUE(come_in_order(
         view.reports(first),
         {"playing_changed false", "playback_state_changed 0", "media_status_changed 2"}));
-    EXPECT_TRUE(view.wait_for_colour(320, 180, TRANSPARENT)) << "and takes the picture away";
+    EXPECT_TRUE(view.wait_for_colour(320, 180, TRANSPARENT)) << "the last frame is still shown";
     view->play();
     EXPECT_TRUE(view.draw_until([&] {
         const auto number = view.frame_number();
@@ -276,7 +277,7 @@ TEST_F(Player, releases_its_source)
     EXPECT_FALSE(view->get_has_video());
 }
 
-// --- The picture -----------------------------------------------------------------------------------
+// --- The picture ---------------------------------------------------------------------------------
 
 TEST_F(Player, fills_the_scene_in_the_mode_that_is_set)
 {
@@ -346,7 +347,7 @@ TEST_F(Player, plays_vp9_with_opus_and_paints_what_is_see_through)
     EXPECT_EQ(view->get_metadata().at("AudioCodec"), "Opus");
 }
 
-// --- Sound -----------------------------------------------------------------------------------------
+// --- Sound ---------------------------------------------------------------------------------------
 
 TEST_F(Player, turns_the_volume)
 {
@@ -355,7 +356,7 @@ TEST_F(Player, turns_the_volume)
     EXPECT_EQ(view->get_volume(), 0.25f);
     EXPECT_TRUE(view.wait_for_event("volume_changed", "0.25"));
     view->set_volume(7);
-    EXPECT_EQ(view->get_volume(), 1) << "the loudest that there is";
+    EXPECT_EQ(view->get_volume(), 1) << "the volume is above its maximum";
     view->set_volume(-1);
     EXPECT_EQ(view->get_volume(), 0);
 }

@@ -1,5 +1,5 @@
-// The end of a process whose players still play, load or wait: it is clean all the same. Each case runs
-// in a process of its own.
+// A process ends cleanly while its players still play, load or wait. Each case runs in a process of
+// its own.
 
 #include "support/library.h"
 #include "support/media/host_video_view.h"
@@ -21,7 +21,7 @@ namespace marlune::test {
 
 namespace {
 
-/** The threads of players that are at work. */
+/** The running threads of players. */
 int player_threads()
 {
     return count_threads(getpid(), "QFFmpeg.*");

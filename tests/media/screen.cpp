@@ -29,7 +29,7 @@ class OneScreen : public testing::Environment {
     void TearDown() override { server.reset(); }
 };
 
-// Registered first, and so the last to go.
+// Registered first, and so torn down last.
 [[maybe_unused]] testing::Environment* const one_screen =
     testing::AddGlobalTestEnvironment(new OneScreen);
 
@@ -42,7 +42,7 @@ protected:
     HostScreenView view{SIZE};
 };
 
-// --- The picture -----------------------------------------------------------------------------------
+// --- The picture ---------------------------------------------------------------------------------
 
 TEST_F(Screen, is_shown_pixel_by_pixel)
 {
@@ -103,7 +103,7 @@ TEST_F(Screen, is_shown_in_two_views_at_once)
     EXPECT_TRUE(other.wait_for_colour(SCREEN, BACKGROUND));
 }
 
-// --- Off and on ------------------------------------------------------------------------------------
+// --- Off and on ----------------------------------------------------------------------------------
 
 TEST_F(Screen, is_away_while_capturing_is_off)
 {
@@ -121,7 +121,7 @@ TEST_F(Screen, is_away_while_capturing_is_off)
     EXPECT_TRUE(shows(RED));
     view->set_active(true);
     server->paint(SCREEN, GREEN);
-    EXPECT_TRUE(shows(GREEN)) << "it goes on";
+    EXPECT_TRUE(shows(GREEN)) << "capturing does not continue";
 }
 
 TEST_F(Screen, is_not_shown_as_it_was_before_capturing_was_off)
@@ -161,7 +161,7 @@ TEST_F(Screen, is_switched_many_times)
     EXPECT_TRUE(shows(BACKGROUND));
 }
 
-// --- Coming and going ------------------------------------------------------------------------------
+// --- Coming and going ----------------------------------------------------------------------------
 
 TEST_F(Screen, is_shown_again_after_a_reset)
 {
@@ -213,7 +213,7 @@ TEST_F(Screen, is_left_by_views_that_are_destroyed)
     }
 }
 
-// --- The facade ------------------------------------------------------------------------------------
+// --- The facade ----------------------------------------------------------------------------------
 
 TEST_F(Screen, can_be_chosen_and_switched_by_a_callback)
 {

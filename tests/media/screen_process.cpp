@@ -1,5 +1,5 @@
-// Displays that are not captured or change meanwhile, and the end of a process that captures. Each case
-// runs in a process of its own.
+// Displays that cannot be captured or that change meanwhile, and the end of a process that
+// captures. Each case runs in a process of its own.
 
 #include "support/library.h"
 #include "support/media/host_screen_view.h"
@@ -36,7 +36,7 @@ MScreenCaptureView capturing_view()
     return view;
 }
 
-/** A desktop that is red, and the library. */
+/** A red desktop, and the library. */
 std::unique_ptr<ScreenServer> start(const ScreenServer::Options& options = {})
 {
     auto server = std::make_unique<ScreenServer>(options);
@@ -95,7 +95,7 @@ void exit_while_it_captures()
     std::exit(EXIT_SUCCESS);
 }
 
-/** Stops the library when the views that come after it have gone, and while its display still stands. */
+/** Stops the library after the views declared after it, and before its display ends. */
 struct Stop {
     ~Stop()
     {
@@ -104,7 +104,7 @@ struct Stop {
     }
 };
 
-/** True for the same words, whose letters' edges need not be the same each time. */
+/** True for the same text, although the edges of its letters may differ each time. */
 bool say_the_same(const Image& left, const Image& right)
 {
     int different = 0;

@@ -37,7 +37,7 @@ class TwoScreens : public testing::Environment {
     void TearDown() override { server.reset(); }
 };
 
-// Registered first, and so the last to go.
+// Registered first, and so torn down last.
 [[maybe_unused]] testing::Environment* const two_screens =
     testing::AddGlobalTestEnvironment(new TwoScreens);
 
@@ -85,7 +85,7 @@ TEST_F(Screens, are_chosen_by_a_part_of_what_they_are_called)
     EXPECT_TRUE(shows("dell", BLUE)) << "the model";
     EXPECT_TRUE(shows("xk-7", BLUE)) << "the serial number";
     EXPECT_TRUE(shows("FRONT", RED));
-    EXPECT_TRUE(shows("-", RED)) << "the first that has it";
+    EXPECT_TRUE(shows("-", RED)) << "not the first screen that matches";
 }
 
 TEST_F(Screens, are_the_primary_one_where_the_number_is_wrong)

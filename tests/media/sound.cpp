@@ -1,4 +1,4 @@
-// What is heard of a player, by a sound server that the test runs.
+// The sound of a player, recorded by a sound server that the test runs.
 
 #include "support/media/host_video_view.h"
 #include "support/media/sound_server.h"
@@ -21,7 +21,7 @@ class Hearing : public testing::Environment {
     void TearDown() override { server.reset(); }
 };
 
-// Registered first, and so the last to go.
+// Registered first, and so torn down last.
 [[maybe_unused]] testing::Environment* const hearing =
     testing::AddGlobalTestEnvironment(new Hearing);
 
@@ -30,7 +30,7 @@ constexpr double TONE_LEVEL = 0.125 / 2;
 
 class SoundOfPlayers : public testing::Test {
 protected:
-    /** Whether a tone comes with a level, in parts of the clips' own, and a frequency. */
+    /** Whether a tone has this level, relative to the clips' own, and this frequency. */
     testing::AssertionResult is_heard(double volume, double frequency = 440)
     {
         Sound last;
@@ -108,7 +108,7 @@ TEST_F(SoundOfPlayers, ends_with_the_scene)
     EXPECT_TRUE(is_silent());
     view->set_volume(0.5f);
     ASSERT_TRUE(view.load());
-    EXPECT_TRUE(is_heard(0.5)) << "and begins with the next as it was set between them";
+    EXPECT_TRUE(is_heard(0.5)) << "the next scene does not use the volume set between the scenes";
 }
 
 }  // namespace

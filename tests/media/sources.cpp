@@ -1,4 +1,4 @@
-// Where sources come from, and what becomes of those that cannot be played.
+// The kinds of sources, and sources that cannot be played.
 
 #include "support/media/host_video_view.h"
 #include "support/web/http_server.h"
@@ -29,7 +29,7 @@ class Sources : public testing::Test {
 protected:
     void SetUp() override { view->set_controls(false); }
 
-    /** Whether the source fails with this number and a text, before a scene stands or after. */
+    /** Whether the source fails with this number and a text, before a scene is loaded or after. */
     testing::AssertionResult fails(const std::string& source, MediaError error)
     {
         const size_t first = view.events().size();
@@ -47,7 +47,7 @@ protected:
         if (view->get_media_status() != INVALID_MEDIA)
             return testing::AssertionFailure() << "the status is " << view->get_media_status();
         if (view->get_playback_state() != STOPPED || view->get_duration() != 0)
-            return testing::AssertionFailure() << "something plays";
+            return testing::AssertionFailure() << "the player plays";
         return view.wait_for_event("error_changed", first);
     }
 
@@ -60,7 +60,7 @@ std::string content_of(const std::string& path)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/** Serves parts of a file to whom asks for them, as web servers do. */
+/** Serves ranges of a file on request, as web servers do. */
 HttpHandler in_parts(std::string content)
 {
     return [content = std::move(content)](const HttpRequest& request) {
@@ -125,7 +125,7 @@ TEST_F(Sources, that_are_no_files_are_refused)
     EXPECT_TRUE(view.change_to("short.mp4"));
 }
 
-/** A list that FFmpeg reads to its end, which is a pipe to which nobody writes. */
+/** A list that makes FFmpeg block: its entry is a pipe without a writer. */
 class BlockedSource {
 public:
     BlockedSource()
@@ -137,7 +137,7 @@ public:
 
     std::string path() const { return folder_.filePath("list.ffconcat").toStdString(); }
 
-    /** Whether somebody was waiting, who then finds the pipe empty. */
+    /** Whether a reader was waiting, which then reads an empty pipe. */
     bool release()
     {
         const int end = open(pipe_.c_str(), O_WRONLY | O_NONBLOCK);
@@ -157,7 +157,7 @@ TEST_F(Sources, that_keep_whoever_opens_them_do_not_hold_the_next_one_up)
     ASSERT_TRUE(view.load());
     for (const BlockedSource& source : blocked)
         view->set_source(source.path());
-    ASSERT_TRUE(view.change_to("short.mp4")) << "however many threads they keep";
+    ASSERT_TRUE(view.change_to("short.mp4")) << "blocked threads hold up the next source";
     EXPECT_EQ(view->get_duration(), 1000u);
     view->play();
     EXPECT_TRUE(view.draw_until([&] { return view->get_position() > 200; }));
@@ -251,7 +251,7 @@ TEST_F(Sources, that_are_empty_or_no_video_fail)
 TEST_F(Sources, that_end_early_are_played_to_their_end)
 {
     ASSERT_TRUE(view.open("truncated.mp4"));
-    EXPECT_EQ(view->get_duration(), 10000u) << "as the file says of itself";
+    EXPECT_EQ(view->get_duration(), 10000u) << "not the duration in the file's header";
     EXPECT_TRUE(view.draw_until([&] { return view.frame_number() > 30; }));
     EXPECT_EQ(view->get_error(), NO_ERROR);
 }
@@ -288,7 +288,8 @@ TEST_F(Sources, of_a_server_are_asked_for_in_parts)
     const size_t requests = server.requests("/long.mp4").size();
     view->set_position(18000);
     EXPECT_TRUE(view.draw_until([&] { return view->get_position() > 18200; }));
-    EXPECT_GT(server.requests("/long.mp4").size(), requests) << "what lies between is left out";
+    EXPECT_GT(server.requests("/long.mp4").size(), requests)
+        << "the player did not seek by a new request";
     EXPECT_TRUE(view.wait_for_event("media_status_changed", std::to_string(END_OF_MEDIA)));
 }
 
@@ -316,7 +317,7 @@ TEST_F(Sources, are_reported_by_their_url)
     const std::vector<ViewEvent> events = view.events();
     const auto is_change = [](const ViewEvent& event) { return event.name == "source_changed"; };
     EXPECT_EQ(std::count_if(events.begin(), events.end(), is_change), 2)
-        << "the same again is no change";
+        << "setting the same URL again is reported as a change";
 }
 
 }  // namespace

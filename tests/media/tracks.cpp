@@ -1,4 +1,4 @@
-// What a source consists of and says of itself: tracks, subtitles, metadata.
+// The tracks, subtitles and metadata of a source.
 
 #include "support/media/host_video_view.h"
 
@@ -14,7 +14,7 @@ namespace {
 
 constexpr Size WIDE{640, 360};
 
-// Of the clip with two tracks of each kind.
+// The background of the clip with two tracks of each kind.
 constexpr Colour GROUND{0x20, 0x40, 0x60, 0xff};
 
 class Tracks : public testing::Test {
@@ -25,7 +25,7 @@ protected:
         ASSERT_TRUE(view.open("tracks.mkv"));
     }
 
-    /** Bright pixels in the part of the picture where subtitles stand. */
+    /** Bright pixels in the part of the frame where subtitles are drawn. */
     int bright_pixels()
     {
         const Image image = view.picture();
@@ -135,7 +135,7 @@ TEST_F(Tracks, of_subtitles_are_drawn_without_their_marks)
     view->play();
     view->set_active_subtitle_track(0);
     ASSERT_TRUE(shows_subtitle());
-    // Nothing but upright strokes: no bright pixel has a bright neighbour in a row of serifs or braces.
+    // Upright strokes alone: serifs or braces would give longer rows of bright pixels.
     const Image image = view.picture();
     int widest = 0;
     for (uint32_t y = 280; y < 360; ++y) {

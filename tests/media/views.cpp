@@ -36,7 +36,7 @@ struct Kind<HostVideoView> {
             return opened;
         return view.wait_for_event("media_status_changed", std::to_string(END_OF_MEDIA), first);
     }
-    // The other component shows the player, too.
+    // The other component shows the same player.
     static bool is_released() { return true; }
 
     static void change(const Facade& facade) { facade.set_volume(0.5f); }
@@ -135,7 +135,7 @@ TYPED_TEST(MediaViews, can_load_another_component_and_their_own_again)
     EXPECT_TRUE(Kind<TypeParam>::show(this->view));
 }
 
-// --- Those with callbacks of their own -------------------------------------------------------------
+// --- Those with callbacks of their own -----------------------------------------------------------
 
 template <typename View>
 class ReportingViews : public MediaViews<View> {
@@ -180,7 +180,7 @@ TYPED_TEST(ReportingViews, do_not_run_a_callback_once_its_setter_has_returned)
     std::jthread caller([copy = this->view.facade()] { Kind<TypeParam>::provoke(copy); });
     ASSERT_TRUE(wait_until([&] { return entered.load(); }));
     Kind<TypeParam>::follow_no_more(this->view.facade());
-    EXPECT_TRUE(left) << "what the callback uses may be destroyed now";
+    EXPECT_TRUE(left) << "the callback still runs after it was unregistered";
 }
 
 TYPED_TEST(ReportingViews, survive_a_callback_that_throws)

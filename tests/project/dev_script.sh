@@ -1,15 +1,15 @@
 #!/bin/bash
 # usage: dev_script.sh REPOSITORY
 #
-# Checks ./dev with programs of its own in the place of those that install, configure and build. Each
-# case is a function, run in a shell of its own; its name is the rule.
+# Checks ./dev with fake programs in place of those that install, configure and build. Each case is a
+# function, run in a shell of its own; its name is the rule.
 set -euo pipefail
 repository=$1
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 DISPLAY='' PATH=$PATH:/usr/sbin:/sbin
 
-# The script's functions, for a repository that lies in $work.
+# The script's functions, for a repository in $work.
 take_functions() {
     qt=
     # shellcheck source=../../dev
@@ -23,10 +23,10 @@ make_program() {
     chmod +x "$work/bin/$1"
 }
 
-# It may be of a build with sanitizers that these tests are run.
+# These tests may run as part of a build with sanitizers.
 unset MARLUNE_PRESET MARLUNE_QT
 
-# A system whose Qt is new enough and where nothing is missing.
+# A system with a recent enough Qt and all packages.
 make_repository() {
     mkdir -p "$work/bin" "$work/.ci" "$work/examples/hud"
     cp "$repository/dev" "$work/"

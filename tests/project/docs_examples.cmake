@@ -1,6 +1,6 @@
 # Checks the guides against the repository: each example is quoted from a file that is compiled, run or
-# linted by the build or a test, and each relative link leads somewhere. Examples for pages that are no
-# quotations are run by docs_page_snippets.
+# linted by the build or a test, and each relative link has a target. docs_page_snippets runs the
+# examples for pages that are not quoted.
 cmake_minimum_required(VERSION 3.25)
 cmake_path(SET repository NORMALIZE "${CMAKE_CURRENT_LIST_DIR}/../..")
 
@@ -14,7 +14,7 @@ set(run_by_a_test docs/page-guide.md:js docs/page-guide.md:html README.md:html)
 set(problems "")
 set(examples 0)
 
-# How far a line is indented says where an example was taken from, not what it is.
+# The indentation depends on where an example is quoted from, so it is ignored.
 function(read_without_indentation file out)
     file(READ "${file}" text)
     string(REGEX REPLACE "\n[ \t]+" "\n" text "\n${text}")

@@ -1,4 +1,4 @@
-# Each public header compiles by itself, and without Qt: with nothing but its own folder and Vulkan's.
+# Each public header compiles alone and without Qt: with its own include folder and Vulkan's only.
 file(GLOB public_headers CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}/include"
     "${PROJECT_SOURCE_DIR}/include/marlune/*.h")
 set(header_sources "")

@@ -1,5 +1,5 @@
 # moc reads and writes a property that is a MEMBER without conversion, so that MSVC warns in its output
-# where the types are not the same, as of a uint and a bool. No other compiler does.
+# where the types differ, such as a uint and a bool. No other compiler does.
 cmake_minimum_required(VERSION 3.25)
 
 file(GLOB_RECURSE headers "${SOURCE_DIR}/*.h")

@@ -1,7 +1,7 @@
 #!/bin/bash
 # usage: sum_results.sh REPOSITORY
 #
-# Checks how .ci/sum-results adds up reports of runs that went well and of those that did not.
+# Checks how .ci/sum-results sums the reports of successful and failed runs.
 set -euo pipefail
 sum=$1/.ci/sum-results
 work=$(mktemp -d)
@@ -17,7 +17,7 @@ program_says() {
         "$2" "$3" "$5" "$4" >"$work/test-$1.xml"
 }
 
-# expect RULE STATUS LINE, of what was said since the last one.
+# expect RULE STATUS LINE, for the output since the last one.
 expect() {
     local line status=0
     line=$("$sum" "$work") || status=$?

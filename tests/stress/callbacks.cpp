@@ -1,5 +1,5 @@
-// Console callbacks of a host that behaves badly, again and again: they throw, call back, take their
-// own view away, or keep the Qt thread waiting.
+// Console callbacks of a faulty host, many times: they throw, call the view, destroy their own
+// view, or block the Qt thread.
 
 #include "support/any_call.h"
 #include "support/host_view.h"
@@ -31,7 +31,7 @@ protected:
 
     void load() { ASSERT_TRUE(view.load("ConsoleEmitter")); }
 
-    /** Has `act` called for each message of the scene, but not for those that it gives rise to itself. */
+    /** Registers `act` for each message of the scene, except those that `act` itself causes. */
     template <typename Act>
     void on_message(Act act)
     {
@@ -107,8 +107,7 @@ TEST_F(Callbacks, that_reset_their_view_leave_one_that_can_be_loaded)
     for (int i = 0; i < rounds && !HasFailure(); ++i) {
         emit_message();
         emit_message();
-        ASSERT_EQ(called, i + 1)
-            << "once the callback has returned, there is no scene to tell anything";
+        ASSERT_EQ(called, i + 1) << "a scene still reports after the callback has returned";
         load();
     }
     EXPECT_EQ(called, rounds);
@@ -162,7 +161,7 @@ TEST_F(Callbacks, that_block_hold_other_threads_up_but_lose_no_call)
         for (int i = 0; i < rounds; ++i)
             emit_message();
     }
-    EXPECT_GE(called, rounds) << "the callers' keys give rise to messages as well";
+    EXPECT_GE(called, rounds) << "the callers' keys must cause messages as well";
     EXPECT_EQ(wrong, 0);
 }
 
@@ -179,7 +178,7 @@ TEST_F(Callbacks, that_are_replaced_while_messages_come_are_let_go_of)
             emit_message();
     }
     EXPECT_GT(*token, 0);
-    EXPECT_EQ(token.use_count(), 2) << "the test's own and that of the last callback";
+    EXPECT_EQ(token.use_count(), 2) << "a replaced callback is still kept";
     view->destroy();
     EXPECT_EQ(token.use_count(), 1);
 }

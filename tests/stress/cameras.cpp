@@ -1,5 +1,5 @@
-// Cameras whose scenes come and go, which are chosen over and over, and which are plugged and unplugged
-// under hosts that use them from many threads: what a camera takes it gives back, however often.
+// Scenes of cameras are loaded and reset, cameras are chosen repeatedly, and plugged and unplugged
+// while many threads of a host use them: a camera always releases its memory.
 
 #include "support/media/host_camera_view.h"
 #include "support/message_log.h"
@@ -20,7 +20,7 @@ namespace {
 
 const std::vector<FakeCamera> TWO = {{.name = "First"}, {.name = "Second", .border = CYAN}};
 
-/** In KiB a cycle. A camera's buffers are 300 KiB, its pictures in the scene as much again. */
+/** In KiB a cycle. A camera's buffers are 300 KiB, its images in the scene as much again. */
 double tolerated_growth()
 {
     return is_soak() ? 16 : 256;
@@ -81,7 +81,8 @@ TEST(Cameras, that_are_chosen_over_and_over_leave_memory_flat)
 
 TEST(Cameras, come_and_go_while_hosts_use_them)
 {
-    // What Qt says of a camera that goes while it is opened, started or asked depends on the moment.
+    // Qt's messages about a camera that is unplugged while it is opened, started or read depend on
+    // timing.
     allow_messages_matching("V4L2|v4l2|Cannot (take|add) buffer|Unable to open the camera");
     allow_messages_matching("Camera: wrong camera number supplied");
     plug_cameras(TWO);
@@ -126,7 +127,7 @@ TEST(Cameras, come_and_go_while_hosts_use_them)
     }
 
     plug_cameras(TWO);
-    ASSERT_TRUE(view.show("0")) << "all is well afterwards";
+    ASSERT_TRUE(view.show("0")) << "a camera cannot be shown afterwards";
     EXPECT_TRUE(view.wait_for_border(YELLOW));
     ASSERT_TRUE(other.show("1"));
     EXPECT_TRUE(other.wait_for_border(CYAN));

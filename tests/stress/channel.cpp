@@ -1,5 +1,5 @@
-// Pages that send the channel whatever comes to their minds, while objects come, go and change.
-// See support/fuzz.h for how a run is repeated.
+// Pages send random messages to the channel, while objects are published, withdrawn and changed.
+// support/fuzz.h describes how to repeat a run.
 
 #include "binding/context_object.h"
 #include "binding/manager.h"
@@ -67,7 +67,7 @@ protected:
         objects.push_back(std::move(object));
     }
 
-    /** Another page: the one before takes its end of the connection with it. */
+    /** Another page: the previous one closes its end of the connection. */
     void open_page()
     {
         page = std::make_unique<FakeTransport>([this](const QJsonObject& message) {
@@ -194,7 +194,7 @@ protected:
         return list;
     }
 
-    /** Often nearly right, which is what gets furthest. */
+    /** Often nearly right, because such messages get furthest. */
     QJsonObject any_message()
     {
         QJsonObject message;
@@ -217,7 +217,7 @@ protected:
         return message;
     }
 
-    /** All that is published stands as the host has published it. */
+    /** All published objects are as the host has published them. */
     void check()
     {
         const QHash<QString, QObject*> published = channel.registeredObjects();
@@ -244,7 +244,8 @@ protected:
                     {"id", "are you there"},
                     {"bundles", true},
                     {"objects", QJsonArray{"___cm"}}});
-        EXPECT_TRUE(serve_until([&] { return answered; })) << "nobody serves the page any more";
+        EXPECT_TRUE(serve_until([&] { return answered; }))
+            << "the library no longer serves the page";
     }
 
     std::vector<std::unique_ptr<HostObject>> objects;

@@ -1,4 +1,4 @@
-// Views that come and go: what a view takes, it gives back, however often.
+// Views are created and destroyed repeatedly: a view always releases its memory.
 
 #include "support/host_view.h"
 #include "support/process/endurance.h"
@@ -34,9 +34,9 @@ void live(const Component& first, const Component& second)
 }
 
 /**
- * In KiB a cycle. The smallest leak of a view would be that of an engine or a texture, hundreds of KiB;
- * a few cycles tell no less than that from the allocator's own ups and downs of some MiB. In many
- * cycles the books of the validation layer show, which grow by 1 or 2 KiB.
+ * In KiB a cycle. The smallest leak of a view would be an engine or a texture, hundreds of KiB. A few
+ * cycles cannot show less than that, because the allocator varies by some MiB. In many cycles the
+ * validation layer's own records show, which grow by 1 or 2 KiB.
  */
 double tolerated_growth()
 {
@@ -55,7 +55,7 @@ void expect_flat(const HoldingsTrend& trend, int cycles_a_sample)
     }
 }
 
-/** Goes through the components, each followed by the next, until `cycles` views have lived. */
+/** Shows the components in turn until `cycles` views have been created and destroyed. */
 void expect_flat_cycles(const std::vector<Component>& components, int cycles)
 {
     Watchdog watchdog;

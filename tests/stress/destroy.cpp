@@ -1,5 +1,5 @@
-// One thread takes away what another one is using: a view, its scene, its texture. Each call finds
-// the view as it was, or gets its default; none is lost.
+// One thread destroys a view, its scene or its texture while another one uses it. Each call works
+// on the complete view or returns its default; none is lost.
 
 #include "support/any_call.h"
 #include "support/host_view.h"
@@ -34,14 +34,14 @@ public:
     {
     }
 
-    /** Waits until this many more calls have been answered. */
+    /** Waits until this many more calls have returned. */
     void let_make(int more)
     {
         for (const int end = calls_ + more; calls_ < end;)
             std::this_thread::yield();
     }
 
-    /** Ends the thread and returns how many answers were neither the view's nor the default. */
+    /** Ends the thread and returns how many results were neither the view's nor the default. */
     int end()
     {
         thread_.request_stop();
@@ -64,7 +64,7 @@ void expect_defaults(const MQuickView& view)
     EXPECT_FALSE(view.load("Scenes", "Quadrants"));
 }
 
-/** After so many calls, another number each time, so that the end comes at every kind of call. */
+/** The number of calls before the end. It varies, so that the end meets every kind of call. */
 int calls_before(int round)
 {
     return round % 23;

@@ -1,4 +1,4 @@
-// Films that are damaged, or made to do harm.
+// Videos that are damaged or malicious.
 
 #include "support/fuzz.h"
 #include "support/media/host_video_view.h"
@@ -27,7 +27,7 @@ const std::string CLIPS[] = {
     "half_red_apng.apng", "marks.srt",  "half_red_qtrle.mov", "subtitles.mkv",
 };
 
-// What counts, sizes and times are broken by first.
+// Extreme values for counts, sizes and times.
 constexpr uint8_t EXTREMES[][4] = {{0, 0, 0, 0},
                                    {0xff, 0xff, 0xff, 0xff},
                                    {0x7f, 0xff, 0xff, 0xff},
@@ -48,7 +48,7 @@ public:
     }
 
 private:
-    /** Half of the time in what comes first, where most of what is counted and measured stands. */
+    /** Half of the time near the start of the file, where most counts and sizes are. */
     size_t place(const std::string& bytes)
     {
         return dice_.below(dice_.below(2) ? std::min<size_t>(bytes.size(), 1024) : bytes.size());
@@ -80,7 +80,7 @@ protected:
     DamagedFilms()
     {
         soak_seconds = 3600;
-        // All that decoders have to say.
+        // All messages of decoders.
         allow_messages_matching("");
     }
 };
@@ -92,7 +92,7 @@ TEST_F(DamagedFilms, leave_a_player_that_plays)
     HostVideoView view({640, 360});
     ASSERT_TRUE(view.load());
     const auto play_one = [&] {
-        // Under names of their own: the one before may still be open.
+        // Each has its own name, because the previous file may still be open.
         const QString name = QStringLiteral("film %1").arg(dice.below(1000));
         const std::string path = folder.filePath(name).toStdString();
         std::ofstream(path, std::ios::binary | std::ios::trunc) << damage.film();

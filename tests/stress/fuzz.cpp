@@ -1,5 +1,5 @@
-// Random values, addresses and keys, for as long as one likes. Each run prints its seed, by which it can
-// be repeated: MARLUNE_FUZZ_SEED=... MARLUNE_FUZZ_SECONDS=... test-stress_fuzz
+// Random values, addresses and keys, for any length of time. Each run prints its seed, which
+// repeats it: MARLUNE_FUZZ_SEED=... MARLUNE_FUZZ_SECONDS=... test-stress_fuzz
 
 #include "support/fuzz.h"
 #include "binding/conversions.h"
@@ -85,7 +85,7 @@ protected:
         case 2:
             return dice.one_of(meant);
         default:
-            // A host that is out of its mind.
+            // A faulty host.
             return dice.one_in(8) ? static_cast<VariantTypeStd>(dice.any()) : UNKNOWN;
         }
     }
@@ -113,7 +113,7 @@ protected:
         return std::bit_cast<double>(dice.any());
     }
 
-    /** Of any UTF-16 units, halves of pairs and zeros among them. */
+    /** Any UTF-16 units, including unpaired surrogates and zeros. */
     QString text()
     {
         QString result;
@@ -254,7 +254,7 @@ protected:
     }
 };
 
-/** Like ==, but a NaN is the same as another one. */
+/** Like ==, but a NaN equals another NaN. */
 bool is_same(const ContainerStd& left, const ContainerStd& right)
 {
     const auto as_bits = [](const ValueStd& value) -> ValueStd {
@@ -287,7 +287,7 @@ testing::AssertionResult is_json_of(VariantTypeStd code, const ContainerStd& val
 {
     const auto* const text = std::get_if<std::string>(&std::get<ValueStd>(value));
     if (!text)
-        return testing::AssertionFailure() << "it is no text";
+        return testing::AssertionFailure() << "the value is not a text";
     const auto document = QJsonDocument::fromJson(QByteArray::fromStdString(*text));
     const bool is_right = code == DICTIONARY ? document.isObject() : document.isArray();
     return testing::AssertionResult(is_right) << *text;
@@ -342,10 +342,10 @@ void check_argument(const QVariant& value, VariantTypeStd declared)
         }
         return;
     }
-    ASSERT_TRUE(result) << "only vectors are refused";
+    ASSERT_TRUE(result) << "a value other than a vector was refused";
     if (is_container(code)) {
         EXPECT_TRUE(is_json_of(code, *result));
-        EXPECT_LE(messages, 1) << "of nesting";
+        EXPECT_LE(messages, 1) << "more than the one message about nesting";
         return;
     }
     const auto alternative = alternative_of(plain);
@@ -356,13 +356,13 @@ void check_argument(const QVariant& value, VariantTypeStd declared)
     }
 }
 
-/** What has come once comes again as it is, when it is given back. */
+/** A value that was converted once is unchanged by a second conversion. */
 void check_that_arguments_settle(const QVariant& value, VariantTypeStd code)
 {
     auto first = from_argument(value, code);
     if (!first || code == NIL)
         return;
-    // By then, text is without halves of pairs, of which two could have become the same key.
+    // Now no text has unpaired surrogates, two of which could have become the same key.
     const auto second = from_argument(to_variant(*first, code), code);
     ASSERT_TRUE(second);
     const VariantTypeStd before = code;
@@ -406,7 +406,7 @@ void check_property_write(const QVariant& value, VariantTypeStd code)
     if (code == NIL)
         return;
     const QVariant read = to_variant(*stored, code);
-    EXPECT_TRUE(read.isValid()) << "what is stored can be read";
+    EXPECT_TRUE(read.isValid()) << "a stored value cannot be read";
     const auto settled = from_property_write(read, code);
     ASSERT_TRUE(settled);
     const auto again = from_property_write(to_variant(*settled, code), code);
@@ -494,7 +494,9 @@ bool is_hex(char c)
     return std::isxdigit(static_cast<unsigned char>(c)) != 0;
 }
 
-/** Without percent signs, unless one of them stands alone: then all of them are taken as they are. */
+/**
+ * Without percent signs, unless one of them stands alone: then all of them are taken as they are.
+ */
 std::string decoded(const std::string& path)
 {
     std::string result;
@@ -536,7 +538,7 @@ int64_t sum_of(const std::string& content)
     return sum;
 }
 
-/** The host's files, of which there is one for nearly every path. */
+/** The host's files: nearly every path has one. */
 class EndlessPack {
 public:
     std::vector<std::string> take_asked_for()
@@ -674,7 +676,10 @@ constexpr auto FIELD =
 <input id=line><select><option>one<option>two</select><a href="#here">link</a><button>button</button>
 )";
 
-/** Gets out of whatever is open or held, and types; false while keys of before still have their effect. */
+/**
+ * Gets out of whatever is open or held, and types; false while keys of before still have their
+ * effect.
+ */
 bool can_type(HostWebView& view)
 {
     view.type(KEY_ESCAPE);

@@ -1,4 +1,4 @@
-// The library's own components under input that no player would give, while they are rendered.
+// The library's own components with random input that no user would give, while they are rendered.
 
 #include "support/host_view.h"
 #include "support/process/endurance.h"
@@ -45,7 +45,7 @@ const std::array<std::string, 16> TEXTS = {
     std::string(10'000, 'x'),
 };
 
-// Those that components listen to: Escape, Tab, Return, Space, the arrows and their neighbours, F1.
+// The keys that components handle: Escape, Tab, Return, Space, the arrows and their neighbours, F1.
 constexpr std::array<uint32_t, 13> KEYS = {
     0x01000000, 0x01000001, 0x01000004, 0x20,       0x01000010, 0x01000011, 0x01000012,
     0x01000013, 0x01000014, 0x01000015, 0x01000016, 0x01000017, 0x01000030,
@@ -87,7 +87,9 @@ private:
         return values[below(static_cast<uint32_t>(values.size()))];
     }
 
-    /** As a rule in the scene, or a little outside; sometimes anywhere; sometimes at the very end. */
+    /**
+     * As a rule in the scene, or a little outside; sometimes anywhere; sometimes at the very end.
+     */
     uint32_t coordinate(uint32_t side)
     {
         if (rarely())

@@ -1,4 +1,4 @@
-// Players whose scenes come and go: what a player takes, it gives back, however often.
+// Scenes of players are loaded and reset repeatedly: a player always releases its memory.
 
 #include "support/media/host_video_view.h"
 #include "support/process/endurance.h"

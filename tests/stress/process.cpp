@@ -1,5 +1,5 @@
-// The library from its start to its end, many times, each in a process of its own: it leaves no
-// process behind, and says nothing. Threads that wait for an answer when the end comes get one.
+// The library from its start to its stop, many times, each in a process of its own: it leaves no
+// process behind and writes no message. Calls that wait when the library stops return.
 
 #include "support/any_call.h"
 #include "support/host_view.h"
@@ -80,7 +80,7 @@ void scene_left_standing()
     M::destroy();
 }
 
-/** With text, so that fonts are at stake. */
+/** With text, so that fonts are in use. */
 void show_splash(const MQuickView& view)
 {
     require(view.load("Splash", "Splash"), "the component loads");
@@ -246,8 +246,7 @@ TEST(Stop, gives_up_on_a_callback_that_never_returns)
 {
     const std::vector<std::string> lines = lines_of_scenario("callback_that_never_returns");
     ASSERT_EQ(lines.size(), 1u);
-    EXPECT_TRUE(lines.front().starts_with("marlune: the Qt thread is still busy"))
-        << lines.front();
+    EXPECT_TRUE(lines.front().starts_with("marlune: the Qt thread is still busy")) << lines.front();
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
-// Copies of facades that outlive their views, used by many threads while new views are made. Such a
-// copy may come to name a new view, and a call on it then does to that one what it says. That is the
-// host's trouble; it must not become a crash or a hang.
+// Many threads use stale facades while others create new views. A stale facade may come to refer to
+// a new view, and a call on it then acts on that view. This is an error of the host, and must cause
+// neither a crash nor a hang.
 
 #include "support/any_call.h"
 #include "support/host_view.h"
@@ -26,7 +26,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/** Stale copies for everybody. */
+/** Stale copies, shared by all threads. */
 class Pool {
 public:
     void add(const MQuickView& copy)
@@ -106,7 +106,7 @@ TEST(StaleCopies, are_harmless_while_views_are_made)
     EXPECT_EQ(tally.wrong, 0);
     if (!memory_is_held_back()) {
         EXPECT_GT(tally.reached, 0)
-            << "no view has taken the place of an old one: this tests nothing";
+            << "no new view has replaced an old one, so this run has tested nothing";
     }
 }
 

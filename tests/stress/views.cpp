@@ -1,4 +1,4 @@
-// Eight threads of a host with a view each, all at once: nothing gets mixed up between them.
+// Eight threads of a host with a view each, at the same time: each shows its own content.
 
 #include "support/host_view.h"
 #include "support/process/endurance.h"

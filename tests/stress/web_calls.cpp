@@ -1,4 +1,4 @@
-// A page and a host that have much to say to each other: nothing is lost, doubled or out of order.
+// A page and a host exchange many calls: none is lost, doubled or out of order.
 
 #include "support/process/endurance.h"
 #include "support/web/host_object.h"

@@ -1,4 +1,5 @@
-// Pages and web views that come and go: what they take, they give back, this process and the engine's.
+// Pages and web views are created and destroyed: this process and the engine's release their
+// memory.
 
 #include "support/process/endurance.h"
 #include "support/process/memory.h"
@@ -74,7 +75,7 @@ void expect_flat(const Trends& trends, int steps_a_sample, double tolerated_kib)
     testing::Test::RecordProperty("growth_of_all_kib_a_step", std::to_string(all));
     if (!memory_is_held_back()) {
         EXPECT_LT(own, tolerated_kib);
-        // A few pages tell nothing of the engine's processes, which give memory back when they like.
+        // A few pages show nothing about the engine's processes, which release memory at any time.
         if (is_soak()) {
             EXPECT_LT(all, tolerated_kib);
         }
@@ -170,7 +171,7 @@ TEST_F(WebPages, in_views_that_come_and_go_leave_memory_flat)
     EXPECT_LE(trends.own.last().files, trends.own.after_warm_up().files + 8);
     EXPECT_LE(trends.own.last().threads, trends.own.after_warm_up().threads + 4);
     EXPECT_TRUE(wait_until([] { return page_processes().size() <= 1; }))
-        << page_processes().size() << " processes hold pages that are gone";
+        << page_processes().size() << " processes hold pages that have been destroyed";
 }
 
 }  // namespace marlune::test

@@ -1,4 +1,4 @@
-// Pages whose process goes away or hangs, and processes that end with pages open.
+// Pages whose process ends or hangs, and processes that end with pages open.
 
 #include "support/library.h"
 #include "support/message_log.h"
@@ -47,7 +47,7 @@ protected:
         const size_t first = view.loads().size();
         const std::vector<Process> pages = page_processes();
         if (pages.empty())
-            return testing::AssertionFailure() << "there is no process of a page";
+            return testing::AssertionFailure() << "no page has a process";
         for (const Process& page : pages)
             kill(page.id, SIGKILL);
         return view.wait_for_load(Load::FAILED, first);
@@ -251,8 +251,8 @@ TEST_F(HangingPage, does_not_hold_up_the_host)
             view.draw_frame();
     });
     EXPECT_LT(input, 3s);
-    EXPECT_EQ(view.picture().pixel(100, 100), BLUE) << "the last picture stays";
-    // From here on the engine may give the picture up, for one that the page owes it.
+    EXPECT_EQ(view.picture().pixel(100, 100), BLUE) << "the last frame is no longer shown";
+    // From here on the engine may drop the frame, because it waits for a new one from the page.
     const auto changes = time_of([&] {
         view->set_zoom_factor(200);
         view->reload();
@@ -280,13 +280,12 @@ TEST_F(HangingPage, ends_with_its_view)
 {
     hang();
     EXPECT_LT(time_of([&] { view->destroy(); }), 3s);
-    EXPECT_TRUE(wait_until([] { return page_processes().empty(); }, 20s))
-        << "nobody goes on looping";
+    EXPECT_TRUE(wait_until([] { return page_processes().empty(); }, 20s)) << "the page still loops";
 }
 
 constexpr auto ENDED = "^WebView \\d+: the page does not respond and was ended";
 
-/** A page of the same site as the next one, which holds up whoever wants to leave it. */
+/** A page of the same site as the next one, which delays every navigation away from it. */
 struct Holder {
     const char* name;
     const char* script;
@@ -332,7 +331,7 @@ protected:
         };
         return view.draw_until(is_there, 25s)
             ? comes_back(title)
-            : testing::AssertionFailure() << path << " never came";
+            : testing::AssertionFailure() << path << " never arrived";
     }
 
     size_t held = 0;  // what had been said of loading before
@@ -390,9 +389,9 @@ TEST_P(LoopingPage, is_left_by_the_last_order)
 INSTANTIATE_TEST_SUITE_P(Page, LoopingPage, testing::Values(HOLDERS[0]),
                          [](const auto& test) { return test.param.name; });
 
-// --- What the host learns of it ----------------------------------------------------------------
+// --- Reports to the host -----------------------------------------------------------------------
 
-/** What a view has said of its page, in order. For any thread. */
+/** The reports of a view about its page, in order. For any thread. */
 class Responses {
 public:
     MWebView::PageResponding callback()
@@ -440,7 +439,8 @@ TEST_F(ReportedPage, hangs_until_its_process_is_gone)
     ASSERT_TRUE(view.wait_for_load(Load::SUCCEEDED, first));
     EXPECT_TRUE(comes_back("other"));
     for (const Load& load : view.loads())
-        EXPECT_NE(load.error_domain, "process") << "the host has wanted the page to end";
+        EXPECT_NE(load.error_domain, "process")
+            << "an end that the host requested is reported as a failure";
 }
 
 TEST_F(ReportedPage, hangs_until_it_goes_on)

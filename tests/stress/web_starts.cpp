@@ -1,5 +1,5 @@
-// A game starts and shows a web page, again and again, each time in a process of its own. The engine's
-// threads and the host's device come to be at the same time then, and must not meet.
+// A game starts and shows a web page, many times, each in a process of its own. The engine's
+// threads start while the host creates its device, and must not conflict with it.
 
 #include "support/library.h"
 #include "support/process/endurance.h"
@@ -37,7 +37,7 @@ void require_page(HostWebView& view)
     require(view.wait_for_colour(100, 100, GREEN), "the page is drawn");
 }
 
-/** Asks for the page and begins to draw, but does not wait for it. */
+/** Requests the page and begins to draw, but does not wait for it. */
 std::unique_ptr<HostWebView> begin_view()
 {
     auto view = std::make_unique<HostWebView>();
@@ -99,7 +99,7 @@ const Scenarios SCENARIOS = {
 // --- What is asked of each of them -------------------------------------------------------------
 
 const std::vector<std::regex> KNOWN_LINES = {
-    // The engine has no graphics hardware on a machine like this, and says what it does without.
+    // The engine finds no GPU on such a machine, and reports the features that it disables.
     std::regex("ERROR:context_group\\.cc.* WebGL1 blocklisted"),
     std::regex("ERROR:command_buffer_proxy_impl\\.cc.* ContextResult::kTransientFailure"),
 };

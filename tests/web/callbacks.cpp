@@ -1,4 +1,4 @@
-// Hosts that call a web view from within its own callbacks: every member in every callback.
+// Hosts call a web view inside its own callbacks: every member in every callback.
 
 #include "support/callback_sweep.h"
 #include "support/message_log.h"
@@ -75,7 +75,7 @@ void go_to_next_page(HostWebView& view)
     view->set_url("res://pack/next.html");
 }
 
-/** Of all callbacks but the one that takes its time. */
+/** All callbacks except the slow one. */
 constexpr Occasion<HostWebView> OCCASIONS[] = {
     {"resource_file", go_to_next_page},
     {"navigation_handler", go_to_next_page},
@@ -146,7 +146,7 @@ class CallsInWebCallbacks : public testing::TestWithParam<Member<Web>> {
 protected:
     CallsInWebCallbacks()
     {
-        // Qt's own, for each object that comes while a page is open.
+        // Qt writes it for each object that is published while a page is open.
         allow_messages_matching("^Registered new object after initialization");
         allow_messages_matching("a callback cannot load a scene");
     }
@@ -216,8 +216,8 @@ TEST(CallsWhileAPageHangs, leave_views_that_show_pages)
         HostWebView view;
         Caller caller;
     };
-    // All at once, since it takes seconds until a page counts as one that hangs; but for the member by
-    // which the pages of the others can begin anew.
+    // All at once, because the engine takes seconds to report a page as hanging. The exception is
+    // the member that can restart the pages of the other views.
     for (const bool ends_pages : {false, true}) {
         std::list<Hanging> all;
         for (const Member<Web>& member : members()) {

@@ -1,5 +1,5 @@
-// What a page asks the user in dialogs, which the view draws above it: seen in pictures, answered by
-// mouse and keys, and told by what the page gets.
+// The dialogs of a page, which the view draws above it. The tests look at the view's image, answer
+// by mouse and keys, and check what the page receives.
 
 #include "support/message_log.h"
 #include "support/process/processes.h"
@@ -39,10 +39,10 @@ protected:
         ASSERT_TRUE(view.wait_for_colour(2, 2, WHITE));
     }
 
-    /** Runs a script after the call that brings it: one that asks the user does not end before. */
+    /** Runs a script after this call returns, because a script that opens a dialog blocks. */
     void start(const std::string& script) { view.run("setTimeout(() => { " + script + " })"); }
 
-    /** Lets the page ask, and the user want no more of that. */
+    /** The page opens dialogs, and the user ends all further ones. */
     void end_dialogs()
     {
         start("alert(1); alert(2); console.log('after')");
@@ -59,7 +59,7 @@ protected:
     HostWebView view{SIZE};
 };
 
-/** A folder with some files, for as long as it lives. */
+/** A folder with some files, which the destructor removes. */
 class Folder {
 public:
     Folder()
@@ -118,7 +118,7 @@ TEST_F(PageDialogs, show_an_alert_above_the_dimmed_page_and_end_it_by_enter)
     EXPECT_EQ(find_colour(view.picture(), REJECT).count, 0u) << "an alert has nothing to cancel";
     EXPECT_FALSE(view.console().take_first([](const auto& record) {
         return record.message == "after";
-    })) << "the page has gone on";
+    })) << "the page has continued";
 
     view.type_text("\n");
     EXPECT_TRUE(view.wait_for_console("after"));
@@ -151,7 +151,7 @@ TEST_F(PageDialogs, answer_a_confirmation_by_keys)
     press_key(view, KEY_ESCAPE);
     EXPECT_TRUE(view.wait_for_console("said false"));
 
-    // The buttons are all that Tab gets to: from OK to the end of all dialogs, to Cancel, and around.
+    // Tab reaches the buttons alone: from OK to the end of all dialogs, to Cancel, and round again.
     start("console.log('said ' + confirm('Really?'))");
     ASSERT_TRUE(shows(view, ACCEPT));
     view.type_text("\t\t\t\t\t\n");
@@ -166,7 +166,7 @@ TEST_F(PageDialogs, give_the_page_the_text_of_a_prompt)
     view.type_text("\n");
     EXPECT_TRUE(view.wait_for_console("said Ann"));
 
-    // The default is marked, so that typing takes its place.
+    // The default is selected, so typing replaces it.
     start("console.log('said ' + prompt('Name?', 'Ann'))");
     ASSERT_TRUE(shows(view, ACCEPT));
     view.type_text("B\xc3\xb6rge\n");
@@ -191,11 +191,11 @@ TEST_F(PageDialogs, keep_mouse_and_keys_from_the_page_and_give_them_back)
     view.type_text("q");
     ASSERT_TRUE(click_on(view, ACCEPT));
     ASSERT_TRUE(view.wait_for_console("after"));
-    EXPECT_EQ(view.evaluate("heard.join()"), "\"\"") << "the page has heard what the dialog got";
+    EXPECT_EQ(view.evaluate("heard.join()"), "\"\"") << "the page has received the dialog's input";
 
     view.type_text("z");
     EXPECT_TRUE(view.draw_until([&] { return view.evaluate("i.value") == "\"z\""; }))
-        << "the page has not got the keyboard back";
+        << "the page does not receive keys again";
 }
 
 TEST_F(PageDialogs, show_a_long_text_within_the_view)
@@ -212,7 +212,7 @@ TEST_F(PageDialogs, show_a_long_text_within_the_view)
 
 TEST_F(PageDialogs, show_the_beginning_of_a_text_without_end)
 {
-    // Without blanks it takes minutes to be laid out whole.
+    // The layout of a whole text without blanks would take minutes.
     show("<script>const endless = 'x'.repeat(30e6)</script>");
     for (const char* asking :
          {"alert(endless)", "alert('a\\n'.repeat(10e6))", "prompt('', endless)"}) {
@@ -254,7 +254,7 @@ TEST_F(PageDialogs, ask_before_a_page_is_left)
     press_key(view, KEY_ESCAPE);
     ASSERT_TRUE(shows_no(view, CARD));
     EXPECT_EQ(view.evaluate("location.pathname"), "\"/a\"");
-    EXPECT_TRUE(server.requests("/b").empty()) << "the page was left, though the user stays";
+    EXPECT_TRUE(server.requests("/b").empty()) << "the page was left, although the user refused";
 
     view->set_url(server.url("/b"));
     ASSERT_TRUE(shows(view, ACCEPT));
@@ -270,13 +270,13 @@ TEST_F(PageDialogs, send_the_name_and_the_password_that_a_server_wants)
     ASSERT_TRUE(view.show_html("<p>before"));
     view->set_url(server.url("/"));
     ASSERT_TRUE(shows(view, ACCEPT));
-    // Enter goes on from the name to the password.
+    // Enter moves the focus from the name to the password.
     view.type_text("ann\ns3cret\n");
     EXPECT_TRUE(view.wait_for_colour(2, 2, GREEN));
     EXPECT_EQ(server.requests("/").back().header("authorization"), "Basic YW5uOnMzY3JldA==");
 }
 
-TEST_F(PageDialogs, show_what_the_server_says_without_a_password)
+TEST_F(PageDialogs, show_the_servers_page_without_a_password)
 {
     HttpServer server;
     server.serve("/", behind_password("ann", "s3cret", html("in")));
@@ -304,7 +304,7 @@ TEST_F(PageDialogs, wait_for_each_other)
     view->set_url(page.url("/"));
     ASSERT_TRUE(first.wait_for_request("/x") && second.wait_for_request("/x"));
 
-    // Either may be first. One is rejected, whose end makes room for the other.
+    // Either may be first. The test rejects one, and the other follows.
     ASSERT_TRUE(shows(view, ACCEPT));
     press_key(view, KEY_ESCAPE);
     ASSERT_TRUE(shows(view, ACCEPT));
@@ -345,7 +345,7 @@ TEST_F(PageDialogs, are_back_when_the_host_loads_the_page_again)
     ASSERT_TRUE(view.wait_for_colour(2, 2, WHITE));
     ASSERT_NO_FATAL_FAILURE(end_dialogs());
 
-    // The page itself cannot bring them back.
+    // The page itself cannot allow dialogs again.
     size_t loads = view.loads().size();
     view.run("location.reload()");
     ASSERT_TRUE(view.wait_for_load(Load::SUCCEEDED, loads));
@@ -386,8 +386,8 @@ TEST_F(PageDialogs, end_for_passwords_too)
                       "}</script>"));
     ASSERT_TRUE(view.show_html("<p>before"));
     view->set_url(server.url("/"));
-    // The count begins with the page, and its first images are asked for before it is there: the offer
-    // may come, go with the page before, and come again.
+    // The count begins with the page, and the engine requests its first images before the page is
+    // shown: the offer may appear, vanish with the previous page, and appear again.
     const auto is_over = [](const ConsoleRecord& record) {
         return record.message == "all refused";
     };
@@ -407,7 +407,7 @@ TEST_F(PageDialogs, end_for_passwords_too)
 
 TEST_F(PageDialogs, wait_twenty_at_most)
 {
-    // The engine asks few servers at a time for more than one image.
+    // The engine requests few images at a time from one server.
     std::vector<std::unique_ptr<HttpServer>> servers;
     std::string images;
     for (int i = 0; i < 21; ++i) {
@@ -430,7 +430,7 @@ TEST_F(PageDialogs, choose_a_colour_by_its_number)
     view.click(INPUT_X, INPUT_Y);
     ASSERT_TRUE(shows(view, ACCEPT));
     ASSERT_TRUE(shows(view, {0x33, 0x66, 0x99, 255}))
-        << "the dialog does not begin with the colour";
+        << "the dialog does not start with the colour";
     view.type_text("#40e0d0");
     ASSERT_TRUE(shows(view, {0x40, 0xe0, 0xd0, 255}, 500));
     view.type_text("\n");
@@ -458,7 +458,7 @@ TEST_F(PageDialogs, choose_a_file_by_keys)
     show(input("type=file"));
     view.click(INPUT_X, INPUT_Y);
     ASSERT_TRUE(shows(view, FIELD, 10000));
-    // Back from the list of files to the line with the folder, and to the list again.
+    // From the list of files back to the line with the folder, and to the list again.
     press_key(view, KEY_BACKTAB);
     view.type_text(folder.path.string() + "\n\t");
     ASSERT_TRUE(shows_entries(view));
@@ -488,7 +488,7 @@ TEST_F(PageDialogs, choose_several_files_and_go_into_folders)
     view.type_text("\n");
     EXPECT_TRUE(view.wait_for_console("one.txt,two.txt"));
 
-    // The next dialog begins where the last one was left.
+    // The next dialog starts in the folder where the last one ended.
     view.click(INPUT_X, INPUT_Y);
     ASSERT_TRUE(shows_entries(view));
     press_key(view, KEY_DOWN);
@@ -513,7 +513,7 @@ TEST_F(PageDialogs, choose_a_folder)
 
 TEST_F(PageDialogs, take_no_folder_by_enter)
 {
-    // Enter has opened the dialog, is held, or is pressed once more.
+    // The Enter that opened the dialog is held, or Enter is pressed again.
     const Folder folder;
     show(input("type=file webkitdirectory"));
     view.click(INPUT_X, INPUT_Y);
@@ -527,7 +527,7 @@ TEST_F(PageDialogs, take_no_folder_by_enter)
     ASSERT_TRUE(shows(view, ACCEPT)) << "the dialog has been answered";
     EXPECT_EQ(view.evaluate("i.files.length"), "0");
 
-    // Its button takes the one that is shown, by a key too.
+    // The button chooses the folder shown, by a key too.
     view.type_text("\t\t\n");
     EXPECT_TRUE(view.wait_for_console("inner/three.txt"));
 }
@@ -581,7 +581,7 @@ TEST_F(PageDialogs, go_with_the_view)
     ASSERT_TRUE(shows(other, CARD, 5000));
     other->reset();
     ASSERT_TRUE(other.open("about:blank"));
-    EXPECT_EQ(other.evaluate("1 + 1"), "2") << "the view is of no use after its dialog has gone";
+    EXPECT_EQ(other.evaluate("1 + 1"), "2") << "the view is unusable after its dialog has gone";
 }
 
 }  // namespace marlune::test

@@ -1,9 +1,10 @@
-// The examples of the page guide, each run by a real page in the real engine, in a game that has the
-// objects which the guide describes.
+// The examples of the page guide, each run by a real page in the real engine, in a game with the
+// objects that the guide describes.
 //
-// An "html" example is a page. A "js" example is the script of one that is otherwise empty; where it does
-// not wait for "godot.ready" by itself, it runs once that has come. "// -> text" in an example is what the
-// console says then, and a line "// .. text" goes on with that message. Nothing else may be said.
+// An "html" example is a page. A "js" example is the script of an otherwise empty page; where it
+// does not wait for "godot.ready" itself, it runs after that event. "// -> text" in an example is
+// the console message that it writes there, and a line "// .. text" continues that message. The
+// example may write no other message.
 
 #include "support/message_log.h"
 #include "support/web/host_object.h"
@@ -122,7 +123,7 @@ public:
         view.webchannel_registerObject("game", &game_.record());
     }
 
-    /** Does what the page has asked of the game, which a callback may not do itself. */
+    /** Does what the page has requested from the game, where a callback may not do it itself. */
     void play(const MWebView& view)
     {
         if (level_is_wanted_ == level_is_there_)
@@ -239,14 +240,14 @@ TEST_P(PageGuide, describes_what_its_example_does)
 {
     const Snippet& snippet = GetParam();
     ASSERT_TRUE(snippet.language == "js" || snippet.language == "html")
-        << "an example of the page guide is js or html, but " << snippet << " is \""
+        << "an example of the page guide must be js or html, but " << snippet << " is \""
         << snippet.language << '"';
     std::vector<std::string> wanted = messages_wanted_by(snippet);
-    ASSERT_FALSE(wanted.empty()) << snippet << " does not say what comes of it";
+    ASSERT_FALSE(wanted.empty()) << snippet << " has no expected message";
 
     const ResourcePack pack(
         {{"/index.html", page_of(snippet)}, {"/snippet.js", script_of(snippet)}});
-    // Qt says so of each object that comes later, whether or not anybody was to be told.
+    // Qt writes it for each object published later, with or without a notification.
     allow_messages_matching("Registered new object after initialization");
     Game game;
     HostWebView view;
@@ -260,10 +261,10 @@ TEST_P(PageGuide, describes_what_its_example_does)
         return said.size() >= wanted.size();
     };
     view.draw_until(all_is_said);
-    view.evaluate("$g.player.sorted([])");  // by then a message too many has come
+    view.evaluate("$g.player.sorted([])");  // by then an unexpected message has arrived
     std::ranges::move(view.console_messages(), std::back_inserter(said));
 
-    std::ranges::sort(said);  // an example tells them in the order of its lines
+    std::ranges::sort(said);  // an example lists them in the order of its lines
     std::ranges::sort(wanted);
     EXPECT_EQ(said, wanted) << snippet;
 }

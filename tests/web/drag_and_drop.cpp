@@ -1,5 +1,5 @@
-// Drag and drop inside a page. None of it may reach the window system, whose drags would hold the Qt
-// thread.
+// Drag and drop inside a page. None of it may reach the window system, whose drags would hold the
+// Qt thread.
 
 #include "support/web/overlay.h"
 
@@ -69,7 +69,7 @@ protected:
         EXPECT_EQ(watch_.windows(), 0) << "a view has opened a window of the window system";
     }
 
-    /** Presses at the first point and goes to the others in turn, in steps that a hand would make. */
+    /** Presses at the first point and moves to the others in turn, in steps as a hand would. */
     void drag(Point from, std::initializer_list<Point> to)
     {
         view.move(from.x, from.y);
@@ -94,7 +94,7 @@ protected:
         return testing::AssertionFailure() << expression << " is " << last << ", not " << value;
     }
 
-    /** Once the page has got all input that was sent before. */
+    /** The page's events, once it has received all input sent before. */
     std::string heard()
     {
         view.evaluate("new Promise(next => setTimeout(next, 100))");
@@ -120,13 +120,13 @@ TEST_F(DragAndDrop, carries_data_from_one_element_to_another)
     const std::string events = heard();
     EXPECT_NE(events.find("dragenter target"), std::string::npos) << events;
     EXPECT_NE(events.find("drop target,dragend source"), std::string::npos) << events;
-    EXPECT_EQ(events.find("mouseup"), std::string::npos) << "a drag has no events of the mouse";
-    EXPECT_EQ(events.find("click"), std::string::npos) << "the end of a drag is no click";
+    EXPECT_EQ(events.find("mouseup"), std::string::npos) << "a drag must send no mouse events";
+    EXPECT_EQ(events.find("click"), std::string::npos) << "the end of a drag must be no click";
 }
 
-TEST_F(DragAndDrop, shows_what_is_dragged)
+TEST_F(DragAndDrop, shows_the_dragged_element)
 {
-    // Drawn by the page, so that it is a picture of the view.
+    // The page draws it, so it is in the view's image.
     drag(LINK, {NOWHERE});
     const auto ghost = [&] {
         view.draw_frame();
@@ -141,7 +141,7 @@ TEST_F(DragAndDrop, shows_what_is_dragged)
 TEST_F(DragAndDrop, drops_nothing_where_no_element_accepts_it)
 {
     drag(SOURCE, {TARGET});
-    // The engine may join moves into one, which would pass the target by.
+    // The engine may merge moves into one, which would skip the target.
     ASSERT_TRUE(is_eventually("heard.includes('dragenter target')", "true"));
     view.move(NOWHERE.x, NOWHERE.y);
     view.release(NOWHERE.x, NOWHERE.y);
@@ -158,7 +158,8 @@ TEST_F(DragAndDrop, obeys_the_source_about_what_is_allowed)
               "undefined");
     drag(SOURCE, {TARGET});
     drop();
-    EXPECT_TRUE(view.wait_for_console("end none")) << "the target moves what may only be copied";
+    EXPECT_TRUE(view.wait_for_console("end none"))
+        << "the target moves data that may only be copied";
 }
 
 TEST_F(DragAndDrop, accepts_no_unknown_value_of_what_is_allowed)
@@ -173,7 +174,7 @@ TEST_F(DragAndDrop, accepts_no_unknown_value_of_what_is_allowed)
     EXPECT_TRUE(view.wait_for_console("dropped moon full move 350,50"));
 }
 
-TEST_F(DragAndDrop, leaves_the_mouse_to_a_page_that_breaks_what_drags_need)
+TEST_F(DragAndDrop, leaves_the_mouse_to_a_page_that_breaks_the_functions_of_drags)
 {
     const auto broken = {
         "Object.defineProperty(document, 'elementFromPoint', {value: null})",
@@ -203,7 +204,7 @@ TEST_F(DragAndDrop, ends_by_escape)
     heard();
     view.move(400, 60);
     view.release(400, 60);
-    EXPECT_EQ(heard(), "\"\"") << "the rest of the gesture still means something";
+    EXPECT_EQ(heard(), "\"\"") << "the rest of the gesture still has an effect";
 
     view.click(TARGET.x, TARGET.y);
     EXPECT_EQ(heard(), "\"mouseup,click\"");
@@ -257,7 +258,7 @@ TEST_F(DragAndDrop, never_holds_the_view_where_a_page_runs_no_scripts)
         quiet.draw_frame();
     }
     quiet.release(300, 20);
-    // A window is made as soon as a drag begins; the fixture would see it.
+    // A drag would create a window as soon as it begins, and the fixture would see it.
     quiet.draw_frame();
 }
 

@@ -1,5 +1,5 @@
-// Devices that cannot take what the engine draws. Each case runs in a process of its own, since the
-// engine reads its flags once.
+// Devices that cannot import the engine's frames. Each case runs in a process of its own, because
+// the engine reads its flags once.
 
 #include "support/library.h"
 #include "support/message_log.h"
@@ -23,8 +23,8 @@ constexpr auto refusal =
     "its frames. Create the device with VK_KHR_external_memory_fd, or set GPU_DISABLED before the "
     "start.";
 
-// The engine takes the processor's Vulkan for graphics hardware when its block list is put aside. Its
-// flags are the user's where the library has none of its own.
+// The engine treats software Vulkan as a GPU when its block list is disabled. The user sets the
+// engine's flags where the library sets none.
 void draw_on_hardware()
 {
     setenv("QTWEBENGINE_CHROMIUM_FLAGS", "--no-sandbox --ignore-gpu-blocklist", 1);
@@ -36,7 +36,7 @@ void draw_on_hardware()
     facade.set_url("data:text/html,page");
     const bool loaded = facade.load();
     const bool refused = view.draw_until(all_expected_messages_came);
-    // What is asked of a page that is not there gets an answer.
+    // Calls about a page that is not shown return.
     facade.load_html(green_page, "");
     facade.run_javascript("1");
     facade.reload();

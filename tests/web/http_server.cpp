@@ -1,4 +1,4 @@
-// The tests' own web server, asked by plain sockets: what tests of web views rely on.
+// The tests' own web server, checked with plain sockets, because the tests of web views rely on it.
 
 #include "support/web/http_server.h"
 
@@ -28,7 +28,7 @@ using Clock = std::chrono::steady_clock;
 constexpr std::string_view ASK_FOR_HELD = "GET /held HTTP/1.1\r\n\r\n";
 constexpr auto MANY = 20;
 
-/** A client whose connection is closed when it goes. */
+/** A client whose destructor closes the connection. */
 class Client {
 public:
     explicit Client(const HttpServer& server) : socket_(socket(AF_INET, SOCK_STREAM, 0))
@@ -49,7 +49,9 @@ public:
         EXPECT_EQ(send(socket_, text.data(), text.size(), MSG_NOSIGNAL), ssize_t(text.size()));
     }
 
-    /** What comes within `time`: nothing when nothing does, "" at the end of the connection. */
+    /**
+     * The bytes that arrive within `time`: nullopt when none do, "" at the end of the connection.
+     */
     std::optional<std::string> hear(std::chrono::milliseconds time = 10s)
     {
         pollfd descriptor = {socket_, POLLIN, 0};
@@ -60,7 +62,7 @@ public:
         return std::string(buffer, count > 0 ? size_t(count) : 0);
     }
 
-    /** All that comes until the server closes the connection. */
+    /** All bytes that arrive until the server closes the connection. */
     std::string hear_all()
     {
         std::string all;
@@ -125,7 +127,8 @@ TEST(HttpServer, sends_the_status_and_the_headers_of_a_reply)
     const std::string reply = get(server, "/");
     EXPECT_TRUE(reply.starts_with("HTTP/1.1 503 "));
     EXPECT_TRUE(contains(reply, "\r\ncontent-type: text/css\r\n"));
-    EXPECT_FALSE(contains(reply, "text/html")) << "a type of its own takes the usual one's place";
+    EXPECT_FALSE(contains(reply, "text/html"))
+        << "a type of the reply's own must replace the default";
     EXPECT_TRUE(contains(reply, "\r\nSet-Cookie: a=1\r\nSet-Cookie: b=2\r\n"));
     EXPECT_EQ(body_of(reply), "");
 }
@@ -176,7 +179,7 @@ TEST(HttpServer, logs_all_of_a_request)
     EXPECT_EQ(request.body, "body\r\n\r\nbody");
 }
 
-TEST(HttpServer, takes_a_request_that_comes_in_pieces)
+TEST(HttpServer, accepts_a_request_that_arrives_in_pieces)
 {
     HttpServer server;
     server.serve("/", [](const HttpRequest& request) { return html(request.body); });
@@ -219,7 +222,7 @@ TEST(HttpServer, redirects)
     EXPECT_TRUE(contains(get(server, "/older"), "Location: http://localhost:"));
 }
 
-TEST(HttpServer, lets_only_the_password_in)
+TEST(HttpServer, accepts_only_the_right_password)
 {
     HttpServer server;
     server.serve("/", behind_password("Aladdin", "open sesame", html("treasure")));
@@ -233,7 +236,7 @@ TEST(HttpServer, lets_only_the_password_in)
     EXPECT_EQ(body_of(ask(server, with("QWxhZGRpbjpvcGVuIHNlc2FtZQ=="))), "treasure");
     EXPECT_TRUE(ask(server, with("QWxhZGRpbjpvcGVu")).starts_with("HTTP/1.1 401 "));
 
-    server.serve("/", behind_password("a", "b", html("1")));  // three bytes: nothing to fill up
+    server.serve("/", behind_password("a", "b", html("1")));  // three bytes: no padding
     EXPECT_EQ(body_of(ask(server, with("YTpi"))), "1");
     server.serve("/", behind_password("a", "bc", html("2")));
     EXPECT_EQ(body_of(ask(server, with("YTpiYw=="))), "2");
@@ -271,7 +274,8 @@ TEST(HttpServer, holds_the_end_of_a_reply_until_it_is_released)
     const std::optional<std::string> reply = client.hear();
     ASSERT_TRUE(reply);
     EXPECT_EQ(body_of(*reply), "first part");
-    EXPECT_FALSE(contains(*reply, "Content-Length")) << "a client would take it for complete";
+    EXPECT_FALSE(contains(*reply, "Content-Length"))
+        << "a client would consider the reply complete";
     EXPECT_EQ(client.hear(50ms), std::nullopt);
     server.release();
     EXPECT_EQ(client.hear_all(), "");
@@ -285,13 +289,14 @@ TEST(HttpServer, releases_each_time_what_has_been_asked_for_by_then)
         Client client(server);
         client.say(ASK_FOR_HELD);
         ASSERT_TRUE(server.wait_for_request("/held", round));
-        server.release();  // at the earliest moment, when the reply may not be held yet
+        server.release();  // as early as possible: the reply may not be held yet
         ASSERT_EQ(body_of(client.hear_all()), "done");
     }
     Client late(server);
     late.say(ASK_FOR_HELD);
     ASSERT_TRUE(server.wait_for_request("/held", MANY + 1));
-    EXPECT_EQ(late.hear(50ms), std::nullopt) << "it was not there to be released";
+    EXPECT_EQ(late.hear(50ms), std::nullopt)
+        << "a request that arrived after the release was released";
 }
 
 TEST(HttpServer, reports_whether_a_request_has_come)
@@ -304,7 +309,7 @@ TEST(HttpServer, reports_whether_a_request_has_come)
     EXPECT_FALSE(server.wait_for_request("/other", 1, 20ms));
 }
 
-TEST(HttpServer, wakes_who_waits_for_a_request)
+TEST(HttpServer, wakes_a_thread_that_waits_for_a_request)
 {
     HttpServer server;
     std::jthread client([&] { get(server, "/"); });
@@ -320,7 +325,8 @@ TEST(HttpServer, serves_several_clients_at_once)
         clients.push_back(std::make_unique<Client>(server));
         clients.back()->say(ASK_FOR_HELD);
     }
-    ASSERT_TRUE(server.wait_for_request("/held", MANY)) << "each while all others are held";
+    ASSERT_TRUE(server.wait_for_request("/held", MANY))
+        << "a held request keeps the others waiting";
     server.release();
     for (const auto& client : clients)
         EXPECT_EQ(body_of(client->hear_all()), "done");

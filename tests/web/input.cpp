@@ -1,4 +1,4 @@
-// Mouse, wheel and keys in pages, and how pages that move by themselves get on.
+// Mouse, wheel and keys in pages, and pages with animations.
 
 #include "support/web/host_web_view.h"
 
@@ -16,14 +16,14 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A field that fills the upper half, and what tells of it.
+// A field that fills the upper half, and scripts that report its events.
 constexpr auto FIELD = R"(<body style="margin: 0">
 <textarea id=field style="position: fixed; left: 0; top: 0; width: 500px; height: 100px"></textarea>
 <input id=second style="position: fixed; left: 0; top: 150px; width: 200px; height: 30px">)";
 
 class WebInput : public testing::Test {
 protected:
-    /** Shows a page and waits until it takes input. */
+    /** Shows a page and waits until it accepts input. */
     void show(const std::string& page)
     {
         ASSERT_TRUE(view.show_html(page));
@@ -63,7 +63,9 @@ protected:
         view.type(uint32_t(std::toupper(letter)), std::string("Ctrl+") + letter);
     }
 
-    /** Input goes to the page by a way of its own, so what is to be there before it is waited for. */
+    /**
+     * Input reaches the page by a separate path, so the test waits for what must be there first.
+     */
     void forget_what_was_seen()
     {
         view.run("seen.length = 0");
@@ -75,7 +77,7 @@ protected:
 
 // --- Keys --------------------------------------------------------------------------------------
 
-TEST_F(WebInput, goes_to_what_has_been_clicked)
+TEST_F(WebInput, reaches_the_element_that_was_clicked)
 {
     show(FIELD);
     view.type_text("nobody");
@@ -102,7 +104,7 @@ TEST_F(WebInput, types_letters_of_any_script)
     ASSERT_TRUE(field_becomes("Az 09 .,;:!?#'<>& äÖß éñ € 月🌊🎮"));
 }
 
-TEST_F(WebInput, brings_keys_to_scripts)
+TEST_F(WebInput, sends_keys_to_scripts)
 {
     show_field();
     view.run("const seen = []; for (const type of ['keydown', 'keypress', 'keyup'])"
@@ -201,7 +203,7 @@ TEST_F(WebInput, reaches_the_page_that_comes_next_without_a_click)
 
 // --- Mouse -------------------------------------------------------------------------------------
 
-TEST_F(WebInput, brings_the_mouse_to_scripts)
+TEST_F(WebInput, sends_mouse_events_to_scripts)
 {
     show("<script>const seen = []; for (const type of ['mousedown', 'mouseup', 'click', 'auxclick',"
          " 'contextmenu', 'dblclick'])"
@@ -230,7 +232,7 @@ TEST_F(WebInput, double_clicks)
     EXPECT_TRUE(becomes("getSelection().toString().trim()", "\"word\""));
 }
 
-TEST_F(WebInput, meets_the_page_at_any_zoom)
+TEST_F(WebInput, hits_the_right_place_at_any_zoom)
 {
     for (const int percent : {25, 50, 100, 200, 400}) {
         view->set_zoom_factor(percent);
@@ -248,7 +250,7 @@ TEST_F(WebInput, hovers)
     show("<style>div { position: fixed; left: 100px; top: 50px; width: 100px; height: 100px;"
          " background: #ff0000 } div:hover { background: #00ff00 }</style><div></div>");
     ASSERT_TRUE(view.wait_for_colour(150, 100, RED));
-    view.move(140, 100);  // comes as the mouse's entry, of which pages are not told
+    view.move(140, 100);  // arrives as the entry of the mouse, which pages do not see
     view.move(150, 100);
     EXPECT_TRUE(view.wait_for_colour(150, 100, GREEN));
     view.move(300, 100);
@@ -269,7 +271,7 @@ TEST_F(WebInput, scrolls_by_the_wheel)
     EXPECT_TRUE(becomes("scrollY", "0"));
 }
 
-TEST_F(WebInput, scrolls_what_lies_under_the_mouse)
+TEST_F(WebInput, scrolls_the_element_under_the_mouse)
 {
     show("<body style='margin: 0; height: 5000px'><div id=box style='position: fixed; left: 0;"
          " top: 0; width: 200px; height: 200px; overflow: auto'><div style='height: 3000px'></div>"
@@ -305,10 +307,11 @@ TEST_F(WebInput, moves_a_slider)
     ASSERT_TRUE(becomes("slider.value", "\"50\""));
     view.release(200, 20);
     view.move(300, 20);
-    EXPECT_TRUE(becomes("slider.value", "\"50\"")) << "and is let go";
+    EXPECT_TRUE(becomes("slider.value", "\"50\""))
+        << "the slider is still dragged after the release";
 }
 
-// --- What moves by itself ----------------------------------------------------------------------
+// --- Animations --------------------------------------------------------------------------------
 
 TEST_F(WebInput, draws_on_canvases)
 {
@@ -326,7 +329,7 @@ TEST_F(WebInput, animates_at_the_views_rate)
 {
     show("<script>let frames = 0; const count = () => { ++frames; requestAnimationFrame(count); };"
          " count();</script>");
-    // The view draws a frame each 16 ms at most, and the page is to make one for each.
+    // The view draws a frame every 16 ms at most, and the page must make one for each.
     const int before = std::stoi(view.evaluate("frames"));
     const auto start = std::chrono::steady_clock::now();
     int drawn = 0;
@@ -336,7 +339,7 @@ TEST_F(WebInput, animates_at_the_views_rate)
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     const int made = std::stoi(view.evaluate("frames")) - before;
     EXPECT_GE(made, drawn / 2) << "of " << drawn << " frames in " << seconds << " s";
-    EXPECT_LE(made, seconds * 70 + 20) << "no more than a screen would show";
+    EXPECT_LE(made, seconds * 70 + 20) << "more frames than a screen would show";
 }
 
 TEST_F(WebInput, animates_by_style)
@@ -344,8 +347,8 @@ TEST_F(WebInput, animates_by_style)
     show("<style>@keyframes slide { from { left: 0 } to { left: 400px } }"
          " div { position: fixed; top: 0; width: 100px; height: 256px; background: #00ff00;"
          " animation: slide 400ms linear forwards }</style><div></div>");
-    EXPECT_TRUE(view.wait_for_colour(450, 100, GREEN)) << "where it ends";
-    EXPECT_TRUE(view.wait_for_colour(50, 100, TRANSPARENT)) << "where it began";
+    EXPECT_TRUE(view.wait_for_colour(450, 100, GREEN)) << "it is not drawn where it ends";
+    EXPECT_TRUE(view.wait_for_colour(50, 100, TRANSPARENT)) << "it is still drawn where it began";
 }
 
 }  // namespace

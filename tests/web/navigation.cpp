@@ -1,4 +1,4 @@
-// Where a web view goes, who is asked before, and what is told of it.
+// The navigation of a web view, its handler, and the reports of loading.
 
 #include "support/message_log.h"
 #include "support/web/host_web_view.h"
@@ -24,7 +24,7 @@ namespace marlune::test {
 
 namespace {
 
-/** A question to the navigation handler. */
+/** A call of the navigation handler. */
 struct Question {
     std::string type;
     std::string url;
@@ -37,7 +37,7 @@ std::ostream& operator<<(std::ostream& out, const Question& question)
     return out << question.type << " " << question.url;
 }
 
-/** A navigation handler that refuses one URL and writes down what it is asked. For any thread. */
+/** A navigation handler that refuses one URL and records its calls. For any thread. */
 class Gate {
 public:
     bool ask(std::string url, std::string type)
@@ -100,7 +100,7 @@ protected:
 
     std::string url(const std::string& path) { return server.url(path); }
 
-    /** Has `gate` asked of all navigations from now on. */
+    /** Registers `gate` as the handler of all navigations from now on. */
     void ask_the_gate() { view->set_func_navigation_handler(asking(gate)); }
 
     /** The first record of this status from `first` on. */
@@ -125,7 +125,7 @@ protected:
         EXPECT_EQ(end->error_string.empty(), status != Load::FAILED) << end->error_string;
     }
 
-    /** Goes somewhere in the page's own way, and waits until it is there. */
+    /** Navigates by an action of the page, and waits for the arrival. */
     template <typename Act>
     testing::AssertionResult arrives(const std::string& address, Act act)
     {
@@ -141,7 +141,7 @@ protected:
         if (view.draw_until(is_there))
             return testing::AssertionSuccess();
         testing::AssertionResult failure = testing::AssertionFailure();
-        failure << "never arrived at " << address << "; all that came:";
+        failure << "never arrived at " << address << "; all reports:";
         for (const Load& load : view.loads())
             failure << "\n  " << load;
         return failure;
@@ -209,7 +209,7 @@ TEST_F(Navigation, warns_of_a_relative_url_and_stays_where_it_is)
     view->set_url("a");
     EXPECT_EQ(view->get_url(), "a");
     EXPECT_EQ(place(), quoted(url("/b")));
-    EXPECT_EQ(view.loads().size(), 2u) << "nothing has been loaded";
+    EXPECT_EQ(view.loads().size(), 2u) << "a page has been loaded";
 }
 
 TEST_F(Navigation, does_not_change_the_url_of_the_host_when_the_page_moves_on)
@@ -226,7 +226,7 @@ TEST_F(Navigation, shows_html_without_a_base)
     ASSERT_TRUE(view.show_html("<body style='background: #00ff00'>grün", ""));
     EXPECT_EQ(view.evaluate("document.body.innerText"), quoted("grün"));
     EXPECT_TRUE(view.wait_for_colour(256, 200, GREEN));
-    EXPECT_EQ(view->get_url(), "about:blank") << "which is what the host has set";
+    EXPECT_EQ(view->get_url(), "about:blank") << "not the URL that the host has set";
 }
 
 TEST_F(Navigation, shows_html_that_is_given_right_after_loading)
@@ -241,10 +241,10 @@ TEST_F(Navigation, resolves_relative_urls_of_html_against_the_base)
     ASSERT_TRUE(view.show_html("<img src=picture.png>", url("/dir/page.html")));
     EXPECT_TRUE(server.wait_for_request("/dir/picture.png"));
     EXPECT_EQ(place(), quoted(url("/dir/page.html")));
-    EXPECT_TRUE(server.requests("/dir/page.html").empty()) << "the base itself is not asked for";
+    EXPECT_TRUE(server.requests("/dir/page.html").empty()) << "the base itself was requested";
 }
 
-TEST_F(Navigation, shows_html_before_loading_never)
+TEST_F(Navigation, never_shows_html_that_is_set_before_loading)
 {
     view->load_html("<body>too early", "");
     ASSERT_TRUE(view.open(url("/b")));
@@ -310,7 +310,7 @@ TEST_F(Navigation, moves_by_several_pages)
     view->back_or_forward(-3);
     view->back_or_forward(1);
     view->back_or_forward(0);
-    EXPECT_EQ(place(), quoted(url("/c"))) << "there is nothing so far away";
+    EXPECT_EQ(place(), quoted(url("/c"))) << "the view has moved past the end of the history";
 }
 
 TEST_F(Navigation, goes_back_past_pages_that_have_redirected_themselves)
@@ -475,10 +475,10 @@ TEST_F(Navigation, asks_the_handler_about_frames)
     ASSERT_TRUE(server.wait_for_request("/b"));
     EXPECT_EQ(gate->take_questions(), (std::vector<Question>{{"link_clicked", url("/b")}}));
     EXPECT_TRUE(server.requests("/frame2").empty());
-    EXPECT_EQ(view.loads().size(), 2u) << "nothing is told of the loading of frames";
+    EXPECT_EQ(view.loads().size(), 2u) << "the loading of a frame was reported";
 }
 
-TEST_F(Navigation, asks_the_handler_about_html_by_a_url_that_holds_it)
+TEST_F(Navigation, asks_the_handler_about_html_as_a_data_url)
 {
     ASSERT_TRUE(view.open(url("/b")));
     ask_the_gate();
@@ -513,10 +513,10 @@ TEST_F(Navigation, does_not_go_where_the_handler_refuses)
     expect_end(first + 2, Load::STOPPED, url("/b"), "internal", -3);
     EXPECT_EQ(place(), quoted(url("/a")));
     EXPECT_TRUE(server.requests("/b").empty());
-    EXPECT_FALSE(view->can_go_back()) << "a refused page is no part of the history";
+    EXPECT_FALSE(view->can_go_back()) << "a refused page is in the history";
 
     gate->refuse("");
-    EXPECT_TRUE(view.go_to(url("/b"))) << "the same URL may be allowed later";
+    EXPECT_TRUE(view.go_to(url("/b"))) << "the same URL cannot be loaded later";
 }
 
 TEST_F(Navigation, does_not_begin_where_the_handler_refuses)
@@ -593,11 +593,11 @@ TEST_F(Navigation, lets_the_handler_read_the_view)
     EXPECT_EQ(*seen, url("/b"));
 }
 
-// --- Pages that do not want to be left -----------------------------------------------------------
+// --- Pages that ask before they are left ---------------------------------------------------------
 
 class UnsavedPage : public Navigation {
 protected:
-    /** Opens a page that asks before it is left, and has the question shown for a first order. */
+    /** Opens a page that asks before it is left, and shows its question for a first navigation. */
     void ask_to_leave()
     {
         server.serve("/unsaved",
@@ -618,7 +618,7 @@ protected:
     {
         if (view.draw_until([&] { return view.picture().pixel(2, 2) != BLUE; }))
             return testing::AssertionSuccess();
-        return testing::AssertionFailure() << "nothing is asked";
+        return testing::AssertionFailure() << "the page does not ask";
     }
 
     void answer(uint32_t key) { view.type(key, key == KEY_ENTER ? "\r" : ""); }
@@ -636,7 +636,7 @@ TEST_F(UnsavedPage, is_left_by_the_last_order)
         ask_to_leave();
         ASSERT_TRUE(arrives(url(path), [&] {
             give(view.facade());
-            // The question comes again, and may take a while to go for that.
+            // The question is shown again, and may take a while to vanish for that.
             const size_t first = view.loads().size();
             view.draw_until([&] {
                 answer(KEY_ENTER);
@@ -677,7 +677,7 @@ TEST_F(Navigation, opens_windows_of_scripts_in_the_same_view)
     EXPECT_EQ(gate->take_questions(), (std::vector<Question>{{"new_window", url("/b")}}));
 }
 
-TEST_F(Navigation, opens_no_window_of_what_a_page_has_written_itself)
+TEST_F(Navigation, opens_no_window_for_content_that_a_page_has_written)
 {
     ASSERT_TRUE(view.open(url("/b")));
     ask_the_gate();
@@ -685,7 +685,7 @@ TEST_F(Navigation, opens_no_window_of_what_a_page_has_written_itself)
              "open(URL.createObjectURL(new Blob(['<title>taken over</title>'],"
              " {type: 'text/html'})));"
              "open('javascript:document.title = \"taken over\"'); open('about:blank')");
-    // What comes after it shows that nothing has come of it.
+    // The arrival at the next page shows that this window was not opened.
     ASSERT_TRUE(arrives(url("/a"), [&] { view.run("open('/a')"); }));
     EXPECT_EQ(gate->take_questions(), (std::vector<Question>{{"new_window", url("/a")}}));
 }
@@ -701,7 +701,7 @@ TEST_F(Navigation, opens_windows_as_the_page_and_not_as_the_host)
     EXPECT_EQ(server.requests("/b").back().header("cookie"), "");
     ASSERT_TRUE(view.go_to(url("/b")));
     EXPECT_EQ(server.requests("/b").back().header("cookie"), "strict=there")
-        << "which the host's own orders are sent with";
+        << "the host's own navigation does not send the cookie";
 }
 
 TEST_F(Navigation, opens_no_window_without_the_user_where_the_settings_say_so)
@@ -788,7 +788,7 @@ TEST_F(Navigation, logs_little_about_a_page_that_calls_programs_again_and_again)
     }));
 }
 
-TEST_F(Navigation, to_the_disk_is_for_the_host_alone)
+TEST_F(Navigation, to_the_disk_is_allowed_to_the_host_alone)
 {
     ResourcePack pack({{"/index.html", "<title>pack</title>"}});
     for (const std::string& page : {std::string("res://pack/"), url("/b")}) {
@@ -804,13 +804,13 @@ TEST_F(Navigation, to_the_disk_is_for_the_host_alone)
                 << disk;
         }
     }
-    ASSERT_TRUE(view.go_to("file:///etc/passwd")) << "which is the host's to show";
+    ASSERT_TRUE(view.go_to("file:///etc/passwd")) << "the host itself cannot show it";
     ASSERT_TRUE(arrives("file:///etc/hostname", [&] {
         view.run("location = 'file:///etc/hostname'");
-    })) << "and pages of the disk may lead to others";
+    })) << "a page on the disk cannot navigate to another one";
 }
 
-// --- What is told of loading -------------------------------------------------------------------
+// --- Reports of loading ------------------------------------------------------------------------
 
 TEST_F(Navigation, reports_a_page_that_loads)
 {
@@ -883,7 +883,7 @@ TEST_F(Navigation, reports_a_page_that_is_stopped)
     expect_end(first, Load::STOPPED, url("/endless"), "internal", -3);
 }
 
-TEST_F(Navigation, reports_an_answer_without_a_page)
+TEST_F(Navigation, reports_a_reply_without_content)
 {
     server.serve("/nothing", {.status = 204});
     ASSERT_TRUE(view.open(url("/b")));
@@ -914,11 +914,11 @@ TEST_F(Navigation, calls_the_callback_that_was_set_last)
     view->set_func_loading_changed(write_to(other));
     view->set_url(url("/b"));
     ASSERT_TRUE(view.draw_until([&] { return other->all().size() == 2; }));
-    EXPECT_EQ(view.loads().size(), 2u) << "the replaced callback is not called any more";
+    EXPECT_EQ(view.loads().size(), 2u) << "the replaced callback is still called";
     view->set_func_loading_changed({});
     view->set_url(url("/a"));
     ASSERT_TRUE(view.draw_until([&] { return place() == quoted(url("/a")); }));
-    EXPECT_EQ(other->all().size(), 2u) << "without a callback nobody is called";
+    EXPECT_EQ(other->all().size(), 2u) << "an unregistered callback is still called";
 }
 
 TEST_F(Navigation, calls_back_on_one_thread_that_is_not_the_hosts)
@@ -940,7 +940,7 @@ TEST_F(Navigation, starts_again_when_the_view_is_loaded_again)
     ASSERT_TRUE(view.go_to(url("/b")));
     ASSERT_TRUE(arrives(url("/b"), [&] { view->load(); }));
     EXPECT_EQ(server.requests("/b").size(), 2u);
-    EXPECT_FALSE(view->can_go_back()) << "the history goes with the scene";
+    EXPECT_FALSE(view->can_go_back()) << "the history has outlived the scene";
 }
 
 TEST_F(Navigation, ends_with_the_scene_and_comes_back_with_the_next)

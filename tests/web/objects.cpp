@@ -1,4 +1,4 @@
-// Objects of the host in real pages: when they come and go, and what crosses the border both ways.
+// Published objects in real pages: when they appear and vanish, and the values sent both ways.
 
 #include "support/message_log.h"
 #include "support/web/host_object.h"
@@ -38,12 +38,12 @@ constexpr auto UNKNOWN = VariantTypeStd::UNKNOWN;
 
 constexpr size_t MEBIBYTE = 1024 * 1024;
 
-// Says when its objects are there.
+// Writes a message when its objects are available.
 constexpr auto PAGE = R"(<!doctype html><title>objects</title><script>
 addEventListener("godot.ready", () => console.log("ready"));
 </script>)";
 
-/** What the host has been told, for the thread of the test. */
+/** The calls that the host has received, for the thread of the test. */
 template <typename Value>
 class Received {
 public:
@@ -96,7 +96,7 @@ ContainerStd give_back(MethodInfoStd*, const std::vector<ContainerStd>& values,
     return values.at(0);
 }
 
-/** A player of a game: health, whom one can heal, and who can die. */
+/** A player of a game, with a property "health", a method "heal" and a signal "died". */
 class Player : public HostObject {
 public:
     explicit Player(int32_t health_points = 100, const std::string& name = "player")
@@ -127,7 +127,7 @@ class Objects : public testing::Test {
 protected:
     Objects()
     {
-        // Qt's own, for each object and member that comes while a page is open.
+        // Qt writes it for each object and member that is published while a page is open.
         allow_messages_matching("^Registered new object after initialization");
     }
 
@@ -161,7 +161,7 @@ protected:
 
 }  // namespace
 
-// --- Coming and going
+// --- Publishing and withdrawing
 
 TEST_F(Objects, published_before_the_loading_are_there_with_the_page)
 {
@@ -205,7 +205,7 @@ TEST_F(Objects, of_a_taken_name_are_refused_and_the_first_one_stays)
     Player second(1);
     EXPECT_TRUE(add(player));
     ASSERT_TRUE(open());
-    EXPECT_TRUE(add(second)) << "the host learns of it from the log only";
+    EXPECT_TRUE(add(second)) << "the refusal must be visible in the log alone";
     EXPECT_EQ(view->webchannel_getObject("player"), &player.record());
     EXPECT_EQ(view.evaluate("$g.player.health.value"), "100");
 }
@@ -243,7 +243,7 @@ TEST_F(Objects, go_when_they_are_withdrawn_and_pages_are_notified)
     EXPECT_EQ(view.evaluate("'player' in $g"), "false");
     EXPECT_EQ(view->webchannel_getObject("player"), nullptr);
 
-    // What the library has filled in does nothing from now on.
+    // The functions that the library has put into the record do nothing from now on.
     emit_signal(player.died);
     announce(player.health, 50);
     EXPECT_EQ(view.evaluate("'player' in $g"), "false");
@@ -328,11 +328,12 @@ TEST_F(Objects, stay_published_when_the_view_is_loaded_again)
     EXPECT_TRUE(view.wait_for_console("dead"));
 }
 
-// --- The host's questions
+// --- Look-ups by the host
 
 TEST_F(Objects, are_found_by_the_name_that_they_are_published_under)
 {
-    EXPECT_EQ(view->webchannel_getObject("player"), nullptr) << "before the loading";
+    EXPECT_EQ(view->webchannel_getObject("player"), nullptr)
+        << "the object is found before loading";
     add(player);
     ASSERT_TRUE(open());
     EXPECT_EQ(view->webchannel_getObject("player"), &player.record());
@@ -345,7 +346,8 @@ TEST_F(Objects, are_found_on_any_thread_while_the_qt_thread_is_busy)
     std::atomic<bool> is_busy = false, is_found = false;
     other.method("wait", {}, [&](auto...) {
         is_busy = true;
-        EXPECT_TRUE(wait_until([&] { return is_found.load(); })) << "the look waits for the call";
+        EXPECT_TRUE(wait_until([&] { return is_found.load(); }))
+            << "the look-up waits for the call";
         return ValueStd(0);
     });
     add(other);
@@ -360,7 +362,7 @@ TEST_F(Objects, are_found_on_any_thread_while_the_qt_thread_is_busy)
     EXPECT_EQ(view.evaluate("0"), "0");
 }
 
-TEST_F(Objects, come_while_many_threads_are_busy_with_those_that_are_there)
+TEST_F(Objects, are_published_while_many_threads_use_others)
 {
     Player busy(1, "busy");
     add(busy);
@@ -375,7 +377,7 @@ TEST_F(Objects, come_while_many_threads_are_busy_with_those_that_are_there)
                 else if (turn % 100 != 0)
                     emit_signal(busy.died);
                 else
-                    view->get_url();  // what is emitted is served, too
+                    view->get_url();  // emitted signals are served, too
             }
         });
     }
@@ -386,7 +388,7 @@ TEST_F(Objects, come_while_many_threads_are_busy_with_those_that_are_there)
     }
     const auto taken = std::chrono::steady_clock::now() - start;
     done = true;
-    EXPECT_LT(taken, 20s) << "the others kept it from its turn";
+    EXPECT_LT(taken, 20s) << "the other threads delayed it";
 }
 
 TEST(ObjectsWithoutAView, are_refused)
@@ -425,7 +427,7 @@ TEST_F(Objects, are_announced_to_each_page_that_listens)
     ASSERT_TRUE(view.go_to("res://pack/other.html"));
     EXPECT_TRUE(view.wait_for_console("ready with 100")) << "on another page";
     ASSERT_TRUE(view.show_html(listener));
-    EXPECT_TRUE(view.wait_for_console("ready with 100")) << "on a page that is a text";
+    EXPECT_TRUE(view.wait_for_console("ready with 100")) << "on a page from a text";
     view->back();
     EXPECT_TRUE(view.wait_for_console("ready with 100")) << "on a page of the history";
     EXPECT_EQ(view.console_messages(), std::vector<std::string>()) << "once a page";
@@ -463,7 +465,8 @@ TEST_F(Objects, are_announced_once_the_page_s_own_scripts_listen_however_late_th
     ASSERT_TRUE(view.open("about:blank"));
     view->set_url(server.url("/"));
     ASSERT_TRUE(view.draw_until([&] { return !server.requests("/slow.js").empty(); }));
-    EXPECT_TRUE(comes("Boolean($g && $g.player)")) << "while the page is not even parsed";
+    EXPECT_TRUE(comes("Boolean($g && $g.player)"))
+        << "the objects do not arrive before the page is parsed";
     ASSERT_TRUE(view.draw_until([&] {
         server.release();
         return server.requests("/module.js").size() > 0
@@ -472,7 +475,8 @@ TEST_F(Objects, are_announced_once_the_page_s_own_scripts_listen_however_late_th
     }));
     for (const std::string who : {"slow", "defer", "module", "parsed", "document"})
         EXPECT_TRUE(view.wait_for_console("ready for " + who));
-    EXPECT_TRUE(view.wait_for_console("slow true")) << "the objects came first";
+    EXPECT_TRUE(view.wait_for_console("slow true"))
+        << "the objects were not available before the slow script ran";
 }
 
 TEST_F(Objects, are_announced_also_where_the_page_stops_the_event_of_its_parsing)
@@ -521,7 +525,8 @@ TEST_F(Objects, survive_a_page_that_attacks_them)
         EXPECT_TRUE(add(player));
         EXPECT_TRUE(comes("'player' in $g && !('other' in $g)")) << attack;
     }
-    EXPECT_EQ(value_of(player.health), ContainerStd(ValueStd(0))) << "a text, as it may be written";
+    EXPECT_EQ(value_of(player.health), ContainerStd(ValueStd(0)))
+        << "a text must be written as zero";
 }
 
 TEST_F(Objects, serve_a_client_of_the_page_s_own_beside_the_script_s)
@@ -549,7 +554,7 @@ TEST_F(Objects, serve_a_client_of_the_page_s_own_beside_the_script_s)
     EXPECT_EQ(view.evaluate("$g.player.heal(4)"), "1");
 }
 
-TEST_F(Objects, by_the_thousand_come_one_by_one_at_a_cost_of_their_own)
+TEST_F(Objects, are_described_once_each_when_a_thousand_are_published)
 {
     constexpr int count = 1000;
     std::vector<std::unique_ptr<Player>> players;
@@ -565,7 +570,8 @@ TEST_F(Objects, by_the_thousand_come_one_by_one_at_a_cost_of_their_own)
     }
     EXPECT_TRUE(comes("Object.keys($g).length === 1000"));
     EXPECT_EQ(view.evaluate("$g.player999.health.value"), "999");
-    EXPECT_EQ(view.evaluate("described_so_far()"), "4000") << "each with its three members, once";
+    EXPECT_EQ(view.evaluate("described_so_far()"), "4000")
+        << "each must be described once, with its three members";
     view.run("for (const name in $g) $g.objectRemoved(name, () => {})");
     EXPECT_EQ(view.evaluate("1"), "1");
     for (const auto& one : players)
@@ -575,11 +581,11 @@ TEST_F(Objects, by_the_thousand_come_one_by_one_at_a_cost_of_their_own)
 
 // --- Reloading
 
-TEST_F(Objects, outlive_a_page_that_goes_while_its_call_is_under_way)
+TEST_F(Objects, outlive_a_page_that_ends_while_its_call_is_pending)
 {
     std::atomic<int> served = 0;
     other.method("slow", {}, [&](auto...) {
-        std::this_thread::sleep_for(50ms);  // so that the page is at its end by then
+        std::this_thread::sleep_for(50ms);  // so that the page has ended by then
         ++served;
         return ValueStd(0);
     });
@@ -628,10 +634,10 @@ namespace {
 struct Passage {
     const char* name;
     VariantTypeStd code;
-    const char* script;    // what the page gives
-    ValueStd as_argument;  // what a method of the host gets
-    ValueStd as_property;  // what a write stores
-    const char* back;      // what the page reads then, as JSON
+    const char* script;    // the value that the page sends
+    ValueStd as_argument;  // what a method of the host receives
+    ValueStd as_property;  // what a write to a property stores
+    const char* back;      // what the page reads back, as JSON
 };
 
 std::ostream& operator<<(std::ostream& out, const Passage& passage)
@@ -685,7 +691,7 @@ class Passages : public Objects {};
 
 }  // namespace
 
-// One page for all of them: they have nothing to do with each other.
+// One page for all of them, because they are independent of each other.
 TEST_F(Passages, take_values_to_methods)
 {
     std::mutex mutex;
@@ -708,7 +714,7 @@ TEST_F(Passages, take_values_to_methods)
         const std::string result = view.evaluate(call);
         const std::lock_guard lock(mutex);
         EXPECT_EQ(received, ContainerStd(passage.as_argument)) << passage;
-        // A number comes and goes as it is, whatever the code.
+        // A number is the same both ways, whatever the code.
         if (!std::holds_alternative<double>(passage.as_argument)) {
             EXPECT_EQ(result, passage.back) << passage;
         }
@@ -755,7 +761,8 @@ TEST_F(Objects, are_notified_of_changes_by_the_host)
     ASSERT_TRUE(view.draw_until([&] { return player.writes.size() == 1; }));
     EXPECT_EQ(player.writes.take(), std::vector<ContainerStd>{ValueStd(70)});
     EXPECT_EQ(view.evaluate("$g.player.health.value"), "70");
-    EXPECT_EQ(view.console_messages(), std::vector<std::string>()) << "a page knows what it writes";
+    EXPECT_EQ(view.console_messages(), std::vector<std::string>())
+        << "a page was notified of its own write";
 }
 
 TEST_F(Objects, come_back_from_the_host_with_values_of_all_kinds)
@@ -777,9 +784,9 @@ TEST_F(Objects, come_back_from_the_host_with_values_of_all_kinds)
         R"([-1,"ü",0.5,true,[1,2.5],[1,2,3,4],{"a":[1]},[{}],null,null,null])"));
 }
 
-TEST_F(Objects, get_null_for_what_is_no_number)
+TEST_F(Objects, read_null_for_numbers_that_json_does_not_have)
 {
-    // JSON, which the channel speaks, has no such numbers; zero is what the host gets for a null.
+    // The channel uses JSON, which has no such numbers; for a null the host receives zero.
     for (int i = 0; i < 3; ++i)
         expect_message_matching("unknown type, \\(possibly\\) FIX ME");
     other.property("number", FLOAT, ValueStd(1.0)).func_valueChanged_updateGodot =
@@ -796,7 +803,7 @@ TEST_F(Objects, get_null_for_what_is_no_number)
     EXPECT_EQ(player.writes.take(), std::vector<ContainerStd>{ValueStd(0.0)});
 }
 
-// --- Much
+// --- Large values
 
 TEST_F(Objects, take_a_text_of_a_mebibyte_both_ways)
 {
@@ -845,7 +852,7 @@ constexpr auto NESTED = "window.nested = depth => { let list = []; "
 
 }  // namespace
 
-TEST_F(Objects, get_what_is_nested_a_thousand_levels_deep)
+TEST_F(Objects, receive_values_that_are_nested_a_thousand_levels_deep)
 {
     other.method("echo", {{ARRAY, "list"}}, give_back, ARRAY);
     add(other);
@@ -875,11 +882,11 @@ TEST_F(Objects, throw_at_a_page_for_what_cannot_be_sent)
     EXPECT_EQ(view.evaluate("$g.player.health.value = 1n"), big);
 
     EXPECT_EQ(player.calls.size() + player.writes.size(), 0u);
-    EXPECT_EQ(view.evaluate("$g.player.health.value"), "100") << "the page keeps the last value";
-    EXPECT_EQ(view.evaluate("$g.player.heal(7)"), "1") << "the next call is served";
+    EXPECT_EQ(view.evaluate("$g.player.health.value"), "100") << "the page has lost the last value";
+    EXPECT_EQ(view.evaluate("$g.player.heal(7)"), "1") << "the next call is not served";
 }
 
-// A page may speak to the channel without the library's script.
+// A page may use the channel without the library's script.
 TEST_F(Objects, survive_messages_that_the_channel_cannot_read)
 {
     add(player);
@@ -1098,7 +1105,7 @@ TEST_F(Objects, of_one_name_differ_from_view_to_view)
     EXPECT_EQ(second_player.calls.size(), 1u);
 }
 
-// What the library fills in is in the record, so the view that it was published to last has it.
+// The library puts its functions into the record, so those of the last view are in it.
 TEST_F(Objects, in_two_views_serve_both_but_notify_only_the_last_one)
 {
     HostWebView second;

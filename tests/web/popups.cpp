@@ -1,5 +1,5 @@
-// What a page shows beside itself: lists, calendars, the menu of the right click, tool tips and the full
-// screen. All of it is drawn inside the view.
+// Popups of a page: lists, calendars, the context menu, tool tips and full screen. The view draws
+// all of them itself.
 
 #include "support/message_log.h"
 #include "support/process/memory.h"
@@ -52,7 +52,7 @@ protected:
         return testing::AssertionFailure() << "no tool tip; see " << keep_picture(view.picture());
     }
 
-    // Over white, it lets a little of that through.
+    // The tip is slightly transparent; this is its colour over white.
     static constexpr Colour TIP{19, 31, 50, 255};
 
 private:
@@ -62,7 +62,7 @@ protected:
     HostWebView view{{640, 480}};
 };
 
-// The options have colours, to be found by them.
+// Each option has a colour, by which the tests find it.
 constexpr auto LIST =
     "<select id=s style='position:fixed;left:100px;top:50px;font:40px sans-serif'>"
     "<option style='background:#ff0000;color:#ff0000'>red"
@@ -154,7 +154,8 @@ TEST_F(PagePopups, a_list_that_is_too_wide_to_read_is_cut_with_an_ellipsis)
 TEST_F(PagePopups, a_list_that_is_cut_shows_how_its_rows_begin)
 {
     show(LIST);
-    // Red blocks, then nothing but the blue ground. Twice: the chosen row may have colours of the engine.
+    // Red blocks, then the blue background alone. Twice, because the engine may colour the chosen
+    // row.
     view.run("s.innerHTML = '<option>' + ('<option style=\"background:#0000ff;color:#ff0000\">'"
              "+ '\\u2588'.repeat(3) + '\\u00a0'.repeat(400)).repeat(2);"
              "s.style.width = '200px'");
@@ -212,7 +213,7 @@ TEST_F(PagePopups, a_calendar_sets_the_date)
     ASSERT_EQ(view.evaluate("void (d.onchange = () => console.log(d.value),"
                             "onclick = () => console.log('clicked ' + document.hasFocus()))"),
               "undefined");
-    // The engine opens no calendar in the moment in which a page gets the focus.
+    // The engine opens no calendar at the moment when a page gets the focus.
     view.click(400, 300);
     ASSERT_TRUE(view.wait_for_console("clicked true"));
     // Its button, at the right.
@@ -314,7 +315,7 @@ TEST_F(PagePopups, the_menu_edits_text)
         view.type_text("\n");
         ASSERT_TRUE(shows_no(view, CARD));
     };
-    // With nothing marked, Paste may be in the way of "Select all", which is the last.
+    // Without a selection, Paste may come before "Select all", which is the last entry.
     view.click(100, 60, RIGHT_BUTTON);
     ASSERT_TRUE(shows(view, CARD, 1000));
     press_key(view, KEY_UP);
@@ -342,7 +343,7 @@ TEST_F(PagePopups, the_menu_closes_by_escape_and_by_a_press_beside_it)
     ASSERT_TRUE(shows(view, CARD, 1000));
     view.click(100, 100);
     EXPECT_TRUE(shows_no(view, CARD));
-    EXPECT_EQ(view.evaluate("presses"), "0") << "the page has heard of the press";
+    EXPECT_EQ(view.evaluate("presses"), "0") << "the page has received the press";
     view.click(100, 100);
     EXPECT_TRUE(is_eventually("presses", "1"));
 }

@@ -1,4 +1,4 @@
-// The profile that all web views of a process share: user agent, cookies and where they are kept.
+// The profile that all web views of a process share: the user agent, and cookies and their storage.
 
 #include "support/library.h"
 #include "support/process/scenarios.h"
@@ -35,7 +35,7 @@ std::string unique_name(const std::string& beginning)
     return beginning + std::to_string(++count);
 }
 
-/** What a cookie is made of, with values that do no harm. */
+/** The fields of a cookie, with harmless values. */
 struct Cookie {
     std::string domain = "127.0.0.1";
     std::string path = "/";
@@ -53,7 +53,7 @@ protected:
             server.serve(path, html("page"));
     }
 
-    /** Sets a cookie with a name of its own, which is returned. */
+    /** Sets a cookie with a name of its own and returns the name. */
     std::string set(const Cookie& cookie)
     {
         const std::string name = unique_name("cookie");
@@ -62,14 +62,14 @@ protected:
         return name;
     }
 
-    /** Whether the cookie comes with a request for a page. */
+    /** Whether the cookie is sent with a request for a page. */
     bool comes(const std::string& name, const std::string& path = "/",
                const std::string& host = "127.0.0.1")
     {
         return received(path, host).find(name + "=there") != std::string::npos;
     }
 
-    /** The cookies that come with a request for a page. */
+    /** The cookies that are sent with a request for a page. */
     std::string received(const std::string& path, const std::string& host)
     {
         EXPECT_TRUE(go_to(server.url(path, host)));
@@ -98,7 +98,7 @@ TEST_F(WebProfile, sends_the_user_agent_that_is_set)
     other->set_user_agent("Mine/1.0 (test)");
     ASSERT_TRUE(go_to(server.url("/")));
     EXPECT_EQ(server.requests("/").back().header("user-agent"), "Mine/1.0 (test)")
-        << "for all views, also those that have pages already";
+        << "a view with an open page does not send it";
     EXPECT_EQ(view.evaluate("navigator.userAgent"), "\"Mine/1.0 (test)\"");
     EXPECT_EQ(view->get_user_agent(), DEFAULT_USER_AGENT);
     EXPECT_EQ(other->get_user_agent(), DEFAULT_USER_AGENT);
@@ -106,7 +106,7 @@ TEST_F(WebProfile, sends_the_user_agent_that_is_set)
     other->set_user_agent("");
     ASSERT_TRUE(go_to(server.url("/")));
     EXPECT_EQ(server.requests("/").back().header("user-agent"), before)
-        << "an empty one is the engine's own";
+        << "an empty one must restore the engine's own";
 }
 
 // --- Cookies -----------------------------------------------------------------------------------
@@ -145,7 +145,7 @@ TEST_F(WebProfile, sends_cookies_to_their_path_only)
     EXPECT_TRUE(comes(name, "/dir/deep"));
 }
 
-TEST_F(WebProfile, sends_no_cookie_after_its_time)
+TEST_F(WebProfile, sends_no_expired_cookie)
 {
     const std::string late = set({.expiry = std::time(nullptr) - 60});
     const std::string soon = set({.expiry = std::time(nullptr) + 60});
@@ -165,7 +165,7 @@ TEST_F(WebProfile, replaces_a_cookie_of_the_same_name)
 
     view->set_cookie("127.0.0.1", "/", name, "new", false, "default", std::time(nullptr) - 60);
     EXPECT_EQ(received("/", "127.0.0.1").find(name), std::string::npos)
-        << "which is how one is taken away";
+        << "an expired cookie must remove the old one";
 }
 
 TEST_F(WebProfile, sends_cookies_of_each_policy_to_their_own_site)
@@ -176,7 +176,7 @@ TEST_F(WebProfile, sends_cookies_of_each_policy_to_their_own_site)
 
 TEST_F(WebProfile, holds_cookies_back_from_other_sites_by_their_policy)
 {
-    // What a page of another site takes along, by a form that it posts and by a link.
+    // What a page of another site sends by a form that it posts and by a link.
     HttpServer other;
     const std::string form = "<form method=post action='" + server.url("/elsewhere") + "'></form>";
     const std::string link = "<a href='" + server.url("/elsewhere") + "'></a>";
@@ -206,7 +206,7 @@ TEST_F(WebProfile, holds_cookies_back_from_other_sites_by_their_policy)
     EXPECT_EQ(has(by_form, capital), has(by_form, usual)) << "\"Lax\" is no policy but the default";
 }
 
-TEST_F(WebProfile, takes_cookies_without_a_view)
+TEST_F(WebProfile, accepts_cookies_without_a_view)
 {
     HostWebView gone;
     MWebView facade = gone.facade();
@@ -226,13 +226,13 @@ TEST_F(WebProfile, shares_cookies_among_views)
               std::string::npos);
 }
 
-TEST_F(WebProfile, takes_any_text_for_a_cookie)
+TEST_F(WebProfile, accepts_any_text_for_a_cookie)
 {
     const std::string name = unique_name("cookie");
     view->set_cookie("", "", "", "", false, "", 0);
     view->set_cookie("nonsense domain", "no path", "a;b=c", "d\r\ne", true, "x", INT64_MIN);
     view->set_cookie("127.0.0.1", "/", name, "there", false, "default", in_an_hour());
-    EXPECT_TRUE(comes(name)) << "what is refused is forgotten, and nothing else";
+    EXPECT_TRUE(comes(name)) << "a refused cookie has removed others";
 }
 
 // --- Scenarios: a process has one profile, and the engine reads its flags once -----------------
@@ -241,7 +241,7 @@ std::filesystem::path storage()
     return std::getenv("MARLUNE_TEST_STORAGE");
 }
 
-/** Of pages: the graphics pipelines that views compile lie there too. */
+/** Files of pages: the folder also holds the graphics pipelines that views compile. */
 bool stores_anything()
 {
     std::error_code none;
@@ -271,7 +271,7 @@ void keep_a_cookie()
         view->set_cookie("127.0.0.1", "/", "kept", "there", false, "default", in_an_hour());
     }
     const bool is_sent = sends_the_cookie(server);
-    // The engine writes its files now and then, and at the end.
+    // The engine writes its files from time to time, and at the end.
     end_scenario(is_sent && wait_until(stores_anything),
                  "the cookie is sent, and files are written");
 }
@@ -301,7 +301,7 @@ void keep_nothing()
                  "the cookie is sent, but nothing is stored");
 }
 
-/** A name that is no local one: those count as encrypted. */
+/** A name that is not local: connections to local names count as encrypted. */
 void send_secure_cookies()
 {
     setenv("QTWEBENGINE_CHROMIUM_FLAGS",

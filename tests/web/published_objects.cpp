@@ -1,4 +1,4 @@
-// What a host publishes on web views, in the scene of a view of QML components.
+// Objects that a host publishes on web views, used by the scene of a QML view.
 
 #include "support/message_log.h"
 #include "support/web/host_object.h"
@@ -26,7 +26,7 @@ constexpr auto STRING = VariantTypeStd::STRING;
 /** What a test does in a callback of the host, on the Qt thread. */
 using Work = std::function<void()>;
 
-/** A player of a game: health, which heals by calls, and who can be hit. */
+/** A player of a game, with a property "health", a method "heal" and a signal "hit". */
 class Player : public HostObject {
 public:
     explicit Player(int32_t points = 100, const std::string& name = "player")
@@ -69,7 +69,7 @@ public:
     }
 
     std::atomic<int> writes = 0;
-    /** Set before anybody can write. */
+    /** Set before any scene can write. */
     Work on_write;
 
 private:
@@ -83,7 +83,7 @@ class PublishedObjects : public testing::Test {
 protected:
     PublishedObjects()
     {
-        // Qt's own, for each object that comes while a page is open.
+        // Qt writes it for each object that is published while a page is open.
         allow_messages_matching("^Registered new object after initialization");
     }
 
@@ -94,8 +94,9 @@ protected:
 
     testing::AssertionResult load_scene()
     {
-        return scene.load("PublishedProbe") ? testing::AssertionSuccess()
-                                            : testing::AssertionFailure() << "the scene fails";
+        return scene.load("PublishedProbe")
+            ? testing::AssertionSuccess()
+            : testing::AssertionFailure() << "the scene does not load";
     }
 
     /** Waits for a message of the scene and takes it. */
@@ -105,13 +106,13 @@ protected:
         if (scene.draw_until([&] { return scene.console().take_first(is_it).has_value(); }))
             return testing::AssertionSuccess();
         testing::AssertionResult failure = testing::AssertionFailure();
-        failure << "the scene has not said \"" << message << '"';
+        failure << "the scene has not written \"" << message << '"';
         for (const std::string& other : scene.console().take_messages())
             failure << ", but \"" << other << '"';
         return failure;
     }
 
-    /** What the scene has to say to a key. */
+    /** The message that the scene writes at a key. */
     testing::AssertionResult says_to(const std::string& key, const std::string& message)
     {
         scene.type(static_cast<uint32_t>(key.at(0)), key);
@@ -178,7 +179,7 @@ TEST_F(PublishedObjects, serve_one_scene_after_the_other)
     EXPECT_TRUE(says("player.hit(3,axe)"));
     EXPECT_TRUE(says_to("l", "names player"));
     for (const std::string& message : scene.console().take_messages())
-        EXPECT_NE(message, "player.hit(3,axe)") << "the scene that has gone hears too";
+        EXPECT_NE(message, "player.hit(3,axe)") << "the previous scene still receives the signal";
 }
 
 TEST_F(PublishedObjects, notify_bindings_of_changes_by_the_host)
@@ -189,7 +190,7 @@ TEST_F(PublishedObjects, notify_bindings_of_changes_by_the_host)
     EXPECT_TRUE(says_to("p", "now 100"));
     player.set_health(80);
     EXPECT_TRUE(says("points 80"));
-    EXPECT_EQ(player.writes, 0) << "the host is told of its own change";
+    EXPECT_EQ(player.writes, 0) << "the host is notified of its own change";
 }
 
 TEST_F(PublishedObjects, notify_the_host_and_bindings_of_writes_by_a_scene)
@@ -221,7 +222,7 @@ TEST_F(PublishedObjects, answer_calls_that_are_made_on_themselves)
               (std::vector<std::vector<ContainerStd>>{{ValueStd(R"([1,{"two":2}])")}}));
 }
 
-TEST_F(PublishedObjects, are_heard_when_the_host_emits_signals)
+TEST_F(PublishedObjects, notify_scenes_of_signals_of_the_host)
 {
     publish(web, player);
     ASSERT_TRUE(web.open("about:blank"));
@@ -238,11 +239,10 @@ TEST_F(PublishedObjects, that_do_not_exist_are_null)
     EXPECT_TRUE(says_to("n", "nothing nullnullnull"));
 }
 
-TEST_F(PublishedObjects, that_are_not_there_cannot_be_called)
+TEST_F(PublishedObjects, that_do_not_exist_cannot_be_called)
 {
-    expect_message(
-        "cannot call method 'nobody.heal', no web view publishes the object. See "
-        "PublishedObjects.names for the published objects.");
+    expect_message("cannot call method 'nobody.heal', no web view publishes the object. See "
+                   "PublishedObjects.names for the published objects.");
     ASSERT_TRUE(load_scene());
     EXPECT_TRUE(says_to("u", "undefined undefined"));
 }
@@ -313,7 +313,7 @@ TEST_F(PublishedObjects, of_one_name_are_those_of_the_view_that_was_made_first)
     HostWebView second;
     publish(web, player);
     publish(second, other);
-    // Loaded the other way round: that is not what counts.
+    // The views load in the opposite order, which must not matter.
     ASSERT_TRUE(second.open("about:blank"));
     ASSERT_TRUE(load_scene());
     EXPECT_TRUE(says_to("p", "now 1"));
@@ -326,7 +326,8 @@ TEST_F(PublishedObjects, of_one_name_are_those_of_the_view_that_was_made_first)
     player.set_health(90);
     EXPECT_TRUE(says("points 90"));
     for (const std::string& message : scene.console().take_messages())
-        EXPECT_NE(message, "player.hit(3,axe)") << "another player than the scene's has been hit";
+        EXPECT_NE(message, "player.hit(3,axe)")
+            << "the scene has received the signal of another player";
 }
 
 TEST_F(PublishedObjects, of_one_name_take_the_place_of_one_whose_view_is_destroyed)

@@ -1,4 +1,4 @@
-// What a page asks of the world outside, and what it is told.
+// A page's requests for permissions, windows and downloads, and the answers.
 
 #include "support/message_log.h"
 #include "support/web/http_server.h"
@@ -15,7 +15,7 @@ namespace marlune::test {
 
 namespace {
 
-// The engine takes no clicks for a page that has nothing to see yet.
+// The engine accepts no clicks for a page without visible content.
 constexpr auto PAGE = "<body style='background:white;margin:50px'>page";
 constexpr auto LINK_PAGE = "<body style='background:white;margin:50px'>"
                            "<a target=_blank href=/new style='position:fixed;inset:40px'>link</a>";
@@ -29,17 +29,17 @@ protected:
         EXPECT_EQ(watch_.windows(), 0) << "a view has opened a window of the window system";
     }
 
-    /** The page is from this machine, which counts as a safe connection. */
+    /** Opens a page from this machine, which counts as a secure connection. */
     void open()
     {
         ASSERT_TRUE(view.open(server.url("/")));
         ASSERT_TRUE(view.wait_for_colour(2, 2, WHITE));
     }
 
-    /** Clicks, for much is only granted to a page when the user has done something. */
+    /** Clicks, because a page may use some features only after an action of the user. */
     void on_click(const std::string& script)
     {
-        // Scripts and clicks take different ways to the page, so each waits for the one before.
+        // Scripts and clicks reach the page by different paths, so each waits for the one before.
         ASSERT_EQ(view.evaluate("void (document.onclick = () => { " + script + " })"), "undefined");
         view.click(100, 100);
     }
@@ -52,7 +52,7 @@ protected:
     HostWebView view{{640, 480}};
 };
 
-/** The URLs that a navigation handler has been asked about. */
+/** The URLs that a navigation handler has received. */
 class Asked {
 public:
     MWebView::NavigationHandler handler(bool answer)
@@ -91,7 +91,7 @@ TEST_F(PageRequests, the_location_is_refused_with_a_message)
 TEST_F(PageRequests, each_request_is_refused_again)
 {
     open();
-    // What has been refused is not kept, neither for the process nor on disk.
+    // The engine remembers no refusal, neither for the process nor on disk.
     expect_message_matching("asked for the location; refused$");
     EXPECT_EQ(view.evaluate(WHERE_AM_I), "\"code 1\"");
     EXPECT_TRUE(all_expected_messages_came());
@@ -159,7 +159,8 @@ TEST_F(PageRequests, a_link_into_a_new_window_can_be_refused)
     view.click(100, 100);
     EXPECT_TRUE(view.draw_until([&] { return !asked.take().empty(); }));
     EXPECT_EQ(view.evaluate("location.pathname"), "\"/\"");
-    EXPECT_TRUE(server.requests("/new").empty()) << "it was loaded before the host was asked";
+    EXPECT_TRUE(server.requests("/new").empty())
+        << "the page was requested before the handler was called";
 }
 
 TEST_F(PageRequests, windows_that_scripts_open_are_shown_in_the_view)
@@ -189,7 +190,7 @@ TEST_F(PageRequests, a_page_that_opens_windows_without_end_is_stopped)
     view.run("for (let i = 0; i < 2000; ++i) open('about:blank'); console.log('done')");
     view->set_url(other.url("/"));
     EXPECT_TRUE(view.wait_for_colour(2, 2, GREEN));
-    // The next page may open some.
+    // The next page may open windows.
     server.serve("/new", html("<body style='background:blue'>"));
     view.run("open('" + server.url("/new") + "')");
     EXPECT_TRUE(view.wait_for_colour(2, 2, BLUE));
@@ -202,7 +203,7 @@ TEST_F(PageRequests, a_page_cannot_fill_the_log)
         expect_message_matching("asked for links that begin with \"web\\+\\w:\"; refused$");
     expect_message_matching("asked for links that begin with \"web\\+\\w:\"; refused "
                             "\\(no more messages of this kind for this page\\)$");
-    // Not one request again and again: engines may remember what a page has been refused.
+    // Different requests, because an engine may remember a refusal.
     on_click("for (const end of 'abcdefghijklmno')"
              "  navigator.registerProtocolHandler('web+' + end, '/?%s');"
              "console.log('all asked')");

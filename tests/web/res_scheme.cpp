@@ -1,4 +1,4 @@
-// Files of the "res" scheme, asked for by a real page in the real engine.
+// Files of the "res" scheme, requested by a real page in the real engine.
 
 #include "support/host_view.h"
 #include "support/message_log.h"
@@ -15,7 +15,7 @@ namespace marlune::test {
 
 namespace {
 
-// Reports what the engine made of each file: its type, or that there is none.
+// Reports for each file its type in the engine, or that the file is missing.
 constexpr auto page = R"(<!doctype html><title>pack</title><script>
 function report(path) {
     return new Promise(resolve => {

@@ -1,5 +1,5 @@
-// The host's files in real pages, by the "res" scheme: what pages are made of, paths of all kinds, and
-// callbacks that are not as they should be.
+// The host's files in real pages, by the "res" scheme: all kinds of resources and paths, and
+// resource callbacks with faults.
 
 #include "support/message_log.h"
 #include "support/process/memory.h"
@@ -30,10 +30,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr int NOT_FOUND = -6;  // as the engine's network part has it
+constexpr int NOT_FOUND = -6;  // the code of the engine's network stack
 
-// Gives a page `ask(url)`: the type of what comes and its text, or the status of what does not. The
-// engine never ends the body of a reply that says that there is nothing.
+// Gives a page `ask(url)`, which returns the type and the text of a reply, or the status of an
+// error. The engine never ends the body of a "not found" reply.
 constexpr auto PAGE = R"(<!doctype html><title>resources</title><script>
 async function ask(url, options) {
     try {
@@ -45,7 +45,7 @@ async function ask(url, options) {
         return "refused";
     }
 }
-// The name of the event that an element ends with.
+// The name of the event that ends the loading of an element.
 function load(name, url) {
     const element = document.createElement(name);
     return new Promise(done => {
@@ -56,7 +56,7 @@ function load(name, url) {
 }
 </script>)";
 
-/** A callback that serves PAGE as "/index.html" and leaves the rest to another one. */
+/** A callback that serves PAGE as "/index.html" and the rest by another callback. */
 ServingResources::Callback beside_the_page(ServingResources::Callback others)
 {
     return [page = std::make_shared<std::string>(PAGE),
@@ -86,7 +86,7 @@ protected:
 
 }  // namespace
 
-// --- What pages are made of
+// --- Kinds of resources
 
 TEST_F(Resources, make_a_page_with_all_that_belongs_to_it)
 {
@@ -161,7 +161,7 @@ TEST_F(Resources, have_the_types_of_their_names)
         {"Page.HTML?x", "application/octet-stream page"},
         {"a.css", "text/css style"},
         {"a.css?v=1", "application/octet-stream style"},
-        {"a.css?file=b.png", "image/png style"},  // the whole address is looked at
+        {"a.css?file=b.png", "image/png style"},  // the type depends on the whole address
         {"PACK.SOREL", "image/png picture"},
         {"no_extension", "application/octet-stream file"},
         {"html", "application/octet-stream file"},
@@ -201,12 +201,12 @@ TEST_F(Resources, are_asked_for_by_decoded_paths)
 {
     ASSERT_TRUE(view.open("res://pack/"));
     const std::map<std::string, std::string> expected = {
-        // The engine resolves these, also when they are encoded.
+        // The engine resolves these, encoded or not.
         {"res://pack/a/../b.txt", "/b.txt"},
         {"res://pack/../../b.txt", "/b.txt"},
         {"res://pack/a/%2e%2e/b.txt", "/b.txt"},
         {"res://pack/a/./%2E/b.txt", "/a/b.txt"},
-        // The slash that is encoded hides them from it: hosts have to look.
+        // An encoded slash hides them from the engine: hosts must check.
         {"res://pack/a%2f..%2f..%2fb.txt", "/a/../../b.txt"},
         {"res://pack/..%2fb.txt", "/../b.txt"},
         {"res://pack/%252e%252e/b.txt", "/%2e%2e/b.txt"},
@@ -237,7 +237,7 @@ TEST_F(Resources, may_have_paths_of_64_kib)
     EXPECT_EQ(pack.asked_for().back().size(), name.size() + 6);
 }
 
-// --- What is not there
+// --- Missing resources
 
 TEST_F(Resources, that_are_missing_fail_the_page)
 {
@@ -247,7 +247,7 @@ TEST_F(Resources, that_are_missing_fail_the_page)
     const Load failure = view.loads().back();
     EXPECT_EQ(failure.url, "res://pack/missing.html");
     EXPECT_EQ(failure.error_code, NOT_FOUND);
-    ASSERT_TRUE(view.go_to("res://pack/")) << "the view goes on";
+    ASSERT_TRUE(view.go_to("res://pack/")) << "the view cannot load another page";
 }
 
 TEST_F(Resources, that_are_missing_fail_parts_of_the_page)
@@ -261,7 +261,7 @@ TEST_F(Resources, that_are_missing_fail_parts_of_the_page)
               quoted("error"));
     for (const std::string element : {"img", "script"})
         EXPECT_EQ(view.evaluate("load('" + element + "', 'missing.html')"), quoted("error"));
-    view.run("load('iframe', 'missing.html')");  // which the engine says nothing of
+    view.run("load('iframe', 'missing.html')");  // the engine reports nothing for it
     EXPECT_EQ(view.evaluate("1 + 1"), "2");
 }
 
@@ -290,7 +290,7 @@ TEST(ResourceCallback, that_returns_nothing_serves_no_resource)
     }
 }
 
-TEST(ResourceCallback, that_gives_more_than_there_can_be_is_reported)
+TEST(ResourceCallback, that_returns_too_much_is_reported)
 {
     uint8_t byte = 'x';
     uint64_t given = 0;
@@ -369,15 +369,15 @@ TEST(ResourceCallback, that_throws_serves_no_resource)
     HostWebView view;
     ASSERT_TRUE(view.open("res://pack/"));
     EXPECT_EQ(view.evaluate("ask('file')"), "404");
-    EXPECT_EQ(view.evaluate("ask('file')"), "404") << "and once more";
+    EXPECT_EQ(view.evaluate("ask('file')"), "404") << "on the second request";
     EXPECT_EQ(view.evaluate("1 + 1"), "2");
 }
 
-// --- Much at once
+// --- Large files and many requests
 
 namespace {
 
-/** Pseudo-random, so that no part of it can pass for another one. */
+/** Pseudo-random, so that no part is equal to another one. */
 std::vector<uint32_t> words(size_t count)
 {
     std::vector<uint32_t> result(count);
@@ -422,7 +422,7 @@ TEST(ResourceCallback, may_give_64_mib)
 
 TEST(ResourceCallback, may_give_a_large_file_to_many_that_do_not_read_it)
 {
-    // A buffer of its own each time, as from a host that reads its pack.
+    // A new buffer each time, as from a host that reads its pack.
     constexpr size_t SIZE = 64 * 1024 * 1024;
     std::vector<uint8_t> buffers[2] = {std::vector<uint8_t>(SIZE, 7),
                                        std::vector<uint8_t>(SIZE, 7)};
@@ -437,12 +437,13 @@ TEST(ResourceCallback, may_give_a_large_file_to_many_that_do_not_read_it)
     EXPECT_EQ(view.evaluate("Promise.all(Array.from({length: 10}, (_, i) => fetch('/' + i)))"
                             ".then(all => window.replies = all).then(all => all.length)"),
               "10");
-    EXPECT_LT(holdings().resident_kib - before, 2.0 * SIZE / 1024) << "once, and some for the rest";
+    EXPECT_LT(holdings().resident_kib - before, 2.0 * SIZE / 1024)
+        << "more than one copy of the file is in memory";
 }
 
 TEST(ResourceCallback, waits_while_pages_leave_half_a_gibibyte_unread)
 {
-    // Of contents that are not the same. The engine takes them over in the end, as far as it has room.
+    // Different contents. The engine reads them in the end, where it has room.
     constexpr size_t SIZE = 64 * 1024 * 1024;
     constexpr int FITTING = 8, ALL = 16;
     std::vector<uint8_t> buffer(SIZE);
@@ -468,7 +469,7 @@ TEST(ResourceCallback, waits_while_pages_leave_half_a_gibibyte_unread)
     if (!memory_is_held_back()) {
         EXPECT_LT(most - before, (FITTING + 1.5) * SIZE / 1024);
     }
-    EXPECT_TRUE(view.go_to("res://pack/")) << "nothing is left unread";
+    EXPECT_TRUE(view.go_to("res://pack/")) << "unread files still hold up the view";
 }
 
 TEST(ResourceCallback, serves_a_view_also_while_the_page_of_another_one_hangs_over_all_that_fits)
@@ -485,7 +486,7 @@ TEST(ResourceCallback, serves_a_view_also_while_the_page_of_another_one_hangs_ov
     HostWebView hanging, other;
     ASSERT_TRUE(hanging.open("res://pack/"));
     expect_message_matching("^marlune: pages have left 512 MiB of the game's files unread");
-    // They have come one after the other.
+    // The requests arrived one after the other.
     allow_messages_matching(
         "^marlune: [1-4] requests for the game's files failed: pages read nothing");
     hanging.run("for (let i = 0; i < 4; ++i) fetch('/' + i).then(() => { for (;;); })");
@@ -513,7 +514,7 @@ TEST(ResourceCallback, may_use_its_buffer_again_at_the_next_call)
 
 TEST(ResourceCallback, may_be_replaced_while_pages_load)
 {
-    // Each callback owns what it gives, so that one that is used after its end would be found.
+    // Each callback owns its bytes, so the sanitizer finds any use after the callback's end.
     const auto callback_of = [](char letter) {
         auto content = std::make_shared<std::string>(10'000, letter);
         return beside_the_page([content](std::string, bool&, uint64_t& size) {
@@ -539,7 +540,7 @@ TEST(ResourceCallback, may_be_replaced_while_pages_load)
     EXPECT_EQ(view.evaluate("done = true, asking.then(() => [...heard].sort())"), "[\"a\",\"b\"]");
 }
 
-TEST(ResourceCallback, that_comes_late_serves_the_page_once_it_is_reloaded)
+TEST(ResourceCallback, that_is_registered_late_serves_the_page_once_it_is_reloaded)
 {
     expect_message("m_resource_file not set, returning...");
     HostWebView view;
@@ -576,7 +577,7 @@ TEST_F(Resources, are_sent_whole_where_a_page_asks_for_a_part_that_they_do_not_h
     EXPECT_EQ(ask("a.txt", "{headers: {rANGE: 'bytes=10-'}}"), quoted("text/plain 0123456789"));
 }
 
-// --- From elsewhere
+// --- From pages of other schemes
 
 TEST_F(Resources, are_there_for_texts_that_the_host_shows)
 {
@@ -585,7 +586,7 @@ TEST_F(Resources, are_there_for_texts_that_the_host_shows)
     EXPECT_EQ(ask("a.txt"), quoted("text/plain text"));
 }
 
-TEST_F(Resources, can_be_shown_but_not_read_by_pages_of_the_net)
+TEST_F(Resources, can_be_shown_but_not_read_by_pages_of_the_web)
 {
     HttpServer server;
     server.serve("/", html(PAGE));
@@ -593,7 +594,7 @@ TEST_F(Resources, can_be_shown_but_not_read_by_pages_of_the_net)
     pack.put("/a.svg", "<svg xmlns='http://www.w3.org/2000/svg' width='31' height='17'></svg>");
     ASSERT_TRUE(view.open(server.url("/")));
     EXPECT_EQ(ask("res://pack/a.txt"), quoted("refused"));
-    EXPECT_EQ(pack.asked_for(), std::vector<std::string>()) << "the host is not even asked";
+    EXPECT_EQ(pack.asked_for(), std::vector<std::string>()) << "the resource callback was called";
     EXPECT_EQ(view.evaluate("load('img', 'res://pack/a.svg')"), quoted("load"));
 }
 

@@ -1,5 +1,5 @@
-// Pages in the engine's sandbox, which wants an ordinary user, and what it takes from them. Each case
-// is a process of its own, since the engine reads its flags once.
+// Pages in the engine's sandbox, which needs an ordinary user, and what it denies them. Each case
+// runs in a process of its own, because the engine reads its flags once.
 
 #include "support/library.h"
 #include "support/message_log.h"
@@ -36,7 +36,7 @@ namespace {
 
 constexpr uid_t SOMEBODY = 54321;
 
-/** Leaves the rights of root for good, if this process has them. */
+/** Drops the rights of root permanently, if this process has them. */
 void become_ordinary()
 {
     if (geteuid() != 0)
@@ -45,13 +45,13 @@ void become_ordinary()
         throw std::runtime_error("cannot become an ordinary user");
 }
 
-/** What the sandbox is made of: each asks as an ordinary user, in a process that ends then. */
+/** What the sandbox needs: each is checked as an ordinary user, in a short-lived process. */
 struct Need {
     const char* name;
     bool (*is_met)();
 };
 
-/** Some systems let everybody make one, but give nobody any rights in it. */
+/** Some systems let every user create one, but grant no rights in it. */
 bool has_rights_in_namespaces()
 {
     return unshare(CLONE_NEWUSER | CLONE_NEWPID | CLONE_NEWNET) == 0
@@ -65,7 +65,7 @@ bool has_shared_memory()
     return file >= 0 && unlink(path.c_str()) == 0;
 }
 
-/** The kernel reads a filter, if there is any, before it looks whether it may be set. */
+/** The kernel reads a filter, where it supports them, before it checks whether it may be set. */
 bool has_filters_of_calls()
 {
     return prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, nullptr) == -1 && errno == EFAULT;
@@ -91,7 +91,7 @@ bool is_met(const Need& need)
 
 // --- What happens in the processes -------------------------------------------------------------
 
-/** What the kernel says of a process, as in "Seccomp: 2". */
+/** A field of a process's status in the kernel, as in "Seccomp: 2". */
 std::string status_of(const Process& process, const std::string& name)
 {
     std::ifstream file("/proc/" + std::to_string(process.id) + "/status");
@@ -110,7 +110,7 @@ std::string seccomp_of_the_pages()
     return result;
 }
 
-/** What a page learns of another origin's secret, and how the page's process is guarded. */
+/** What a page can read of another origin's secret, and how the page's process is confined. */
 struct Findings {
     std::string secret;
     std::string own;
@@ -134,7 +134,8 @@ Findings explore()
     findings.secret = text_of(other.url("/secret"));
     findings.seccomp = seccomp_of_the_pages();
     if (findings.secret.starts_with("threw")) {
-        // The server has been asked, as the origin's rules want it; the page only does not learn it.
+        // By the rules of origins the server receives the request; the page alone cannot read the
+        // reply.
         const bool is_told = view.draw_until([&] {
             return view.console()
                 .take_first([](const ConsoleRecord& record) {
@@ -178,7 +179,7 @@ void keep_origins_apart()
     setenv("QTWEBENGINE_DISABLE_SANDBOX", "1", 1);
 }
 
-// What a frame of a foreign site reaches, each as it finds it.
+// What a frame of a foreign site can access.
 constexpr auto FOREIGN_FRAME = R"(<script>
 const attempt = act => { try { return String(act()); } catch (error) { return error.name; } };
 const channel = window.qt && window.qt.webChannelTransport;
@@ -265,13 +266,13 @@ const Scenarios SCENARIOS = {
     {"unsandboxed", unsandboxed},
 };
 
-// --- What is seen of them from outside ---------------------------------------------------------
+// --- The tests, outside these processes --------------------------------------------------------
 
 class Sandbox : public testing::Test {
 protected:
     Sandbox()
     {
-        // The temporary folder of the tests is closed to others.
+        // Other users cannot enter the temporary folder of the tests.
         std::string path = "/tmp/marlune-home-XXXXXX";
         EXPECT_TRUE(mkdtemp(path.data()));
         home = path;
@@ -302,7 +303,7 @@ TEST_F(Sandbox, guards_pages_and_keeps_origins_apart)
     EXPECT_TRUE(ends_cleanly("sandboxed"));
 }
 
-TEST_F(Sandbox, is_not_there_by_default)
+TEST_F(Sandbox, is_off_by_default)
 {
     EXPECT_TRUE(ends_cleanly("unsandboxed"));
 }

@@ -1,4 +1,4 @@
-// What the scene of a web view makes of the view, seen from the inside.
+// How the scene of a web view applies the view's settings, checked inside the library.
 
 #include "runtime/context.h"
 #include "support/library.h"
@@ -47,7 +47,7 @@ QQuickItem* find_page(QQuickItem* item)
     return nullptr;
 }
 
-/** The engine's view in the only scene that there is; null before the scene has one. */
+/** The engine's view in the only scene; null before the scene has one. */
 QQuickItem* the_page()
 {
     for (QWindow* const window : QGuiApplication::allWindows()) {
@@ -67,13 +67,13 @@ QQuickItem* the_root()
 
 using Settings = std::map<std::string, std::string>;
 
-/** The names of a setting: that of the facade's members, and that of the engine's property. */
+/** The names of a setting: in the facade's members, and as the engine's property. */
 struct Names {
     const char* member;
     const char* engine;
 };
 
-// The engine has the view's names, but for one.
+// The engine has the view's names, with one exception.
 #define NAMES(type, name, own_property, initial, constness) {#name, #own_property},
 constexpr Names SAME_NAMES[] = {MARLUNE_WEB_SETTINGS(NAMES)};
 #undef NAMES
@@ -141,10 +141,10 @@ void change_all_settings(MWebView& view)
 #undef CHANGE
 }
 
-/** Without a word on those that are as they should be, of which there are many. */
+/** Lists the differences alone, because most settings are equal. */
 void expect_of_the_engine(Settings expected)
 {
-    // The scene itself refuses what the policies 0 and 1 refuse, once the host has been asked.
+    // The scene itself refuses what the policies 0 and 1 refuse, after the host's handler.
     if (expected["unknown_url_scheme_policy"] != "2")
         expected["unknown_url_scheme_policy"] = "3";
     Settings actual = settings_of_the_engine();
@@ -177,7 +177,7 @@ TEST_F(WebScene, gives_the_engine_the_defaults)
 {
     ASSERT_TRUE(view.open("about:blank"));
     Settings expected = settings_of(view.facade());
-    // What the engine has of its own where the view names nothing.
+    // The engine's own default where the view names none.
     expected["default_text_encoding"] = "ISO-8859-1";
     expect_of_the_engine(expected);
 }
@@ -203,7 +203,7 @@ TEST_F(WebScene, leads_the_page_to_a_channel_without_objects_of_the_host)
         return std::tuple(of_the_page == channel, of_the_page->registeredObjects().size());
     });
     EXPECT_FALSE(same);
-    EXPECT_EQ(objects, 1) << "the gate alone";
+    EXPECT_EQ(objects, 1) << "the channel must hold the gate alone";
 }
 
 TEST_F(WebScene, has_the_shared_profile)
@@ -241,7 +241,7 @@ TEST_F(WebScene, keeps_the_last_calls_alone_while_there_is_no_page)
     expect_message_matching("the web engine renders on the GPU");
     on_qt_thread([] { return QMetaObject::invokeMethod(the_root(), "decide", Q_ARG(bool, true)); });
     view->run_javascript("1");
-    EXPECT_EQ(waiting(), 0) << "a page that can never be drawn";
+    EXPECT_EQ(waiting(), 0) << "calls wait for a page that can never be drawn";
 }
 
 TEST_F(WebScene, names_the_host_that_asks_for_a_password_and_not_the_user_in_its_address)
@@ -332,7 +332,7 @@ TEST(GodotUrlInterceptor, lets_requests_of_every_type_through)
                   return count;
               }),
               10u)
-        << "types of requests that it was asked of";
+        << "not every type of request reached the interceptor";
 }
 
 }  // namespace marlune::test

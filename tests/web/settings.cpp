@@ -1,4 +1,4 @@
-// What a host sets on a web view, and what its pages make of it.
+// The settings of a web view and their effect on its pages.
 
 #include "support/message_log.h"
 #include "support/web/host_web_view.h"
@@ -86,7 +86,7 @@ void expect_settings_of_no_view(MWebView& view)
 #undef EXPECT_NOTHING
 }
 
-/** Says what a page may do: a page that is red unless its script runs. */
+/** A page that is red unless its script runs. */
 constexpr auto GREEN_BY_SCRIPT = "<body style='background: #ff0000'><script>"
                                  "document.body.style.background = '#00ff00'</script>";
 
@@ -201,7 +201,7 @@ TEST_F(WebSettings, load_images_or_not)
     EXPECT_TRUE(server.requests("/picture.png").empty());
     view->set_auto_load_images(true);
     EXPECT_TRUE(view.draw_until([&] { return !server.requests("/picture.png").empty(); }))
-        << "a page that is there gets its images";
+        << "the open page does not load its images";
     view->set_auto_load_images(false);
     ASSERT_TRUE(reload("/"));
     EXPECT_EQ(server.requests("/picture.png").size(), 1u);
@@ -351,7 +351,7 @@ TEST_F(WebSettings, show_an_error_page_or_stay_transparent)
     const size_t first = view.loads().size();
     view->set_url(nobody);
     ASSERT_TRUE(view.wait_for_load(Load::FAILED, first));
-    EXPECT_TRUE(view.draw_until(shows_anything)) << "the engine tells of the failure";
+    EXPECT_TRUE(view.draw_until(shows_anything)) << "the engine shows no error page";
 }
 
 TEST_F(WebSettings, leave_nothing_of_the_last_page_when_the_next_one_fails)
@@ -366,12 +366,12 @@ TEST_F(WebSettings, leave_nothing_of_the_last_page_when_the_next_one_fails)
 
     ASSERT_TRUE(view.go_to(server.url("/")));
     EXPECT_TRUE(view.wait_for_colour(300, 200, GREEN));
-    // The engine drops keys until the page has drawn something.
+    // The engine drops keys until the page has drawn content.
     const auto takes_keys = [&] {
         view.type_text("x");
         return view.evaluate("i.value") != "\"\"";
     };
-    EXPECT_TRUE(view.draw_until(takes_keys)) << "the page does not get the keyboard back";
+    EXPECT_TRUE(view.draw_until(takes_keys)) << "the page does not receive keys again";
 }
 
 // --- Colours -----------------------------------------------------------------------------------
@@ -438,7 +438,7 @@ TEST_F(WebSettings, zoom_pages_to_twice_their_size_at_first)
     set_up(fresh, {512, 256});
     const auto log = std::make_shared<ConsoleLog>();
     fresh.set_func_javascript_console_log(write_to(log));
-    // Told again and again: a page may be there before its size is.
+    // Written repeatedly, because a page may exist before it has its size.
     fresh.set_url("data:text/html,<script>setInterval(() => console.log(innerWidth), 50)</script>");
     ASSERT_TRUE(fresh.load());
     const auto is_told = [&] {
@@ -461,7 +461,7 @@ TEST_F(WebSettings, zoom_pages)
         view->set_zoom_factor(percent);
         EXPECT_TRUE(view.draw_until([&] { return std::abs(width_of_the_page() - width) <= 1; }))
             << percent << " % but the page is " << width_of_the_page() << " px wide";
-        EXPECT_EQ(view->get_zoom_factor(), 1.0) << "whether there is a zoom, not which";
+        EXPECT_EQ(view->get_zoom_factor(), 1.0) << "the getter must return 1 for any zoom";
     }
 }
 

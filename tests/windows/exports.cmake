@@ -1,6 +1,6 @@
 # Reads the export and import tables of the library for Windows. The names are those that the library
-# exports elsewhere, but for the texts of type names, which nobody looks up there. It needs Qt and what
-# every Windows has, and nothing else.
+# exports elsewhere, except the texts of type names, which no program looks up there. The library needs
+# Qt and the libraries of every Windows alone.
 cmake_minimum_required(VERSION 3.25)
 include("${CMAKE_CURRENT_LIST_DIR}/../deploy/compare.cmake")
 

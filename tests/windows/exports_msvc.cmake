@@ -1,6 +1,6 @@
 # Reads the export table of a library that MSVC has linked. The names are those that the library exports
-# elsewhere. Parameters are not compared, for MSVC writes types in its own way, and neither are the
-# functions of classes that it exports without being asked: constructors, assignments, tables.
+# elsewhere. Parameters are not compared, because MSVC writes types in its own way, and neither are the
+# functions of classes that it exports automatically: constructors, assignments, tables.
 cmake_minimum_required(VERSION 3.25)
 include("${CMAKE_CURRENT_LIST_DIR}/../deploy/compare.cmake")
 

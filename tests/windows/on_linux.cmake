@@ -1,5 +1,5 @@
-# The library for Windows, as far as it can be shown on Linux: compiled, linked and looked at; and what
-# needs no Qt of it run under Wine. One preset is enough for that: the build is the same for all.
+# The library for Windows, checked on Linux: compiled, linked and examined; its parts without Qt run
+# under Wine. One preset is enough, because this build is the same for all.
 if(NOT MARLUNE_TEST_WINDOWS)
     return()
 endif()
@@ -22,7 +22,7 @@ marlune_add_script_test(windows_exports windows windows/exports.cmake
     "LIBRARY=${windows_build}/lib/libmarlune.dll")
 set_tests_properties(windows_exports PROPERTIES FIXTURES_REQUIRED windows_build)
 
-# A Windows of its own, which shows nothing, downloads nothing and is gone after the tests.
+# A Wine prefix of its own, which shows no windows, downloads nothing and is removed after the tests.
 set(prefix "${CMAKE_CURRENT_BINARY_DIR}/wine")
 set(environment "WINEPREFIX=${prefix}" WINEDEBUG=-all "WINEDLLOVERRIDES=mscoree,mshtml=" DISPLAY=)
 add_test(NAME windows_start COMMAND "${WINE_PROGRAM}" wineboot --init)

@@ -1,5 +1,5 @@
-// The Windows half of what differs between the systems, on Windows itself: the debug pipe against a
-// real named pipe, and the directory where libraries are looked for.
+// The Windows side of the platform code, on Windows itself: the debug pipe with a real named pipe,
+// and the directory in which the system looks for libraries.
 
 #include "runtime/platform.h"
 #include "library/debug_pipe.h"
@@ -35,7 +35,7 @@ public:
     Reader(const Reader&) = delete;
     Reader& operator=(const Reader&) = delete;
 
-    /** Whether a writer has connected; it can have done so at once, since nobody has to accept it. */
+    /** Whether a writer has connected; it can connect at once, because no accept is needed. */
     bool is_connected()
     {
         return ConnectNamedPipe(pipe_, nullptr) || GetLastError() == ERROR_PIPE_CONNECTED;
@@ -95,7 +95,7 @@ std::string library_directory()
     return path;
 }
 
-/** Empty where the code page cannot say it. */
+/** Empty where the code page has no such letters. */
 std::string in_local_code_page(const std::wstring& wide)
 {
     std::string narrow(4 * wide.size(), '\0');

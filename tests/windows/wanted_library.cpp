@@ -1,4 +1,4 @@
-// Found or not found by its name: that is all that it is for.
+// An empty library. The tests only check whether the system finds it by name.
 
 extern "C" __declspec(dllexport) int wanted_answer()
 {
