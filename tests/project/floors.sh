@@ -13,8 +13,20 @@ declare -A below=(
     [library]="runtime views binding media web"
 )
 
+# objects_of <floor>: those of today's sources. The build leaves the objects of removed ones behind.
+objects_of() {
+    local source object
+    for source in "$sources/$1"/*.cpp; do
+        object="$objects/$1/${source##*/}.o"
+        [[ ! -e $object ]] || printf '%s\n' "$object"
+    done
+}
+
 # symbols <floor> <kinds, as nm names them>
-symbols() { "$nm" --format=posix "$objects/$1"/*.o | awk -v kinds="$2" 'index(kinds, $2) { print $1 }' | sort -u; }
+symbols() {
+    objects_of "$1" | xargs -r "$nm" --format=posix \
+        | awk -v kinds="$2" 'index(kinds, $2) { print $1 }' | sort -u
+}
 
 failures=0
 complain() {
@@ -23,7 +35,7 @@ complain() {
 }
 
 for floor in "${!below[@]}"; do
-    compgen -G "$objects/$floor/*.o" >/dev/null || complain "no objects of $floor in $objects"
+    [[ -n $(objects_of "$floor") ]] || complain "no objects of $floor in $objects"
     for other in "${!below[@]}"; do
         [[ $other != "$floor" && " ${below[$floor]} " != *" $other "* ]] || continue
         while IFS= read -r line; do
