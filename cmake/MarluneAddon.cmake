@@ -1,7 +1,7 @@
-# The add-on directory as a game ships it: the library, and what it needs of Qt and of others, so that
-# it runs where no Qt is installed. It is the install component "addon"; ./dev addon installs it alone.
+# The add-on directory as a game ships it: the library with the files of Qt and others that it needs, so
+# that it runs where Qt is not installed. It is the install component "addon"; ./dev addon installs it alone.
 
-# Elsewhere the directory is made by the system's own means; on Windows by windeployqt.
+# Other systems have tools of their own for this; on Windows it is windeployqt.
 set(can_install_qt OFF)
 find_program(PATCHELF_PROGRAM patchelf)
 if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND PROJECT_IS_TOP_LEVEL AND PATCHELF_PROGRAM)
@@ -13,27 +13,27 @@ option(MARLUNE_INSTALL_QT
 set(marlune_library_dir "${CMAKE_INSTALL_LIBDIR}")
 if(MARLUNE_INSTALL_QT)
     set(marlune_library_dir addons/webview)
-    # A run path of the older kind goes before LD_LIBRARY_PATH: the libraries in the directory belong
-    # together, and none of another Qt may come between them.
+    # DT_RPATH takes precedence over LD_LIBRARY_PATH: the libraries in the directory belong together, and
+    # none of another Qt may be mixed in.
     set_target_properties(marlune PROPERTIES INSTALL_RPATH "\$ORIGIN/lib")
     target_link_options(marlune PRIVATE LINKER:--disable-new-dtags)
 endif()
 
-# Plugins that no link command names, by the libraries that need them.
+# Plugins, which no link command names, by the libraries that need them.
 set(marlune_addon_plugins
     platforms/libqxcb.so  # every view: Qt's connection to the display
     xcbglintegrations/libqxcb-egl-integration.so  # the web engine asks for OpenGL by one of the two
     xcbglintegrations/libqxcb-glx-integration.so
     multimedia/libffmpegmediaplugin.so  # videos, cameras, recordings
-    imageformats/libqjpeg.so  # frames of cameras that give JPEG; pictures in scenes
+    imageformats/libqjpeg.so  # frames of cameras that deliver JPEG; images in scenes
     imageformats/libqsvg.so  # the icons of the players' controls
     tls/libqopensslbackend.so)  # requests of scenes by HTTPS
 
-# Libraries that others open by name, which no list of dependencies shows.
+# Libraries that are opened by name at run time, and so are in no list of dependencies.
 set(marlune_addon_opened_libraries
     libsoftokn3.so libfreebl3.so libfreeblpriv3.so libnssckbi.so)  # the web engine's cryptography
 
-# The web engine's data. Left out: the pages of its developer tools, which the library does not offer.
+# The web engine's data, without the pages of its developer tools, which the library does not offer.
 set(marlune_addon_resources
     icudtl.dat
     v8_context_snapshot.bin
@@ -42,7 +42,7 @@ set(marlune_addon_resources
     qtwebengine_resources_200p.pak)
 
 # marlune_compile_qt_configuration(<output>)
-# As a Qt resource in a file, which the library registers where it finds one.
+# Compiles a qt.conf to a resource file, which the library registers if it is there.
 function(marlune_compile_qt_configuration output)
     get_target_property(rcc Qt6::rcc IMPORTED_LOCATION)
     set(qrc "${CMAKE_CURRENT_BINARY_DIR}/addon/qt.qrc")

@@ -1,5 +1,5 @@
-# What a host gets, in two components: "addon", the add-on directory of a game, and "development",
-# the headers and a CMake package, so that find_package(marlune) is all a host needs.
+# Installs two components: "addon", the add-on directory of a game, and "development", the headers and a
+# CMake package for find_package(marlune).
 include(CMakePackageConfigHelpers)
 
 set(marlune_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/marlune")
@@ -25,7 +25,7 @@ if(MARLUNE_INSTALL_QT)
     marlune_install_addon()
 endif()
 
-# cpack in the build folder makes one archive of all of it.
+# cpack in the build folder makes one archive of both.
 set(CPACK_GENERATOR TGZ)
 if(WIN32)
     set(CPACK_GENERATOR ZIP)

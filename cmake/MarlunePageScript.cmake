@@ -1,8 +1,7 @@
-# The script that the library gives to pages: Qt's and our own in one, minified.
+# The page script: Qt's script and our own, joined and minified.
 
-# A tool that only reads and writes syntax: without bundling and without renaming, the script's globals
-# keep their names and everything keeps its meaning.
-# On Windows npm sets up a command file, and beside it a shell script without a suffix.
+# Used without bundling and renaming, so that the script's globals keep their names.
+# On Windows npm installs a command file, and beside it a shell script without a suffix.
 find_program(ESBUILD_PROGRAM NAMES esbuild.exe esbuild.cmd esbuild)
 if(NOT ESBUILD_PROGRAM)
     message(FATAL_ERROR "esbuild is needed to minify the page script. It is one program: install the "
@@ -19,7 +18,7 @@ function(marlune_add_page_script output source)
         DEPENDS "${source}" marlune_extract_resource
         COMMENT "Joining the page script"
         VERBATIM)
-    # Minifying takes ordinary comments out, with them the notice that Qt's licence wants kept.
+    # Minifying removes comments, including the notice that Qt's licence requires.
     string(CONCAT notice "qwebchannel.js: (C) The Qt Company Ltd., Klaralvdalens Datakonsult AB; "
         "LicenseRef-Qt-Commercial OR LGPL-3.0-only OR GPL-2.0-only OR GPL-3.0-only. godot.js: MIT")
     add_custom_command(OUTPUT "${output}"

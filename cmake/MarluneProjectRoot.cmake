@@ -1,5 +1,5 @@
-# Lays out a project root as a game has it, with links to the Qt of this machine under the names that
-# the library's start expects. For running from the build folder; nothing of it is installed.
+# Creates a project root like a game's, with links to the machine's Qt under the names that the library
+# expects. For running from the build folder; it is not installed.
 function(marlune_lay_out_project_root project_root)
     if(WIN32)
         return()  # Links need privileges there; windeployqt makes the real directory.

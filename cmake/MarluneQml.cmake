@@ -1,4 +1,4 @@
-# QML modules as Qt resources: components enciphered, assets as they are.
+# QML modules as Qt resources: enciphered components and plain assets.
 
 # marlune_add_resource_block(<target> <block> <prefix> FILES <file>... ALIASES <name>...)
 # Compiles the files into the target as one resource block, each under <prefix>/<name>.
@@ -13,7 +13,7 @@ function(marlune_add_resource_block target block prefix)
     set(source "${CMAKE_CURRENT_BINARY_DIR}/resources/${target}_${block}.cpp")
     file(CONFIGURE OUTPUT "${qrc}" @ONLY CONTENT
         "<RCC>\n  <qresource prefix=\"${prefix}\">\n@entries@  </qresource>\n</RCC>\n")
-    # The format is named, so that a library does not change its data with the Qt that builds it.
+    # An explicit format, so that the data do not depend on the version of Qt that builds the library.
     add_custom_command(OUTPUT "${source}"
         COMMAND Qt6::rcc --name "${target}_${block}" --format-version 3 --output "${source}" "${qrc}"
         DEPENDS "${qrc}" ${arg_FILES}
@@ -29,8 +29,8 @@ endfunction()
 #                        [GENERATED_ASSETS <file> <path>...] [QMLDIR])
 # The paths are relative to BASE_DIR. A component is stored as
 # :/<module>/qml/<module>/<component>.qml.enc, an asset as :/<module>/<its path>; with QMLDIR, the
-# module's qmldir file gets a block of its own and stands at :/<module>/qmldir. A generated asset is
-# given by where the build makes it and by the path that it is stored under.
+# module's qmldir file gets a block of its own, as :/<module>/qmldir. A generated asset is given by its path
+# in the build folder and the path that it is stored under.
 function(marlune_add_qml_module target)
     cmake_parse_arguments(PARSE_ARGV 1 arg "QMLDIR" "NAME;BASE_DIR"
         "COMPONENTS;ASSETS;GENERATED_ASSETS")

@@ -14,16 +14,16 @@ function(marlune_configure_target target)
     if(MARLUNE_SANITIZE)
         target_compile_options(${target} PRIVATE
             -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer
-            # It takes objects of classes without type information, as the web engine's are, for none.
+            # It reports objects of classes without RTTI, such as the web engine's, as invalid.
             -fno-sanitize=vptr
-            $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)  # GCC sees ghosts in such code
+            $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)  # false warnings of GCC in such code
         target_link_options(${target} PRIVATE -fsanitize=address,undefined)
     endif()
 endfunction()
 
 # marlune_compile_strictly(<target>)
-# What the library is made of, and what moc makes of it, keeps to conversions that are written down: MSVC
-# warns of the others, and a Windows machine is not always at hand.
+# Requires explicit conversions in the library's sources and in moc's output: MSVC warns of implicit ones,
+# and a Windows machine is not always at hand.
 function(marlune_compile_strictly target)
     if(NOT MSVC)
         target_compile_options(${target} PRIVATE

@@ -1,8 +1,8 @@
-# What Qt finds by its place: the engine's process and its data, plugins, QML modules.
+# The files that Qt finds by their place: the engine's process and data, plugins, QML modules.
 
 # addon_take(<file> <path in the directory> <component>)
-# Copies what the file is, never the link that leads to it: not every way to a player keeps links.
-# Remembers where it came from, and the component under which its size is counted.
+# Copies the file that a link points to, because some archives and installers lose links. Records the file's
+# origin, and the component that its size is counted for.
 function(addon_take file path component)
     if(NOT EXISTS "${file}")
         message(FATAL_ERROR "This Qt has no ${file}, which the add-on directory needs as ${path}")
@@ -31,7 +31,7 @@ function(addon_take_programs_and_data)
     endforeach()
 endfunction()
 
-# A module's files, without descriptions for tools and without modules that lie within it.
+# A module's files, without type descriptions for tools and without nested modules.
 function(addon_take_qml_module folder)
     cmake_path(RELATIVE_PATH folder BASE_DIRECTORY "${QT_QML}" OUTPUT_VARIABLE module)
     file(GLOB files LIST_DIRECTORIES FALSE RELATIVE "${folder}" "${folder}/*")
@@ -41,7 +41,7 @@ function(addon_take_qml_module folder)
     endforeach()
 endfunction()
 
-# The modules that the library's own components import, and those that these import in turn.
+# The modules that the library's components import, directly or indirectly.
 function(addon_take_qml_modules)
     execute_process(COMMAND "${IMPORT_SCANNER}" -rootPath "${SOURCE_DIR}/qml" -importPath "${QT_QML}"
         OUTPUT_VARIABLE imports COMMAND_ERROR_IS_FATAL ANY)

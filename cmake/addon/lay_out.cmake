@@ -1,5 +1,5 @@
-# Lays out the add-on directory around the library that has just been installed. Run by cmake --install,
-# with the settings that MarluneAddon.cmake gives.
+# Creates the add-on directory around the installed library. Run by cmake --install, with the settings of
+# MarluneAddon.cmake.
 cmake_minimum_required(VERSION 3.25)
 include("${SOURCE_DIR}/cmake/addon/files.cmake")
 include("${SOURCE_DIR}/cmake/addon/libraries.cmake")
@@ -10,7 +10,7 @@ set(ADDON "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/addons/webview")
 cmake_path(ABSOLUTE_PATH ADDON NORMALIZE)
 message(STATUS "Laying out ${ADDON}")
 
-# What a layout before this one left would be shipped as well.
+# Left-over files of an earlier run would be shipped too.
 foreach(folder IN ITEMS lib licenses plugins qml resources translations)
     file(REMOVE_RECURSE "${ADDON}/${folder}")
 endforeach()

@@ -1,4 +1,4 @@
-# The shared libraries that programs and plugins need, and the run paths by which they find each other.
+# The shared libraries that programs and plugins need, and their run paths.
 
 function(addon_list_needed_libraries result unresolved)
     file(STRINGS "${SOURCE_DIR}/cmake/addon/left_to_the_machine.txt" left_out REGEX "^[^#]")
@@ -42,7 +42,7 @@ function(addon_take_libraries)
     if(missing)
         message(FATAL_ERROR "These libraries are needed, but are not to be found: ${missing}")
     endif()
-    # FFmpeg and what it alone brings in are worth a line of their own in the list of sizes.
+    # FFmpeg and the libraries that only it needs are a component of their own in the list of sizes.
     set(others "${roots}")
     list(FILTER others EXCLUDE REGEX "/multimedia/")
     addon_list_needed_libraries(libraries_of_others missing ${others})
@@ -69,7 +69,7 @@ function(addon_set_run_path path)
         COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
 
-# The library has got its run path from the linker already.
+# The linker has set the library's own run path.
 function(addon_set_run_paths)
     execute_process(COMMAND "${STRIP}" --strip-unneeded "${ADDON}/${LIBRARY_NAME}"
         COMMAND_ERROR_IS_FATAL ANY)

@@ -1,4 +1,4 @@
-# The licences of everything in the directory, as the packages that it was made of carry them.
+# The licences of all files in the directory, from the packages that they come from.
 
 function(addon_find_packages)
     get_property(paths GLOBAL PROPERTY addon_paths)
@@ -18,7 +18,7 @@ function(addon_find_packages)
     endforeach()
 endfunction()
 
-# Such as those of a Qt that was not installed by packages.
+# For example those of a Qt that was not installed by packages.
 function(addon_warn_of_files_without_package)
     get_property(paths GLOBAL PROPERTY addon_paths)
     set(count 0)
@@ -57,7 +57,7 @@ function(addon_write_licenses)
         file(REAL_PATH "/usr/share/doc/${package}/copyright" text)
         addon_take_license("${text}" "${package}.txt")
     endforeach()
-    # The packages' texts refer to these by name.
+    # The packages' licence texts refer to these by name.
     file(GLOB common RELATIVE /usr/share/common-licenses /usr/share/common-licenses/*)
     foreach(name IN LISTS common)
         if(NOT IS_SYMLINK "/usr/share/common-licenses/${name}")

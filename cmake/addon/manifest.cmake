@@ -1,6 +1,6 @@
-# manifest.json: what the directory was made of, and what is in it.
+# manifest.json: the directory's files and the packages that they come from.
 
-# The packages' versions: with them, everybody can get the very sources.
+# The packages' versions, which identify their sources.
 function(addon_list_packages result)
     get_property(packages GLOBAL PROPERTY addon_packages)
     if(NOT packages)
@@ -16,7 +16,7 @@ function(addon_list_packages result)
     set(${result} "${list}" PARENT_SCOPE)
 endfunction()
 
-# The newest version of the C and the C++ library that a file in the directory asks for.
+# The newest version of the C and the C++ library that a file in the directory requires.
 function(addon_find_required_version prefix result)
     get_property(paths GLOBAL PROPERTY addon_paths)
     list(FILTER paths INCLUDE REGEX "[.](so|exe)([.]|$)")
