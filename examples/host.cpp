@@ -187,7 +187,7 @@ void run(const std::filesystem::path& folder)
     for (const Screen& screen : screens)
         save(screen, gpu, folder);
     print_table(screens);
-    std::printf("pictures are in %s\n", folder.string().c_str());
+    std::printf("the images are in %s\n", folder.string().c_str());
 }
 
 }  // namespace

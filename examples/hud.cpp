@@ -1,6 +1,6 @@
-// A head-up display: a web page over the picture of a game. The page comes from the game's own pack
+// A head-up display: a web page over the frames of a game. The page comes from the game's own pack
 // of files and shows the properties of an object, `player`; it reacts to the object's signals,
-// calls a method, and writes a property. The example plays a short fight and writes pictures of it
+// calls a method, and writes a property. The example plays a short fight and writes images of it
 // to PNG files.
 //
 //     marlune-hud [--page FOLDER] [OUT]      (defaults: examples/hud, out)
@@ -361,7 +361,7 @@ void run(const std::filesystem::path& page, const std::filesystem::path& folder)
         frame = std::max(frame + FRAME_TIME, Clock::now());
         std::this_thread::sleep_until(frame);
     }
-    std::printf("pictures are in %s\n", folder.string().c_str());
+    std::printf("the images are in %s\n", folder.string().c_str());
 }
 
 }  // namespace

@@ -228,7 +228,7 @@ void run(const std::filesystem::path& film_file, const std::filesystem::path& fo
     save(film.view(), "VideoPlayer-menu");
     save(camera.view(), "Camera");
     save(screen.view(), "ScreenCapture");
-    std::printf("pictures are in %s\n", folder.string().c_str());
+    std::printf("the images are in %s\n", folder.string().c_str());
 }
 
 // Wider than the film's picture, which pans along it.
