@@ -78,8 +78,8 @@ public:
     Q_INVOKABLE QVariant ___invoke_method(QVariant func_name, QVariant args);
     Q_INVOKABLE QVariant get_method_signature(QVariant method_name);
 
-    // Callable by name, but private in the meta-object, so that the channel does not let pages call
-    // them.
+    // Callable by name, but private in the meta-object, so that the channel does not let pages
+    // call them.
 #ifdef Q_MOC_RUN
 private:
 #endif

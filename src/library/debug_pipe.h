@@ -8,7 +8,8 @@
 
 namespace marlune {
 
-/** Collects messages from any thread and writes them to the debug pipe from one thread of its own.
+/**
+ * Collects messages from any thread and writes them to the debug pipe from one thread of its own.
  */
 class DebugPipeWriter {
 public:

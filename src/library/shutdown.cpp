@@ -61,7 +61,8 @@ void stop_parts()
     stop_engine();
 }
 
-/** At exit() on a thread of the host: the Qt thread may be at work in what exit() takes down next.
+/**
+ * At exit() on a thread of the host: the Qt thread may be at work in what exit() takes down next.
  */
 void end_from_outside()
 {
@@ -119,8 +120,8 @@ void request_and_wait()
     if (!thread.is_started() || thread.is_abandoned())
         return;
 
-    // Posted, not called: a loop that is about to be entered would miss a quit that comes before
-    // it.
+    // Posted, not called: a loop that is about to be entered would miss a quit that comes
+    // before it.
     thread.wait_until_ready();
     LiveObjects::instance().post(static_cast<QObject*>(MARLUNE_CTX),
                                  [] { QCoreApplication::quit(); });

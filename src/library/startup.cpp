@@ -49,16 +49,14 @@ constexpr Variable directory_variables[] = {
 // What suits views in a game. A value that the user has set is kept.
 constexpr Variable defaults[] = {
     // Subpixel antialiasing needs an opaque background and a known pixel grid. A texture in a game
-    // has
-    // neither, and text would get coloured fringes.
+    // has neither, and text would get coloured fringes.
     {"QSG_DISTANCEFIELD_ANTIALIASING", "gray"},
     // Components are loaded from new files each time: Qt would never find compiled copies of them
     // again, and would keep each copy mapped.
     {"QML_DISK_CACHE", "aot"},
     // None, since nothing is encoded. Otherwise Qt has FFmpeg create a Vulkan device with the first
     // player to list the encoders, which takes time; and if the web engine creates its device on
-    // another
-    // thread meanwhile, the Vulkan loader may crash.
+    // another thread meanwhile, the Vulkan loader may crash.
     {"QT_FFMPEG_ENCODING_HW_DEVICE_TYPES", ","},
 };
 
@@ -124,8 +122,8 @@ void set_directories()
 
 void set_qt_configuration(const std::string& addon_dir)
 {
-    // The qt.conf of a shipped directory keeps files of another Qt on the machine from being
-    // loaded.
+    // The qt.conf of a shipped directory keeps files of another Qt on the machine from
+    // being loaded.
     QResource::registerResource(QString::fromLocal8Bit(addon_dir + "qt.rcc"));
 }
 

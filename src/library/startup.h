@@ -21,7 +21,8 @@ void set_multimedia();
 void set_chromium_flags();
 void set_defaults();
 
-/** Warns when the Qt that runs has another minor version than the one the library was built with.
+/**
+ * Warns when the Qt that runs has another minor version than the one the library was built with.
  */
 void warn_of_other_qt(const QVersionNumber& running);
 

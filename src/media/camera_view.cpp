@@ -98,8 +98,8 @@ QString CameraView::camera_hint() const
 
 void CameraView::onCameraHintChanged()
 {
-    // A callback that processes events may have been called by a signal of the camera that is to be
-    // deleted.
+    // A callback that processes events may have been called by a signal of the camera that is to
+    // be deleted.
     run_outside_callbacks(*this, [](CameraView& view) { view.choose_by_hint(); });
 }
 

@@ -20,8 +20,8 @@ constexpr qsizetype most_read = 20'000;
 
 QString plain_subtitle(const QString& text)
 {
-    // The format into which FFmpeg converts all others: "{\b1}bold{\b0}", with "\h" for a hard
-    // space.
+    // The format into which FFmpeg converts all others: "{\b1}bold{\b0}", with "\h" for a
+    // hard space.
     static const QRegularExpression marks(QStringLiteral(R"(\{\\[^}]*\})"));
     QString plain = text.first(std::min(text.size(), most_read));
     plain.remove(marks);

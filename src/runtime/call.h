@@ -13,7 +13,8 @@
 #include <type_traits>
 #include <utility>
 
-/** Posts calls from threads of the host to the Qt thread. Facades use the verbs of facade_call.h.
+/**
+ * Posts calls from threads of the host to the Qt thread. Facades use the verbs of facade_call.h.
  */
 namespace marlune {
 

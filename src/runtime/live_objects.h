@@ -29,7 +29,8 @@ public:
     void remove(QObject* object);
     bool contains(QObject* object) const;
 
-    /** Removes all objects and adds no more. The Qt thread calls it once its event loop has ended.
+    /**
+     * Removes all objects and adds no more. The Qt thread calls it once its event loop has ended.
      */
     void close();
 

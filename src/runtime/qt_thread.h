@@ -18,7 +18,8 @@ public:
     /** Never destroyed: a host that exits without M::destroy() must not be ended by std::thread. */
     static QtThread& instance();
 
-    /** Runs the function on a new thread. After the first start, that thread finds nothing to do.
+    /**
+     * Runs the function on a new thread. After the first start, that thread finds nothing to do.
      */
     void start(void (*run)());
 

@@ -5,7 +5,8 @@
 
 namespace marlune {
 
-/** "marlune::MView::reset" of "virtual void marlune::MView::reset() const", as compilers write it.
+/**
+ * "marlune::MView::reset" of "virtual void marlune::MView::reset() const", as compilers write it.
  */
 constexpr std::string_view qualified_name(std::string_view signature)
 {

@@ -10,8 +10,8 @@ namespace marlune {
 namespace {
 
 // The loader does not expose its lock, but allocates memory while it holds it. So the work runs in
-// the allocation callback of an instance to be created; the callback then fails, and no instance is
-// created.
+// the allocation callback of an instance to be created; the callback then fails, and no instance
+// is created.
 class Allocator {
 public:
     explicit Allocator(const std::function<void()>& work) : work_(work) {}

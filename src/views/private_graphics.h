@@ -31,7 +31,8 @@ bool end_frame(QQuickRenderControl& control);
 /** True once the render control's window has had a frame, by which its items know their device. */
 bool knows_device(QQuickRenderControl& control);
 
-/** Synchronizes the items' changes into the scene graph outside of a frame: nothing is submitted.
+/**
+ * Synchronizes the items' changes into the scene graph outside of a frame: nothing is submitted.
  */
 void sync_changes(QQuickRenderControl& control);
 

@@ -11,7 +11,8 @@ namespace marlune {
 
 using ResourceFile = CallbackSlot<uint8_t*(std::string path, bool& flag, uint64_t& size)>;
 
-/** Serves the host's packed files to all views: an object of the Qt thread and the host's function.
+/**
+ * Serves the host's packed files to all views: an object of the Qt thread and the host's function.
  */
 struct ResourceServer {
     QObject* object = nullptr;

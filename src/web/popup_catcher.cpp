@@ -157,8 +157,8 @@ private:
         if (!window_->position().isNull())
             anchor_ = window_->position();
         const QPointF at = page.mapFromGlobal(anchor_);
-        // The window also follows the size that place() has given the content: that is not a new
-        // request.
+        // The window also follows the size that place() has given the content: that is not a
+        // new request.
         if (window_->size() != given_)
             wanted_ = window_->size();
         const Fit found = fit(wanted_, page.size());

@@ -15,8 +15,8 @@ namespace {
 // The number of bytes that pages may leave unread before the next request has to wait.
 constexpr qsizetype most_held = 512 * 1024 * 1024;
 constexpr size_t most_waiting = 10'000;
-// While requests wait, replies that a page has not read for this time fail: one page must not block
-// all.
+// While requests wait, replies that a page has not read for this time fail: one page must not
+// block all.
 constexpr std::chrono::seconds longest_unread(5);
 
 /** Returns the requested part of the file. Pages may write the header's name in any case. */

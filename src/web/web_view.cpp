@@ -47,10 +47,12 @@ int next_idx()
 
 QStringList setting_names()
 {
+    QStringList names;
 #define MARLUNE_WEB_SETTING_NAME(type, name, property, initial, constness) \
-    QStringLiteral(#property),
-    return {MARLUNE_WEB_SETTINGS(MARLUNE_WEB_SETTING_NAME)};
+    names += QStringLiteral(#property);
+    MARLUNE_WEB_SETTINGS(MARLUNE_WEB_SETTING_NAME)
 #undef MARLUNE_WEB_SETTING_NAME
+    return names;
 }
 
 /**
@@ -212,8 +214,8 @@ void WebView::close_page()
         return;
     const std::vector<QPointer<QObject>> pages = engine_views_of(*root_item());
     call_root("close_page");
-    // The scene has released them; without this, they would exist until the next turn of the event
-    // loop.
+    // The scene has released them; without this, they would exist until the next turn of the
+    // event loop.
     for (QObject* const page : pages)
         delete page;
 }
